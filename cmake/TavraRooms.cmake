@@ -1,0 +1,24 @@
+# tavra_room(<name> SOURCES ... [LINUX ...] [WINDOWS ...])
+#
+# One folder of src/: an object library tavra_<name>. The library and the tests are put together from the rooms.
+function(tavra_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINUX;WINDOWS" ${ARGN})
+  set(sources ${ROOM_SOURCES})
+  if(WIN32)
+    list(APPEND sources ${ROOM_WINDOWS})
+  else()
+    list(APPEND sources ${ROOM_LINUX})
+  endif()
+  add_library(tavra_${name} OBJECT ${sources})
+  target_include_directories(tavra_${name} PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+  target_compile_definitions(tavra_${name} PRIVATE TAVRA_BUILDING)
+  set_property(GLOBAL APPEND PROPERTY TAVRA_ROOMS tavra_${name})
+endfunction()
+
+# tavra_version_resource(<target>): the version record of a Windows library, with the project's version.
+function(tavra_version_resource target)
+  string(REPLACE "." "," TAVRA_VERSION_COMMAS ${PROJECT_VERSION})
+  configure_file(${PROJECT_SOURCE_DIR}/src/tavra.rc.in ${PROJECT_BINARY_DIR}/generated/tavra.rc @ONLY)
+  enable_language(RC)
+  target_sources(${target} PRIVATE ${PROJECT_BINARY_DIR}/generated/tavra.rc)
+endfunction()

@@ -1,0 +1,156 @@
+/** \file drawing.h
+ *  How the preview is drawn, drawing on top of it, and the information overlay.
+ *
+ *  | display mode | back-end | stretching, order |
+ *  |---|---|---|
+ *  | 0, and any not listed | plain (GDI; cairo) | nearest pixel |
+ *  | 8 | plain | smooth |
+ *  | 1, 3 | surface off screen | formats of 16 bits (1), of 32 bits (3) tried first |
+ *  | 2, 4 | hardware overlay | formats of 16 bits (2), of 32 bits (4) tried first |
+ *  | 5, 6, 7 | textured (Direct3D 9; OpenGL) | present at once; with the blank; the same, waiting |
+ *  | 9, 10, 11 | textured, floating point state of the thread preserved | as 5, 6, 7 |
+ *
+ *  All but the plain back-ends have a drawing surface of the size of the client area. What the application
+ *  draws there shows over the camera image, except where it holds the colour key. Between Tavra_GetDC() and
+ *  Tavra_ReleaseDC() the window is not painted, and both must be called on one thread.
+ */
+#ifndef TAVRA_API_DRAWING_H
+#define TAVRA_API_DRAWING_H
+
+#include "../tavra_types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Chooses the back-end of the next preview window.
+ *
+ *  \param handle camera
+ *  \param mode see above; not checked
+ *  \return 1, or 0 with the last error set
+ *  \errors TAVRA_ERROR_WINDOW_EXISTS there is a preview window; one that the user closed does not count
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_SetDisplayMode(TavraHandle handle, uint8_t mode);
+
+/** Reads the display mode.
+ *
+ *  \param handle camera
+ *  \param[out] mode as set; 0 at first
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_GetDisplayMode(TavraHandle handle, uint8_t* mode);
+
+/** Sets the colour that is transparent on the drawing surface. The drawing surface may be cleared by it.
+ *
+ *  \param handle camera
+ *  \param color 0x00BBGGRR, red in the low byte; 0xFF00FF at first
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_SetColorKey(TavraHandle handle, uint32_t color);
+
+/** Reads the colour that is transparent on the drawing surface.
+ *
+ *  \param handle camera
+ *  \param[out] color 0x00BBGGRR
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_GetColorKey(TavraHandle handle, uint32_t* color);
+
+/** Sets how opaque the drawing is over the image, in the textured display modes. It counts for what is drawn
+ *  from then on.
+ *
+ *  \param handle camera
+ *  \param alpha 0: invisible, 255: opaque, as at first
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_SetAlphaChannel(TavraHandle handle, uint8_t alpha);
+
+/** Reads how opaque the drawing is.
+ *
+ *  \param handle camera
+ *  \param[out] alpha 0 to 255
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_GetAlphaChannel(TavraHandle handle, uint8_t* alpha);
+
+/** Gives a context on the drawing surface, and holds painting until Tavra_ReleaseDC().
+ *
+ *  \param handle camera
+ *  \param[out] dc receives the context (HDC; cairo_t*); null if the back-end could not give one
+ *  \return 1, also if the back-end could not give one
+ *  \errors TAVRA_ERROR_NO_WINDOW there is no preview window; TAVRA_ERROR_LEGACY_CAMERA display mode 0 or 8,
+ *      which have no drawing surface
+ *  \threads any one thread, which must release it; not in a callback
+ */
+TAVRA_API TavraBool Tavra_GetDC(TavraHandle handle, TavraDC* dc);
+
+/** Gives the context back, and has the window painted.
+ *
+ *  \param handle camera
+ *  \param dc context of Tavra_GetDC() or Tavra_GetDCWithReset()
+ *  \return 1
+ *  \errors as Tavra_GetDC()
+ *  \threads the thread that got the context
+ */
+TAVRA_API TavraBool Tavra_ReleaseDC(TavraHandle handle, TavraDC dc);
+
+/** As Tavra_GetDC(), and clears the area of the image to the colour key first.
+ *
+ *  \param handle camera
+ *  \param[out] dc receives the context; null if the back-end could not give one
+ *  \return 1, also if the back-end could not give one
+ *  \errors as Tavra_GetDC()
+ *  \threads as Tavra_GetDC()
+ */
+TAVRA_API TavraBool Tavra_GetDCWithReset(TavraHandle handle, TavraDC* dc);
+
+/** Removes everything that was drawn.
+ *
+ *  \param handle camera
+ *  \return 1
+ *  \errors as Tavra_GetDC()
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_ResetOverlay(TavraHandle handle);
+
+/** Prints the control state into preview images that are shown or drawn on: for tuning and service. The text
+ *  becomes part of the image on screen; callbacks, snapshots and recordings of that frame have it not yet,
+ *  Tavra_GetPreviewImagePixelValue() does.
+ *
+ *  The statistics are the weighted means of R, Gr, Gb and B and of luminance, the white balance gains,
+ *  shutter line and clock, gain and digital gain. The grid shows the cells of Tavra_SetControlArea() with
+ *  their weights.
+ *
+ *  \param handle camera
+ *  \param mode TAVRA_DISPLAY_INFO_ bits; not checked, and any value but 0 keeps the frame statistics running
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_SetDisplayInfoMode(TavraHandle handle, uint32_t mode);
+
+/** Reads which information is printed.
+ *
+ *  \param handle camera
+ *  \param[out] mode as set; 0 at first
+ *  \return 1, or 0 with the last error set
+ *  \errors none of its own
+ *  \threads any
+ */
+TAVRA_API TavraBool Tavra_GetDisplayInfoMode(TavraHandle handle, uint32_t* mode);
+
+#ifdef __cplusplus
+}
+#endif
+#endif

@@ -1,0 +1,44 @@
+/** \file firmware.h
+ *  Firmware of the oldest cameras, and reviving a USB bus.
+ */
+#ifndef TAVRA_API_FIRMWARE_H
+#define TAVRA_API_FIRMWARE_H
+
+#include "../tavra_types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Opens a camera as Tavra_Open() does, and loads firmware into one of the oldest types (773, 1541, 1797,
+ *  2053) that came up without.
+ *
+ *  Such a camera reports firmware revision 8. It gets the image that the library carries for its type, is
+ *  closed and opened again, until it reports another revision. A load that keeps failing repeats without end.
+ *
+ *  \param userId as for Tavra_Open()
+ *  \param[out] count number of loads that worked; 0 if the camera could not be opened or needed none
+ *  \return camera handle, or null
+ *  \errors as Tavra_Open(); a failed load leaves its code in the global last error, with whatever handle
+ *      there is
+ *  \threads any, not in a callback
+ */
+TAVRA_API TavraHandle Tavra_OpenFW(uint32_t userId, uint32_t* count);
+
+/** Restarts every high-speed USB root hub of the machine, and no other, to recover a bus that has lost a
+ *  camera.
+ *
+ *  All devices on these hubs are lost for a moment, open cameras among them: their streams end with
+ *  TAVRA_ERROR_DEVICE_GONE. It blocks for as long as the system takes, and needs the right to do this to the
+ *  system.
+ *
+ *  \return 1, also if there is no such hub; 0 on failure
+ *  \errors the operating system's code, in the global last error
+ *  \threads any, not in a callback
+ */
+TAVRA_API uint32_t Tavra_ResetRootHub(void);
+
+#ifdef __cplusplus
+}
+#endif
+#endif

@@ -1,0 +1,98 @@
+#include "camera/common_param.h"
+
+#include <new>
+
+#include "base/color_array.h"
+#include "camera/function_table.h"
+#include "platform/system_version.h"
+#include "platform/user_settings.h"
+#include "stages/color_interpolation.h"
+#include "stages/factory.h"
+
+namespace tavra {
+namespace {
+
+constexpr std::uint8_t kPageSelector = 1;
+constexpr std::uint32_t kPageAddressMask = 0x00FFFFFF;
+
+constexpr std::uint32_t kMaximumTransfer = 0x80000;
+constexpr std::uint32_t kOldSystemMaximumTransfer = 0x300000;
+constexpr const char* kSettingPath = R"(SOFTWARE\Halvern\USBCamera\Setting)";
+constexpr const char* kMaximumTransferName = "MaxTransferSize";
+
+// Camera-side mirror, in the high nibble of the mirror mode.
+constexpr unsigned kHorizontalMirror = 0x10;
+constexpr unsigned kVerticalMirror = 0x20;
+
+std::uint32_t configuredTransferSize() {
+    std::uint32_t size = platform::isSystemBeforeVersion6() ? kOldSystemMaximumTransfer : kMaximumTransfer;
+    platform::readUserDword(kSettingPath, kMaximumTransferName, size);
+    return size;
+}
+
+// A stage of the record's own. Throws std::bad_alloc, as every part of the construction.
+template <typename Interface>
+Interface* makeStage(std::int32_t code) {
+    ISUnknown* const object = CreateStageObject(code);
+    if (object == nullptr) throw std::bad_alloc();
+    return static_cast<Interface*>(object);
+}
+
+template <typename Interface>
+void releaseStage(Interface*& stage) {
+    if (stage != nullptr) stage->Release();
+    stage = nullptr;
+}
+
+}  // namespace
+
+TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
+    : maximumTransferSize(configuredTransferSize()),
+      colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
+
+// What uses the camera goes before what it uses. Exposure control and white balance control come first;
+// statistics, noise reduction and the recorder between the stage objects and the images.
+TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
+    registerPages.reset();
+    geometry.reset();
+    releaseStage(colorInterpolation);
+    imagesB.destroy();
+    imagesA.destroy();
+}
+
+std::uint32_t TAVRA_COMMON_PARAM::Read(std::uint32_t address, void* buffer, std::uint16_t size) {
+    const Status status = control.readRegisters(kPageSelector, address & kPageAddressMask,
+                                                {static_cast<std::uint8_t*>(buffer), size});
+    noteFailure(status);
+    return status.code();
+}
+
+std::uint32_t TAVRA_COMMON_PARAM::Write(std::uint32_t address, const void* buffer, std::uint16_t size) {
+    const Status status = control.writeRegisters(kPageSelector, address & kPageAddressMask,
+                                                 {static_cast<const std::uint8_t*>(buffer), size});
+    noteFailure(status);
+    return status.code();
+}
+
+bool TAVRA_COMMON_PARAM::hasFunction(std::uint32_t number) const {
+    return tavra::hasFunction(info, capabilities, colorArray, number);
+}
+
+std::uint16_t TAVRA_COMMON_PARAM::colorArrayInForce() const {
+    const std::uint16_t stored = colorArray;
+    const unsigned mirror = mirrorMode;
+    const bool horizontal = (mirror & kHorizontalMirror) != 0;
+    const bool vertical = (mirror & kVerticalMirror) != 0 && !isWideGainFamily(info.productType);
+    if ((!horizontal && !vertical) || hasFunction(function::kMirrorKeepsColorArray)) return stored;
+    return mirroredColorArray(stored, horizontal, vertical);
+}
+
+bool TAVRA_COMMON_PARAM::transferRunning() {
+    const std::lock_guard lock(captureThreadMutex);
+    if (!captureThread.exists()) return false;
+    if (!captureThread.ended().wait(0)) return true;
+    captureThread.join();
+    return false;
+}
+
+}  // namespace tavra

@@ -1,0 +1,123 @@
+// The record behind a camera handle. The handle is its address; everything of a camera is owned here.
+//
+// This is the one place that names everything. Only api/, capture/ and camera/ itself include it; everybody
+// else gets a narrow interface (IStatusWords, IHalvernRegMap, IRegionInfo).
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "camera/camera_info.h"
+#include "camera/capability_words.h"
+#include "camera/control_channel.h"
+#include "camera/frame_feature.h"
+#include "camera/image_buffer_set.h"
+#include "camera/register_map.h"
+#include "capture/callback_list.h"
+#include "capture/snapshot_request.h"
+#include "platform/event.h"
+#include "platform/thread.h"
+#include "tavra/tavra_types.h"
+
+namespace tavra {
+
+class IColorInterpolation;
+
+// Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
+// the close must not run beside other calls on the same handle.
+class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
+  public:
+    TAVRA_COMMON_PARAM();
+    ~TAVRA_COMMON_PARAM();  // in a fixed order, see the definition
+    TAVRA_COMMON_PARAM(const TAVRA_COMMON_PARAM&) = delete;
+    TAVRA_COMMON_PARAM& operator=(const TAVRA_COMMON_PARAM&) = delete;
+
+    // Registers of the pages, like Tavra_GetFPGAData2 and Tavra_SetFPGAData2 on selector 1: a failure is also
+    // kept as last error, where a caller goes on without what it could not read.
+    std::uint32_t Read(std::uint32_t address, void* buffer, std::uint16_t size) override;
+    std::uint32_t Write(std::uint32_t address, const void* buffer, std::uint16_t size) override;
+
+    // False once the device is closed: every call then fails.
+    bool deviceOpen() const { return control.device() != 0; }
+    bool legacy() const { return isLegacyType(info.productType); }
+    // A capability bit; false on the oldest types, whose words are all zero.
+    bool can(unsigned word, unsigned bit) const { return capabilities.bit(word, bit); }
+    // Tavra_HasFunction's answer, for a valid record.
+    bool hasFunction(std::uint32_t number) const;
+    // The stored colour array after what the camera mirrors.
+    std::uint16_t colorArrayInForce() const;
+
+    // Whether a capture thread runs. A thread that has ended by itself is collected on the spot.
+    bool transferRunning();
+
+    // Keeps the code of a failure for Tavra_GetLastError. Success changes nothing.
+    void noteFailure(Status status) {
+        if (!status.ok()) lastError = status.code();
+    }
+
+    // The device.
+    ControlChannel control;
+    std::array<char16_t, 1024> devicePath{};  // zero-terminated
+    std::uint32_t userId = 0;                 // argument of Tavra_Open
+    std::uint32_t functionAddress = 0;        // a byte
+
+    // What the camera told at open.
+    CameraInfo info;
+    CapabilityWords capabilities;
+    // The stored colour array: the identity block's at open, then what the application says.
+    std::atomic<std::uint16_t> colorArray{0};
+    std::uint32_t exposureBaseClockMHz = 100;
+    std::uint32_t minimumExposureClock = 1426;
+    std::array<std::uint16_t, 4> whiteBalanceWords{};  // payload of vendor request 35
+    std::uint16_t maximumDigitalGain = 511;
+    std::array<std::uint16_t, 4> maximumGains{640, 640, 640, 640};
+    std::unique_ptr<CRegisterPageMap> registerPages;  // null on cameras that have none
+    std::unique_ptr<CFrameFeature> geometry;
+    std::uint32_t maximumTransferSize = 0;  // read at construction; nothing looks at it afterwards
+
+    // Results.
+    std::atomic<std::uint32_t> lastError{0};
+    std::atomic<std::uint32_t> streamingFailure{0};  // written by the capture thread only
+
+    // The stream.
+    std::atomic<TavraWindow> receiver{nullptr};
+    std::mutex transferMutex;  // one start or end of the stream at a time; held while waiting for the end
+    std::mutex
+        captureThreadMutex;  // start, collection and join of the thread; never held while waiting for its end
+    platform::Thread captureThread;
+    platform::Event stopEvent{platform::Event::Reset::Manual};
+    std::atomic<bool> transferWanted{false};
+    // Wanted from the end of the open on. They do not exist then only if memory ran out when they were
+    // rebuilt for a new geometry: the next change tries again, a stream has no images to work into.
+    bool buffersWanted = false;
+    bool buffersExist = false;
+    ImageBufferSet imagesA;  // unrotated
+    ImageBufferSet imagesB;  // width and height exchanged
+    std::atomic<std::uint8_t> displayRotation{0};
+    SnapshotRequest rawSnapshot;
+    SnapshotRequest previewSnapshot;
+    CallbackList<TavraRawCallback> rawCallbacks;
+    CallbackList<TavraPreviewBitmapCallback> previewBitmapCallbacks;
+    CallbackList<TavraPreviewGDICallback> previewGdiCallbacks;
+
+    // Settings of the chain that have no object of their own.
+    std::atomic<std::uint8_t> interpolationMethod{3};
+    std::uint8_t secondInterpolationByte = 3;
+    std::atomic<std::uint8_t> mirrorMode{0};  // low nibble: software; high nibble: by the camera
+    std::atomic<std::uint8_t> rotationMode{0};
+    ImageSize previewMask;
+    ImageSize previewDestination;
+
+    // The stages, by the code of the factory that makes them. Those not built yet stay null and are passed
+    // over.
+    IColorInterpolation* colorInterpolation = nullptr;
+
+    // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
+    // mutex), noise reduction, frame statistics, white balance control, exposure control, draw object,
+    // preview window.
+};
+
+}  // namespace tavra

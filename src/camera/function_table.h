@@ -1,0 +1,31 @@
+// Which functions a camera has, by the numbers of Tavra_HasFunction. Pure; any thread.
+#pragma once
+
+#include <cstdint>
+
+#include "camera/camera_info.h"
+#include "camera/capability_words.h"
+
+namespace tavra {
+
+// Numbers that the library asks for itself.
+namespace function {
+inline constexpr std::uint32_t kTriggerSelectors2And3 = 1;
+inline constexpr std::uint32_t kRegisters = 64;
+inline constexpr std::uint32_t kMirrorKeepsColorArray = 71;
+inline constexpr std::uint32_t kBinningSum = 131;
+inline constexpr std::uint32_t kTriggerSelector0 = 256;
+inline constexpr std::uint32_t kDigitalGain = 257;
+inline constexpr std::uint32_t kDigitalGainFromOne = 0x90007;
+inline constexpr std::uint32_t kTriggerSelector1 = 0x9000E;
+inline constexpr std::uint32_t kPriorityMode = 0xA001B;
+}  // namespace function
+
+// Types whose first boards (hardware revision 15) have functions that their words do not tell.
+bool isFirstBoardOfEarlyType(const CameraInfo& info);
+
+// `colorArray` is the stored one, which the application may have changed.
+bool hasFunction(const CameraInfo& info, const CapabilityWords& capabilities, std::uint16_t colorArray,
+                 std::uint32_t number);
+
+}  // namespace tavra

@@ -1,0 +1,70 @@
+#include "camera/image_buffer_set.h"
+
+#include <cstddef>
+#include <limits>
+
+namespace tavra {
+namespace {
+
+// Rows and images are counted in 32 bits and in pointer differences: a camera that lies about its size must
+// not get a small image for a large one.
+bool canExist(const platform::BitmapShape& shape) {
+    constexpr std::uint64_t kMostRowBits = std::numeric_limits<std::uint32_t>::max() - 31;
+    constexpr std::uint64_t kMostBytes = std::numeric_limits<std::uint32_t>::max();
+    const std::uint64_t rowBits = std::uint64_t{shape.width} * shape.bitCount;
+    if (rowBits > kMostRowBits) return false;
+    const std::uint64_t stride = (rowBits + 31) / 32 * 4;
+    return shape.height == 0 || stride <= kMostBytes / shape.height;
+}
+
+}  // namespace
+
+Status ImageBufferSet::create(const platform::BitmapShape& shape) {
+    destroy();
+    if (!canExist(shape)) return Status(error::kOutOfMemory);
+    const std::lock_guard lock(mutex_);
+    for (Image& image : images_) {
+        const Status status = image.bitmap.create(shape);
+        if (status.ok()) continue;
+        for (Image& made : images_) made.bitmap.free();
+        return status;
+    }
+    shape_ = shape;
+    return Status();
+}
+
+void ImageBufferSet::destroy() {
+    const std::lock_guard lock(mutex_);
+    for (Image& image : images_) {
+        image.bitmap.free();
+        image.frameNumber = 0;
+    }
+    displayIndex_ = 0;
+    readyIndex_ = 0;
+    shape_ = {};
+}
+
+std::uint32_t ImageBufferSet::chooseFree(std::uint32_t frameNumber) {
+    const std::lock_guard lock(mutex_);
+    std::uint32_t chosen = 0;
+    switch (displayIndex_) {
+        case 0: chosen = readyIndex_ == 1 ? 2 : 1; break;
+        case 1: chosen = readyIndex_ != 0 ? 0 : 2; break;
+        default: chosen = readyIndex_ == 0 ? 1 : 0; break;
+    }
+    images_[chosen].frameNumber = frameNumber;
+    return chosen;
+}
+
+void ImageBufferSet::publish(std::uint32_t index) {
+    const std::lock_guard lock(mutex_);
+    readyIndex_ = index;
+}
+
+std::uint32_t ImageBufferSet::takeReady() {
+    const std::lock_guard lock(mutex_);
+    displayIndex_ = readyIndex_;
+    return displayIndex_;
+}
+
+}  // namespace tavra

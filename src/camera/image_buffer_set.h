@@ -1,0 +1,59 @@
+// Three preview images that the capture thread and the drawing share without waiting for each other.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+
+#include "base/status.h"
+#include "platform/bitmap.h"
+
+namespace tavra {
+
+// The handle record owns two: set A in the frame's orientation, set B with width and height exchanged. The
+// mutex guards the two indices; the pixels belong to the capture thread as long as neither index names the
+// image.
+class ImageBufferSet {
+  public:
+    struct Image {
+        std::uint32_t frameNumber = 0;
+        platform::Bitmap bitmap;
+    };
+
+    // Makes the three images, zeroed, in place of those that were there. 8: out of memory, or a size that no
+    // memory holds; nothing is left then.
+    Status create(const platform::BitmapShape& shape);
+    void destroy();
+
+    const platform::BitmapShape& shape() const { return shape_; }
+
+    // The image that neither the display nor the last publication uses; numbered for the frame.
+    std::uint32_t chooseFree(std::uint32_t frameNumber);
+    // Makes an image the one last finished.
+    void publish(std::uint32_t index);
+    // Makes the last finished image the one shown, and gives its index.
+    std::uint32_t takeReady();
+
+    // The same for a reader of its pixels: `look(shape, image)` runs with the mutex held, so that neither the
+    // drawing nor a change of the format takes the image away meanwhile.
+    template <typename Look>
+    void lookAtReady(Look look) {
+        const std::lock_guard lock(mutex_);
+        displayIndex_ = readyIndex_;
+        look(shape_, images_[displayIndex_]);
+    }
+
+    Image& image(std::uint32_t index) { return images_[index]; }
+
+    // Held by a reader of the shown image while it looks at the pixels.
+    std::mutex& mutex() { return mutex_; }
+
+  private:
+    std::mutex mutex_;
+    std::uint32_t displayIndex_ = 0;
+    std::uint32_t readyIndex_ = 0;
+    platform::BitmapShape shape_;
+    std::array<Image, 3> images_;
+};
+
+}  // namespace tavra

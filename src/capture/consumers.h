@@ -1,0 +1,23 @@
+// Who wants frames. Any thread.
+#pragma once
+
+#include "camera/common_param.h"
+
+namespace tavra {
+
+inline bool isActive(SnapshotRequest& request) {
+    const std::lock_guard lock(request.mutex);
+    return request.active;
+}
+
+inline bool rawWanted(TAVRA_COMMON_PARAM& camera) {
+    return camera.transferWanted || !camera.rawCallbacks.empty() || isActive(camera.rawSnapshot);
+}
+
+inline bool previewWanted(TAVRA_COMMON_PARAM& camera) {
+    // Places of the recorder, before these, and of the preview window, behind them.
+    return isActive(camera.previewSnapshot) || !camera.previewBitmapCallbacks.empty() ||
+           !camera.previewGdiCallbacks.empty();
+}
+
+}  // namespace tavra

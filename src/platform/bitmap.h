@@ -1,0 +1,66 @@
+// Memory of an image that can be drawn on: pixels that the capture thread writes and a device context
+// reaches.
+//
+// Windows: a device-independent section. Linux: zeroed memory aligned to 64 bytes. A Bitmap belongs to its
+// image buffer; the pixels may be written by one thread at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/status.h"
+#include "tavra/tavra_types.h"
+
+namespace tavra::platform {
+
+// Shape of an image: top row first, rows padded to four bytes.
+struct BitmapShape {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t bitCount = 0;  // 8 (with a gray palette), 24 or 32
+
+    std::uint32_t stride() const { return ((width * bitCount + 31) / 32) * 4; }
+    std::size_t bytes() const { return static_cast<std::size_t>(stride()) * height; }
+};
+
+class Bitmap {
+  public:
+    Bitmap() = default;
+    ~Bitmap() { free(); }
+    Bitmap(const Bitmap&) = delete;
+    Bitmap& operator=(const Bitmap&) = delete;
+
+    // Makes the pixels, all zero. 8: out of memory. What was there before is freed.
+    Status create(const BitmapShape& shape);
+    void free();
+
+    const BitmapShape& shape() const { return shape_; }
+    std::uint8_t* pixels() const { return pixels_; }
+    void* native() const { return native_; }  // Windows: HBITMAP. Linux: null
+
+  private:
+    BitmapShape shape_;
+    std::uint8_t* pixels_ = nullptr;
+    void* native_ = nullptr;
+};
+
+// A device context with a bitmap selected, for as long as the object lives.
+//
+// Windows: a memory HDC. Linux: a cairo_t*; cairo is loaded when the first context is made. An 8 or 24-bit
+// bitmap is drawn on through a surface of 32 bits that is merged back when the object ends. One thread.
+class MemoryContext {
+  public:
+    explicit MemoryContext(Bitmap& bitmap);
+    ~MemoryContext();
+    MemoryContext(const MemoryContext&) = delete;
+    MemoryContext& operator=(const MemoryContext&) = delete;
+
+    TavraDC dc() const { return dc_; }  // null: none could be made
+
+  private:
+    Bitmap& bitmap_;
+    TavraDC dc_ = nullptr;
+    void* surface_ = nullptr;
+};
+
+}  // namespace tavra::platform

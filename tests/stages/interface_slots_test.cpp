@@ -1,0 +1,73 @@
+// The order of the operations in the interfaces, as callers that hold no header of ours see it: by the slot
+// in the object's table of virtual functions.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "media/save_image_file.h"
+#include "stages/color_interpolation.h"
+
+namespace tavra {
+namespace {
+
+using u8 = std::uint8_t;
+using u16 = std::uint16_t;
+using u32 = std::uint32_t;
+
+// Each operation gives its number.
+class InterpolationSlots final : public IColorInterpolation {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 ConvertEx(u32, u32, u32, const u8*, u32, u8*, u8, u16, u16) override { return 102; }
+    u32 Convert(u32, u32, const u8*, u8*, u8, u16, u16) override { return 103; }
+    u32 ConvertEx16(u32, u32, u32, const u16*, u32, u16*, u8, u16, u16) override { return 104; }
+    u32 Convert16(u32, u32, const u16*, u16*, u8, u16, u16) override { return 105; }
+};
+
+class SaveSlots final : public ISaveImageFile {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 SaveImageFileEx(u32, u32, u32, u32, const void*, const char16_t*, u32) override { return 102; }
+    u32 SaveImageFile(u32, u32, u32, const void*, const char16_t*, u32) override { return 103; }
+};
+
+// Calls what stands in a slot of the object's table, with the object as the hidden first argument.
+template <class... Arguments>
+u32 callSlot(ISUnknown* object, std::size_t slot, Arguments... arguments) {
+    using Operation = u32 (*)(ISUnknown*, Arguments...);
+    static_assert(sizeof(Operation) == sizeof(void*));
+    const unsigned char* table = nullptr;
+    std::memcpy(&table, static_cast<const void*>(object), sizeof table);
+    Operation operation = nullptr;
+    std::memcpy(&operation, table + slot * sizeof operation, sizeof operation);
+    return operation(object, arguments...);
+}
+
+TEST(InterfaceSlots, OfColorInterpolation) {
+    InterpolationSlots slots;
+    const u8* const bytes = nullptr;
+    u8* const outBytes = nullptr;
+    const u16* const words = nullptr;
+    u16* const outWords = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u32{}, u32{}, u32{}, bytes, u32{}, outBytes, u8{}, u16{}, u16{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, u32{}, u32{}, bytes, outBytes, u8{}, u16{}, u16{}), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u32{}, u32{}, u32{}, words, u32{}, outWords, u8{}, u16{}, u16{}), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, u32{}, u32{}, words, outWords, u8{}, u16{}, u16{}), 105u);
+}
+
+TEST(InterfaceSlots, OfSaveImageFile) {
+    SaveSlots slots;
+    const void* const data = nullptr;
+    const char16_t* const name = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u32{}, u32{}, u32{}, u32{}, data, name, u32{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, u32{}, u32{}, u32{}, data, name, u32{}), 103u);
+}
+
+}  // namespace
+}  // namespace tavra

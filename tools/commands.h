@@ -1,0 +1,19 @@
+// The subcommands. Each function adds its own to the application, with its options and what it does.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace tavra::tool {
+
+void addList(CLI::App& app);
+void addInfo(CLI::App& app);
+void addSnap(CLI::App& app);
+void addStream(CLI::App& app);
+void addGetAndSet(CLI::App& app);
+void addDoctor(CLI::App& app);
+
+// "tavra 0.1.0", and the version of the USB access library.
+std::string versionText();
+
+}  // namespace tavra::tool

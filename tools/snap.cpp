@@ -1,0 +1,122 @@
+// `tavra snap`: one still from a camera into a file.
+#include <cmath>
+#include <iostream>
+#include <vector>
+
+#include "camera.h"
+#include "commands.h"
+#include "image_format.h"
+#include "settings_table.h"
+#include "values.h"
+
+namespace tavra::tool {
+namespace {
+
+struct Options {
+    CameraChoice choice;
+    std::string fileName;
+    std::vector<std::string> assignments;
+    bool raw = false;
+    double timeoutSeconds = 10;
+};
+
+struct Image {
+    std::vector<std::uint8_t> pixels;
+    std::uint32_t width = 0, height = 0, format = 0, frameNumber = 0;
+    std::string layout;  // for the closing line
+};
+
+std::uint32_t milliseconds(double seconds) {
+    return static_cast<std::uint32_t>(std::llround(seconds * 1000));
+}
+
+Image takePreview(const Camera& camera, double timeoutSeconds) {
+    Image image;
+    std::uint32_t total = 0, lineBytes = 0, written = 0;
+    camera.check(Tavra_GetPreviewDataSize(camera.handle(), &total, &image.width, &image.height, &lineBytes),
+                 "cannot read the image size");
+    camera.check(Tavra_GetPreviewPixelFormat(camera.handle(), &image.format), "cannot read the pixel format");
+    image.pixels.resize(total);
+    camera.check(Tavra_TakePreviewSnapShot(camera.handle(), image.pixels.data(), total, &written,
+                                           &image.frameNumber, milliseconds(timeoutSeconds)),
+                 "no picture");
+    image.layout = nameOf(kPixelFormats, image.format);
+    return image;
+}
+
+// A frame as the camera sent it. Rows of a still file are padded to four bytes, those of a frame are not.
+void padRows(Image& image, std::uint32_t rowBytes) {
+    const std::uint32_t stride = (rowBytes + 3) & ~3u;
+    if (stride == rowBytes) return;
+    std::vector<std::uint8_t> padded(static_cast<std::size_t>(stride) * image.height);
+    for (std::size_t y = 0; y < image.height; ++y) {
+        std::copy_n(image.pixels.begin() + static_cast<std::ptrdiff_t>(y * rowBytes), rowBytes,
+                    padded.begin() + static_cast<std::ptrdiff_t>(y * stride));
+    }
+    image.pixels = std::move(padded);
+}
+
+Image takeRaw(const Camera& camera, double timeoutSeconds, bool rawFile) {
+    Image image;
+    std::uint32_t total = 0, written = 0, transferBits = 0, x = 0, y = 0;
+    std::uint16_t mode = 0;
+    camera.check(Tavra_GetImageSize(camera.handle(), 0, &mode, &x, &y, &image.width, &image.height),
+                 "cannot read the image size");
+    camera.check(Tavra_GetTransferBitsPerPixel(camera.handle(), &transferBits),
+                 "cannot read the transfer bits");
+    camera.check(Tavra_GetRawDataSize(camera.handle(), &total), "cannot read the frame size");
+    image.pixels.resize(total);
+    camera.check(Tavra_TakeRawSnapShot(camera.handle(), image.pixels.data(), total, &written,
+                                       &image.frameNumber, milliseconds(timeoutSeconds)),
+                 "no frame");
+    image.layout = "raw " + nameOf(kTransferBits, transferBits);
+    const auto format = stillFormatOf(transferBits);
+    if (rawFile) {
+        image.format = TAVRA_PIXEL_MONO_8;  // a dump of the bytes, whatever they hold
+        image.width = total;
+        image.height = 1;
+    } else if (format) {
+        image.format = *format;
+        padRows(image, total / image.height);
+    } else {
+        throw Failure("frames of " + nameOf(kTransferBits, transferBits) +
+                      " can only be dumped as they are: name the file .raw");
+    }
+    return image;
+}
+
+void run(const Options& options) {
+    const Camera camera(options.choice);
+    applyAssignments(camera, options.assignments);
+    const bool rawFile = isRawName(options.fileName);
+    const Image image = options.raw || rawFile ? takeRaw(camera, options.timeoutSeconds, rawFile)
+                                               : takePreview(camera, options.timeoutSeconds);
+    camera.check(Tavra_SaveImageA(camera.handle(), image.width, image.height, image.format,
+                                  image.pixels.data(), options.fileName.c_str(), 1),
+                 "cannot write " + options.fileName);
+    std::cout << options.fileName << ": ";
+    if (!rawFile) std::cout << image.width << "x" << image.height << " ";
+    std::cout << image.layout << ", frame " << image.frameNumber << " of " << camera.name() << '\n';
+}
+
+}  // namespace
+
+void addSnap(CLI::App& app) {
+    auto* const command = app.add_subcommand("snap", "Take one still and write it to a file");
+    static Options options;
+    options.choice.addTo(*command);
+    command
+        ->add_option(
+            "file", options.fileName,
+            "File to write: .png, .tif or .bmp for the finished picture, .raw for the frame as it came")
+        ->required();
+    command->add_flag("--raw", options.raw, "The frame before any processing (16-bit samples: .tif)");
+    command->add_option("--set", options.assignments,
+                        "NAME=VALUE before the shot, as in `tavra set`; repeatable");
+    command->add_option("--timeout", options.timeoutSeconds, "Seconds to wait for the frame (0: for ever)")
+        ->check(CLI::Range(0.0, 4000000.0))
+        ->capture_default_str();
+    command->callback([] { run(options); });
+}
+
+}  // namespace tavra::tool

@@ -1,0 +1,11 @@
+#include "environment.h"
+
+#include <cstdlib>
+
+namespace tavra::usbd {
+
+const char* environmentVariable(const char* name) {
+    return secure_getenv(name);
+}
+
+}  // namespace tavra::usbd
