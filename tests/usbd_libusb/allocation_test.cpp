@@ -37,13 +37,14 @@ void* operator new(std::size_t size) {
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
 }
-void operator delete(void* memory) noexcept {
+// Out of line: where only one of the pair is inlined, the compiler takes the two for mismatched.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
 

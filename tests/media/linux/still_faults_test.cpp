@@ -150,6 +150,10 @@ TEST(StillFaults, APlaceThatTakesNoFilesGives110) {
     EXPECT_EQ(save(TestImage(2, 2, 1), "/proc/tavra.bmp"), 110u) << "nobody makes files there";
 }
 
+// With UndefinedBehaviorSanitizer, which comes together with the other, writes cannot be counted: it looks
+// into memory by writing it into pipes.
+#ifndef __SANITIZE_ADDRESS__
+
 // Write calls of this process so far.
 std::uint64_t writeCalls() {
     std::ifstream counters("/proc/self/io");
@@ -173,6 +177,8 @@ TEST(StillWrites, RawBmpAndTiffAreOneWriteEach) {
         EXPECT_EQ(after - before, 1u) << name;
     }
 }
+
+#endif
 
 }  // namespace
 }  // namespace tavra::test
