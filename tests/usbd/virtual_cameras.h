@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -130,6 +132,15 @@ inline std::vector<std::uint8_t> readTransfer(const Camera& camera, std::uint32_
         all.insert(all.end(), read.bytes.begin(), read.bytes.begin() + count);
         if (count < readSize) return all;
     }
+}
+
+// Pixels of a frame with a header of 64 bytes, and their mean as bytes.
+inline std::vector<std::uint8_t> rawOf(const std::vector<std::uint8_t>& frame) {
+    EXPECT_GT(frame.size(), 64u);
+    return {frame.begin() + std::min<std::ptrdiff_t>(64, std::ssize(frame)), frame.end()};
+}
+inline double meanOf(const std::vector<std::uint8_t>& raw) {
+    return std::accumulate(raw.begin(), raw.end(), 0.0) / static_cast<double>(raw.size());
 }
 
 inline std::uint32_t numberOf(const std::vector<std::uint8_t>& frame) {

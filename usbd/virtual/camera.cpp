@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "error_numbers.h"
+#include "light.h"
 
 namespace tavra::usbd {
 namespace {
@@ -22,7 +23,15 @@ VirtualCamera::VirtualCamera(Model model, std::string path)
       unconfiguredLeft_(model_.fault.unconfigured),
       renderer_(model_),
       stream_(model_, *this) {
+    start();
+}
+
+// Power comes.
+void VirtualCamera::start() {
     state_.emplace(model_, hasFirmware_, memories_, static_cast<CameraEvents&>(*this));
+    stream_.setAsleep(!hasFirmware_);
+    settingsChanged_ = true;
+    lightStep_ = 0;
 }
 
 bool VirtualCamera::look() {
@@ -33,9 +42,8 @@ bool VirtualCamera::look() {
         return false;
     }
     present_ = true;
-    settingsChanged_ = true;
     stream_.restore();
-    state_.emplace(model_, hasFirmware_, memories_, static_cast<CameraEvents&>(*this));
+    start();
     return true;
 }
 
@@ -147,13 +155,21 @@ ErrorCode VirtualCamera::readResult(TavraUsbRead& read, std::uint32_t& transferr
     return stream_.reads().result(read, transferred, wait);
 }
 
-std::shared_ptr<const FrameBytes> VirtualCamera::makeFrame(std::uint32_t index,
+std::shared_ptr<const FrameBytes> VirtualCamera::makeFrame(std::uint32_t index, std::chrono::nanoseconds time,
                                                            std::chrono::nanoseconds& period) {
     FrameSettings settings;
     bool changed = false;
     {
         const std::lock_guard lock(mutex_);
         if (!present_) return nullptr;
+        // The camera's own controls have seen the frame before, and answer the light that it was taken in.
+        const bool isFirst = time.count() == 0;
+        if (!isFirst && state_->control(renderer_.brightness())) settingsChanged_ = true;
+        if (const std::size_t step = lightStepAt(model_.scene, time); step != lightStep_) {
+            lightStep_ = step;
+            state_->illuminate(illuminationOf(model_.scene, step));
+            settingsChanged_ = true;
+        }
         changed = std::exchange(settingsChanged_, false);
         if (changed) {
             settings = state_->frameSettings();

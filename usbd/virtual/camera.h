@@ -52,7 +52,7 @@ class VirtualCamera final : private FrameMaker, private CameraEvents {
 
   private:
     // FrameMaker
-    std::shared_ptr<const FrameBytes> makeFrame(std::uint32_t index,
+    std::shared_ptr<const FrameBytes> makeFrame(std::uint32_t index, std::chrono::nanoseconds time,
                                                 std::chrono::nanoseconds& period) override;
     void vanish() override;
     // CameraEvents
@@ -64,6 +64,7 @@ class VirtualCamera final : private FrameMaker, private CameraEvents {
     ErrorCode gone(std::uint32_t powerUp) const;
     bool isDue(const std::vector<ControlFault>& faults, const ControlSetup& setup) const;
     void leaveBus(std::uint32_t looksAway);
+    void start();
 
     const Model model_;
     const std::string path_;
@@ -82,6 +83,7 @@ class VirtualCamera final : private FrameMaker, private CameraEvents {
     std::array<std::uint32_t, 256> timesAsked_{};  // by request
 
     bool settingsChanged_ = true;  // since the last frame
+    std::size_t lightStep_ = 0;
 
     // The stream's thread alone.
     Renderer renderer_;

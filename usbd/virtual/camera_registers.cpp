@@ -54,6 +54,11 @@ bool CameraState::writeStatus(const ControlSetup& setup, std::span<const std::ui
         return true;
     }
     if (!status_.write(setup.index, setup.value, data)) return false;
+    const bool takesEffect = (setup.value & status::kEffectBit) != 0;
+    if (takesEffect &&
+        (setup.index == status::kDefectIndex || (own && address == status::kDefectCorrection))) {
+        takeDefects();
+    }
     if (own && hasPages() && address == status::kTrigger) {
         const std::uint32_t word = status_.pair(status::kTrigger);
         pages_.set(page::kTrigger, page::kTriggerModes[0], (word & kTriggerOn) != 0 ? 1 : 0);
@@ -99,7 +104,10 @@ bool CameraState::writeRegisters(const ControlSetup& setup, std::span<const std:
 }
 
 void CameraState::runCommand(std::uint16_t command) {
-    if ((command & kApply) != 0) applyGeometry();
+    if ((command & kApply) != 0) {
+        applyGeometry();
+        takeDefects();
+    }
     if ((command & kResetCounter) != 0) events_.resetCounter();
     if ((command & (kReadOut | kSubTrigger)) != 0) events_.trigger();
 }
@@ -114,9 +122,16 @@ void CameraState::applyGeometry() {
 }
 
 std::uint32_t CameraState::verticalBlank() const {
-    if (model_.isLegacy() || !model_.capabilityBit(1, 5)) return 0;
+    if (!model_.has(1, 5)) return 0;
     return hasPages() ? pages_.value(page::kTrigger, page::kVerticalBlank)
                       : status_.word(status::kVerticalBlank);
+}
+
+// How long the trigger holds the shutter open; 0 where the exposure is timed.
+double CameraState::triggerSeconds() const {
+    const std::uint32_t word = status_.pair(status::kTrigger);
+    if ((word & kTriggerOn) == 0 || (word & (kTimedByFirst | kTimedByBoth)) == 0) return 0;
+    return model_.timing.triggerWidthMs / 1000;
 }
 
 // The trigger word of a camera with register pages follows the pages.

@@ -1,11 +1,9 @@
 #include "camera_state.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "base/little_endian.h"
 #include "error_numbers.h"
-#include "light.h"
 
 namespace tavra::usbd {
 namespace {
@@ -21,6 +19,11 @@ constexpr std::uint16_t kRevisionWithoutFirmware = 8;
 constexpr std::uint16_t kRevisionOfLongClock = 3;
 constexpr std::uint32_t kFreeClock = 0x80000000;
 constexpr std::uint16_t kUnityGain = 128;
+constexpr std::uint16_t kDefaultTarget = 128;
+
+// Capability words and bits.
+constexpr std::size_t kCameraWord = 1, kImageWord = 3;
+constexpr int kMirrorX = 6, kMirrorY = 7, kDefectCorrection = 11;
 
 }  // namespace
 
@@ -32,6 +35,7 @@ CameraState::CameraState(const Model& model, bool hasFirmware, Memories& memorie
       geometry_(model.geometry),
       status_(model),
       pages_(model),
+      light_(illuminationOf(model.scene, 0)),
       settings_(kSettingBytes),
       fullScale_(fullScaleSeconds(model)) {
     exposure_.gain = model.geometry.defaultGain;
@@ -43,6 +47,9 @@ CameraState::CameraState(const Model& model, bool hasFirmware, Memories& memorie
     preset(status::kBlackLevel, model.sensor.blackLevel);
     for (std::uint16_t i = 0; i < 4; ++i)
         preset(static_cast<std::uint16_t>(status::kWhiteBalanceGains + i), kUnityGain);
+    preset(status::kTargetBrightness, kDefaultTarget);
+    preset(status::kHighestGain, model.geometry.maximumGain);
+    preset(status::kLowestGain, model.geometry.defaultGain);
     if (!model.pages.values.contains({page::kAnalog, page::kBlackLevel})) {
         pages_.set(page::kAnalog, page::kBlackLevel, model.sensor.blackLevel);
     }
@@ -52,6 +59,7 @@ CameraState::CameraState(const Model& model, bool hasFirmware, Memories& memorie
     applyGeometry();
     updateTrigger();
     updateWhiteBalance();
+    takeDefects();
 }
 
 ErrorCode CameraState::request(const ControlSetup& setup, std::span<std::uint8_t> data,
@@ -229,6 +237,7 @@ ExposureTiming CameraState::timing() const {
     ExposureRegisters registers = exposure_;
     registers.digitalGain = status_.word(status::kDigitalGain);
     registers.verticalBlank = verticalBlank();
+    registers.triggerSeconds = triggerSeconds();
     return ExposureTiming(model_, registers, geometry_.imageHeight(), geometry_.scanMode());
 }
 
@@ -241,19 +250,12 @@ ViewSettings CameraState::view() const {
         view.rows = geometry_.coveredRows();
     }
     view.factors = geometry_.factors();
-    view.mirrorX = (status_.word(status::kMirror) & 1) != 0;
-    view.mirrorY = (status_.word(status::kMirror) & 2) != 0;
+    view.mirrorX = model_.has(kCameraWord, kMirrorX) && (status_.word(status::kMirror) & 1) != 0;
+    view.mirrorY = model_.has(kCameraWord, kMirrorY) && (status_.word(status::kMirror) & 2) != 0;
     view.colorArray = model_.identity.colorArray;
     view.transferBits = geometry_.transferBits();
-    view.kelvin = model_.scene.kelvin;
-    if (status_.word(status::kDefectCorrection) != 0) {
-        for (std::size_t i = 0; i + 1 < status_.defectWords(); i += 2) {
-            std::uint32_t place = status_.defect(i) | std::uint32_t{status_.defect(i + 1)} << 16;
-            if (hasPages())
-                place = pages_.value(page::kDefects, page::kFirstDefect + static_cast<std::uint32_t>(2 * i));
-            const auto x = static_cast<std::uint16_t>(place), y = static_cast<std::uint16_t>(place >> 16);
-            if (x != 0xFFFF || y != 0xFFFF) view.correctedPixels.emplace_back(x, y);
-        }
+    if (status_.word(status::kDefectCorrection) != 0 && model_.has(kImageWord, kDefectCorrection)) {
+        view.correctedPixels = defects_;
     }
     return view;
 }
@@ -262,14 +264,14 @@ FrameSettings CameraState::frameSettings() const {
     FrameSettings settings;
     settings.view = view();
     settings.exposure = timing().exposureSeconds() / fullScale_;
-    settings.light = model_.scene.light;
+    settings.light = light_.light;
+    settings.lightColor = light_.color;
     settings.gain =
         gainFactor(model_, exposure_.gain) * digitalGainFactor(model_, status_.word(status::kDigitalGain));
     const std::uint32_t black =
         hasPages() ? pages_.value(page::kAnalog, page::kBlackLevel) : status_.word(status::kBlackLevel);
     settings.black = (black - double{1} * status_.word(status::kDigitalClamp)) / 4095;
-    const bool balances = !model_.isLegacy() && model_.capabilityBit(1, 8);
-    if (balances && status_.word(status::kWhiteBalanceMode) != 0) {
+    if (balances() && status_.word(status::kWhiteBalanceMode) != 0) {
         for (std::uint16_t i = 0; i < 4; ++i) {
             const std::uint16_t gain =
                 status_.word(static_cast<std::uint16_t>(status::kWhiteBalanceGains + i));
@@ -279,20 +281,17 @@ FrameSettings CameraState::frameSettings() const {
     return settings;
 }
 
-// Gains that make grey grey, where the camera is asked to find them itself.
-void CameraState::updateWhiteBalance() {
-    constexpr std::uint16_t kManual = 1, kContinuous = 2, kOnce = 3;
-    const std::uint16_t mode = status_.word(status::kWhiteBalanceMode);
-    if (mode != kContinuous && mode != kOnce) return;
-    const std::array<double, 3> light = lightColor(model_.scene.kelvin);
-    const auto& response = model_.sensor.response;
-    for (std::uint16_t i = 0; i < 4; ++i) {
-        const std::size_t c = i == 0 ? 0 : i == 3 ? 2 : 1;
-        const double gain = kUnityGain * response[1] * light[1] / (response[c] * light[c]);
-        status_.setWord(static_cast<std::uint16_t>(status::kWhiteBalanceGains + i),
-                        static_cast<std::uint16_t>(std::lround(gain)));
+// The list of defect pixels comes into force as a whole: entries are written one by one.
+void CameraState::takeDefects() {
+    constexpr std::uint16_t kFree = 0xFFFF;
+    defects_.clear();
+    for (std::size_t i = 0; i + 1 < status_.defectWords(); i += 2) {
+        std::uint32_t place = status_.defect(i) | std::uint32_t{status_.defect(i + 1)} << 16;
+        if (hasPages())
+            place = pages_.value(page::kDefects, page::kFirstDefect + static_cast<std::uint32_t>(2 * i));
+        const auto x = static_cast<std::uint16_t>(place), y = static_cast<std::uint16_t>(place >> 16);
+        if (x != kFree || y != kFree) defects_.emplace_back(x, y);
     }
-    if (mode == kOnce) status_.setWord(status::kWhiteBalanceMode, kManual);
 }
 
 }  // namespace tavra::usbd

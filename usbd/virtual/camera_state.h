@@ -2,14 +2,18 @@
 // the frame settings that follow from them. Belongs to one camera, which locks around it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
+#include "auto_exposure.h"
 #include "device.h"
 #include "exposure.h"
 #include "frame_settings.h"
 #include "geometry.h"
+#include "light.h"
 #include "memories.h"
 #include "model.h"
 #include "registers.h"
@@ -36,6 +40,12 @@ class CameraState {
     // One vendor request: 0 with the bytes moved, or 31, which is how a stall is told.
     ErrorCode request(const ControlSetup& setup, std::span<std::uint8_t> data, std::uint32_t& transferred);
 
+    // The light falls like this from now on.
+    void illuminate(const Illumination& light) { light_ = light; }
+    // The camera's own exposure control and white balance answer a frame of a mean brightness (0 to 1). True:
+    // they have changed what follows.
+    bool control(double brightness);
+
     FrameSettings frameSettings() const;
     double frameSeconds() const { return timing().frameSeconds(); }
 
@@ -58,9 +68,15 @@ class CameraState {
     void applyGeometry();
     void updateTrigger();
     void updateWhiteBalance();
+    bool followWhiteBalance();
+    std::array<std::uint16_t, 4> balancedGains() const;
+    void takeDefects();
 
     bool hasPages() const { return model_.pages.present; }
+    bool balances() const { return model_.has(1, 8); }
     std::uint32_t verticalBlank() const;
+    double triggerSeconds() const;
+    AutoExposure autoExposure() const;
     ExposureTiming timing() const;
     ViewSettings view() const;
 
@@ -72,6 +88,8 @@ class CameraState {
     StatusWords status_;
     RegisterPages pages_;
     ExposureRegisters exposure_;
+    Illumination light_;
+    std::vector<std::pair<std::uint16_t, std::uint16_t>> defects_;  // the list in force: x, y
     std::uint32_t clockMode_ = 0;
     std::vector<std::uint8_t> settings_;  // of request 129
     const double fullScale_;              // seconds

@@ -37,6 +37,7 @@ ExposureTiming::ExposureTiming(const Model& model, const ExposureRegisters& regi
     const double shortest = lineClocks * scan_.shortLines + scan_.shortClock;
     const double longest = lineClocks * scan_.longLines + scan_.longClock;
     exposureSeconds_ = (asked > 0 ? std::min(asked, longest) : shortest) * unitSeconds_;
+    if (registers.triggerSeconds > 0) exposureSeconds_ = registers.triggerSeconds;
 }
 
 // How an exposure is counted, and the pairs of the longest exposure that fits a frame and of the longest of
@@ -44,7 +45,7 @@ ExposureTiming::ExposureTiming(const Model& model, const ExposureRegisters& regi
 void ExposureTiming::findLimits(const Model& model, std::uint16_t scanMode) {
     const double lineSeconds = scan_.clocksPerLine / clockHz_;
     const std::uint32_t frameLines = scan_.linesPerFrame;
-    const bool tellsFields = !model.isLegacy() && model.capabilityBit(3, 0);
+    const bool tellsFields = model.has(3, 0);
     if (!tellsFields || model.timing.exposureUnit == ExposureUnit::Clock) {
         unitSeconds_ = 1 / clockHz_;
         scan_.lastExposureClock = scan_.clocksPerLine - 1u;
@@ -84,6 +85,9 @@ double gainFactor(const Model& model, std::uint16_t gain) {
 }
 
 double digitalGainFactor(const Model& model, std::uint16_t digitalGain) {
+    constexpr std::size_t kHdrWord = 18;
+    constexpr int kNoDigitalGain = 8;
+    if (model.has(kHdrWord, kNoDigitalGain)) return 1;
     switch (model.sensor.digitalGain) {
         case DigitalGainScale::Plus64: return digitalGain / 64.0 + 1;
         case DigitalGainScale::Decibel: return std::pow(10.0, digitalGain / 200.0);

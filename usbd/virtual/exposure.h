@@ -17,6 +17,7 @@ struct ExposureRegisters {
     std::uint16_t digitalGain = 64;
     std::uint32_t verticalBlank = 0;  // lines added to every frame
     std::uint32_t clockHz = 0;
+    double triggerSeconds = 0;  // above 0: a trigger of this length times the exposure
 };
 
 class ExposureTiming {

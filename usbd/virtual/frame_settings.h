@@ -20,7 +20,6 @@ struct ViewSettings {
     bool mirrorX = false, mirrorY = false;
     std::uint16_t colorArray = 1;
     std::uint32_t transferBits = 1;
-    double kelvin = 5500;
     std::vector<std::pair<std::uint16_t, std::uint16_t>> correctedPixels;  // x, y on the sensor
 
     friend bool operator==(const ViewSettings&, const ViewSettings&) = default;
@@ -30,6 +29,7 @@ struct FrameSettings {
     ViewSettings view;
     double exposure = 0;  // of full scale: 1 saturates white at light 1
     double light = 1;
+    std::array<double, 3> lightColor{1, 1, 1};       // red, green and blue of white paper, green being 1
     double gain = 1;                                 // analogue times digital
     double black = 0;                                // of full scale
     std::array<double, 4> whiteBalance{1, 1, 1, 1};  // of the sites R, Gr, Gb, B

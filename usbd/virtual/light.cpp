@@ -14,6 +14,10 @@ double radiance(double metres, double kelvin) {
 constexpr double kWavelengths[] = {600e-9, 540e-9, 460e-9};
 constexpr double kReference = 5500;
 
+std::chrono::nanoseconds lengthOf(const LightStep& step) {
+    return std::chrono::nanoseconds(static_cast<std::int64_t>(step.seconds * 1e9));
+}
+
 }  // namespace
 
 std::array<double, 3> lightColor(double kelvin) {
@@ -24,6 +28,32 @@ std::array<double, 3> lightColor(double kelvin) {
     const double green = color[1];
     for (double& channel : color) channel /= green;
     return color;
+}
+
+// One thing changes at a time, so that it can be told which loop answers; six seconds are enough for both.
+const std::vector<LightStep>& builtInLightScript() {
+    static const std::vector<LightStep> script{{6, 1, 5500}, {6, 0.35, 5500}, {6, 0.35, 3000},
+                                               {6, 2, 3000}, {6, 2, 8000},    {6, 1, 8000}};
+    return script;
+}
+
+std::size_t lightStepAt(const SceneModel& scene, std::chrono::nanoseconds time) {
+    if (scene.script.empty()) return 0;
+    std::chrono::nanoseconds round{};
+    for (const LightStep& step : scene.script) round += lengthOf(step);
+    time %= round;
+    std::size_t at = 0;
+    while (time >= lengthOf(scene.script[at])) time -= lengthOf(scene.script[at++]);
+    return at;
+}
+
+Illumination illuminationOf(const SceneModel& scene, std::size_t step) {
+    const bool scripted = !scene.script.empty();
+    Illumination now{scripted ? scene.script[step].light : scene.light,
+                     lightColor(scripted ? scene.script[step].kelvin : scene.kelvin)};
+    now.color[0] /= scene.tint;
+    now.color[2] /= scene.tint;
+    return now;
 }
 
 }  // namespace tavra::usbd

@@ -83,6 +83,7 @@ struct TimingModel {
     std::uint32_t baseClockMHz = 100;
     std::uint32_t minimumExposureClocks = 1426;  // of the base clock
     double longestExposureSeconds = 4.0;
+    double triggerWidthMs = 10;         // how long a trigger lasts, where it times the exposure
     std::vector<std::uint32_t> clocks;  // Hz by clock mode bit; a mode behind the end runs at the clock value
 };
 
@@ -105,13 +106,21 @@ struct SensorModel {
     std::uint16_t blackLevel = 0;
     std::uint32_t seed = 1;
     bool mirrorKeepsPhaseX = false,
-         mirrorKeepsPhaseY = false;  // a mirrored read-out begins with the same colour
+         mirrorKeepsPhaseY = false;  // a mirrored read-out begins with the same colour; default: by the type
+};
+
+struct LightStep {
+    double seconds = 1;  // of the camera's frame time
+    double light = 1;
+    double kelvin = 5500;
 };
 
 struct SceneModel {
     std::string source = "chart";  // or the path of a PNG file
     double light = 1.0;
     double kelvin = 5500;
+    double tint = 1;                // of the light: its green against its red and blue
+    std::vector<LightStep> script;  // played over and over; empty: light and kelvin stay
 };
 
 struct StreamModel {
@@ -193,7 +202,9 @@ struct Model {
         return type == 773 || type == 1541 || type == 1797 || type == 2053;
     }
     bool capabilityBit(std::size_t word, int bit) const { return (capability[word] >> bit & 1) != 0; }
-    bool hasRegisters() const { return !isLegacy() && capabilityBit(4, 0); }
+    // What the host finds as well: the oldest types have no capability words.
+    bool has(std::size_t word, int bit) const { return !isLegacy() && capabilityBit(word, bit); }
+    bool hasRegisters() const { return has(4, 0); }
 };
 
 }  // namespace tavra::usbd

@@ -5,11 +5,14 @@
 #include <charconv>
 #include <optional>
 
+#include "light.h"
 #include "model_check.h"
 #include "toml_fields.h"
 
 namespace tavra::usbd {
 namespace {
+
+constexpr double kMostLight = 1e6, kLeastKelvin = 1700, kMostKelvin = 25000;
 
 void readUsb(TomlFields fields, UsbModel& usb) {
     fields.choice("speed", usb.speed, {"full", "high", "super"});
@@ -93,6 +96,7 @@ void readTiming(TomlFields fields, TimingModel& timing) {
     fields.number("base_clock_mhz", timing.baseClockMHz, 1, 10000);
     fields.number("minimum_exposure_clocks", timing.minimumExposureClocks);
     fields.real("longest_exposure_seconds", timing.longestExposureSeconds, 0.0001, 3600);
+    fields.real("trigger_width_ms", timing.triggerWidthMs, 0.001, 3600000);
     std::vector<std::uint64_t> clocks;
     if (fields.numbers("clocks", clocks, 0xFFFFFFFF, 31)) timing.clocks.assign(clocks.begin(), clocks.end());
     fields.finish();
@@ -121,8 +125,26 @@ void readSensor(TomlFields fields, SensorModel& sensor) {
 
 void readScene(TomlFields fields, SceneModel& scene) {
     fields.text("source", scene.source, 4096);
-    fields.real("light", scene.light, 0, 1e6);
-    fields.real("kelvin", scene.kelvin, 1700, 25000);
+    fields.real("kelvin", scene.kelvin, kLeastKelvin, kMostKelvin);
+    std::vector<LightStep> steps;
+    for (TomlFields& table : fields.tables("step", 64)) {
+        LightStep step;
+        table.real("seconds", step.seconds, 0.01, 3600);
+        table.real("light", step.light, 0, kMostLight);
+        table.real("kelvin", step.kelvin, kLeastKelvin, kMostKelvin);
+        table.finish();
+        steps.push_back(step);
+    }
+    std::size_t name = 0;
+    if (fields.realOrWord("light", scene.light, 0, kMostLight, {"script", "dim"}, name)) {
+        if (name == 0) {
+            scene.script = steps.empty() ? builtInLightScript() : steps;
+        } else {
+            scene.light = kDimLight;
+            scene.tint = kDimTint;
+        }
+    }
+    fields.real("tint", scene.tint, 0.25, 4);
     fields.finish();
 }
 
@@ -268,6 +290,24 @@ void readPages(TomlFields fields, PagesModel& pages) {
     }
 }
 
+// What the host concludes from type and capability words, and the sensor does by default.
+void setByType(Model& model) {
+    constexpr std::uint16_t kDecibelTypes[] = {2326, 3448, 4118, 16385, 16386, 16387, 16388};
+    constexpr int kDecibelVariant = 28;
+    const bool isDecibelType = std::find(std::begin(kDecibelTypes), std::end(kDecibelTypes),
+                                         model.identity.productType) != std::end(kDecibelTypes);
+    const bool countsFromOne = model.has(16, 7);
+    SensorModel& sensor = model.sensor;
+    if (isDecibelType || (countsFromOne && model.capability[7] >> 8 == kDecibelVariant)) {
+        sensor.digitalGain = DigitalGainScale::Decibel;
+    } else if (countsFromOne) {
+        sensor.digitalGain = DigitalGainScale::Plus64;
+    }
+    const bool keepsColors = model.has(4, 7);
+    sensor.mirrorKeepsPhaseX = keepsColors;
+    sensor.mirrorKeepsPhaseY = keepsColors || isDecibelType;
+}
+
 void readModel(TomlFields fields, Model& model) {
     fields.text("name", model.name, 64);
     fields.text("description", model.description, 1024);
@@ -281,6 +321,7 @@ void readModel(TomlFields fields, Model& model) {
     model.geometry.sensorHeight = std::max(model.identity.maximumHeight, 1u);
     readGeometry(fields.table("geometry"), model.geometry);
     readTiming(fields.table("timing"), model.timing);
+    setByType(model);
     readSensor(fields.table("sensor"), model.sensor);
     readScene(fields.table("scene"), model.scene);
     readStream(fields.table("stream"), model.stream);
@@ -305,6 +346,7 @@ constexpr Alias kAliases[] = {
     {"scene", "scene.source"},
     {"light", "scene.light"},
     {"kelvin", "scene.kelvin"},
+    {"tint", "scene.tint"},
     {"seed", "sensor.seed"},
     {"noise", "sensor.noise"},
     {"vignetting", "sensor.vignetting"},

@@ -27,16 +27,24 @@ class Renderer {
     // turns, each drawn when it is first asked for. Null when no settings are in use or the scene cannot be
     // read any more.
     std::shared_ptr<const FrameBytes> frame(std::uint32_t index);
+    // Mean of the samples of the frame given last, of the largest sample; 0 before the first.
+    double brightness() const { return brightness_; }
 
   private:
-    std::shared_ptr<const FrameBytes> draw(std::uint32_t variant) const;
+    struct Variant {
+        std::shared_ptr<const FrameBytes> bytes;
+        double brightness = 0;
+    };
+
+    Variant draw(std::uint32_t variant) const;
 
     const Model& model_;
     std::shared_ptr<const Scene> scene_;
     bool mapped_ = false;
     FrameSettings settings_;
     SignalMap map_;
-    std::vector<std::shared_ptr<const FrameBytes>> variants_;
+    std::vector<Variant> variants_;
+    double brightness_ = 0;
 };
 
 }  // namespace tavra::usbd

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
-#include "light.h"
 #include "noise.h"
 
 namespace tavra::usbd {
@@ -16,6 +16,10 @@ struct SensorPixel {
     std::uint32_t x, y;
     float strength;
 };
+
+std::size_t channelOf(Site site) {
+    return site == Site::Red ? 0 : site == Site::Blue ? 2 : 1;
+}
 
 // Positions and strengths follow from the seed alone.
 std::vector<SensorPixel> hotPixels(const Model& model) {
@@ -29,6 +33,8 @@ std::vector<SensorPixel> hotPixels(const Model& model) {
     return pixels;
 }
 
+constexpr std::size_t kNowhere = std::numeric_limits<std::size_t>::max();
+
 // One axis of a panel: for every column (or row) sent, the first sensor pixel that goes into it.
 struct Axis {
     std::vector<std::uint32_t> places;
@@ -37,6 +43,10 @@ struct Axis {
 
     std::uint32_t place(std::size_t i, std::uint32_t bin) const {
         return std::min(places[i] + bin * binStep, sensorSize - 1);
+    }
+    std::size_t find(std::uint32_t sensorPlace) const {
+        const auto found = std::find(places.begin(), places.end(), sensorPlace);
+        return found != places.end() ? static_cast<std::size_t>(found - places.begin()) : kNowhere;
     }
 };
 
@@ -66,8 +76,6 @@ class Mapper {
         map_.samples = samplesOf(view.transferBits, view.colorArray);
         map_.colorArray = view.colorArray;
         period_ = map_.samples == Samples::Mosaic ? mosaicPeriod(view.colorArray) : 1;
-        const std::array<double, 3> light = lightColor(view.kelvin);
-        for (std::size_t c = 0; c < 3; ++c) weight_[c] = light[c] * model.sensor.response[c];
         centerX_ = (model.geometry.sensorWidth - 1) / 2.0;
         centerY_ = (model.geometry.sensorHeight - 1) / 2.0;
         const double corner = centerX_ * centerX_ + centerY_ * centerY_;
@@ -95,6 +103,7 @@ class Mapper {
             for (std::size_t column = 0; column < columns.size(); ++column) addPixel(x, y, column, row);
         }
         addHotPixels(panel, x, y);
+        correctPixels(panel, x, y);
         map_.panels.push_back(std::move(panel));
     }
 
@@ -111,8 +120,8 @@ class Mapper {
             case Samples::Grey: add(kRedShare * sum[0] + kGreenShare * sum[1] + kBlueShare * sum[2]); break;
             case Samples::Mosaic: {
                 const Site site = siteAt(map_.colorArray, x.phases[column], y.phases[row]);
-                const std::size_t c = site == Site::Red ? 0 : site == Site::Blue ? 2 : 1;
-                add(sum[c] * weight_[c]);
+                const std::size_t c = channelOf(site);
+                add(sum[c] * model_.sensor.response[c]);
                 break;
             }
         }
@@ -130,14 +139,27 @@ class Mapper {
         if (map_.samples == Samples::Color) return;
         for (const SensorPixel& pixel : hot_) {
             if (isCorrected(pixel)) continue;
-            const auto column = std::find(x.places.begin(), x.places.end(), pixel.x);
-            const auto row = std::find(y.places.begin(), y.places.end(), pixel.y);
-            if (column == x.places.end() || row == y.places.end()) continue;
-            const auto at = static_cast<std::size_t>(row - y.places.begin()) * panel.width +
-                            static_cast<std::size_t>(column - x.places.begin());
-            map_.hot.push_back({panel.first + at, pixel.strength});
+            const std::size_t column = x.find(pixel.x), row = y.find(pixel.y);
+            if (column == kNowhere || row == kNowhere) continue;
+            map_.hot.push_back({panel.first + row * panel.width + column, pixel.strength});
         }
         std::sort(map_.hot.begin(), map_.hot.end(), [](auto& a, auto& b) { return a.sample < b.sample; });
+    }
+
+    // The camera puts the mean of the next pixels of the same colour, left and right, in a listed pixel's
+    // place.
+    void correctPixels(const SignalMap::Panel& panel, const Axis& x, const Axis& y) {
+        if (map_.samples == Samples::Color) return;
+        for (const auto& [pixelX, pixelY] : view_.correctedPixels) {
+            const std::size_t column = x.find(pixelX), row = y.find(pixelY);
+            if (column == kNowhere || row == kNowhere) continue;
+            float* const line = map_.signal.data() + panel.first + row * panel.width;
+            const bool hasLeft = column >= period_, hasRight = column + period_ < panel.width;
+            if (!hasLeft && !hasRight) continue;
+            const float left = line[hasLeft ? column - period_ : column + period_];
+            const float right = line[hasRight ? column + period_ : column - period_];
+            line[column] = (left + right) / 2;
+        }
     }
 
     bool isCorrected(const SensorPixel& pixel) const {
@@ -152,21 +174,27 @@ class Mapper {
     const std::vector<SensorPixel> hot_;
     SignalMap map_;
     std::uint32_t period_ = 1;
-    std::array<double, 3> weight_{};
     double centerX_ = 0, centerY_ = 0, vignetting_ = 0;
 };
 
-// Gain of each place of a row in the mosaic.
-std::array<float, 4> rowGains(const FrameSettings& settings, const SignalMap& map, std::uint8_t rowPhase) {
-    std::array<float, 4> gains{};
-    for (std::uint32_t phase = 0; phase < gains.size(); ++phase) {
-        double gain = settings.gain;
+// What differs from place to place of a row in the mosaic: how much light is collected, and the gain.
+struct RowFactors {
+    std::array<float, 4> collected{}, gain{};
+};
+
+RowFactors rowFactors(const FrameSettings& settings, const SignalMap& map, std::uint8_t rowPhase) {
+    RowFactors factors;
+    for (std::uint32_t phase = 0; phase < factors.gain.size(); ++phase) {
+        double collected = settings.exposure * settings.light, gain = settings.gain;
         if (map.samples == Samples::Mosaic) {
-            gain *= settings.whiteBalance[static_cast<std::size_t>(siteAt(map.colorArray, phase, rowPhase))];
+            const Site site = siteAt(map.colorArray, phase, rowPhase);
+            collected *= settings.lightColor[channelOf(site)];
+            gain *= settings.whiteBalance[static_cast<std::size_t>(site)];
         }
-        gains[phase] = static_cast<float>(gain);
+        factors.collected[phase] = static_cast<float>(collected);
+        factors.gain[phase] = static_cast<float>(gain);
     }
-    return gains;
+    return factors;
 }
 
 }  // namespace
@@ -212,28 +240,26 @@ void exposeRow(const Model& model, const FrameSettings& settings, const SignalMa
     const std::size_t channels = map.channels(), count = panel.width * channels;
     const std::size_t first = panel.first + row * count;
     const float* const signal = map.signal.data() + first;
-    const auto collected = static_cast<float>(settings.exposure * settings.light);
     const auto fullWell = static_cast<float>(model.sensor.fullWell);
     const auto readVariance = static_cast<float>(model.sensor.readNoise * model.sensor.readNoise);
     const auto top = static_cast<float>((1u << model.sensor.bits) - 1);
     const auto black = static_cast<float>(settings.black);
-    const std::array<float, 4> gains = rowGains(settings, map, panel.rowPhase[row]);
+    const RowFactors factors = rowFactors(settings, map, panel.rowPhase[row]);
     auto hot =
         std::lower_bound(map.hot.begin(), map.hot.end(), first,
                          [](const SignalMap::HotPixel& pixel, std::size_t at) { return pixel.sample < at; });
     NoiseRow noise(model.sensor.seed, variant, static_cast<std::uint32_t>(panel.first), row);
 
     for (std::size_t i = 0; i < count; ++i) {
-        float charge = signal[i] * collected;
-        if (hot != map.hot.end() && hot->sample == first + i) {
+        const std::size_t phase = channels == 1 ? panel.columnPhase[i] & 3u : 0u;
+        float charge = signal[i] * factors.collected[phase];
+        for (; hot != map.hot.end() && hot->sample == first + i; ++hot) {
             charge += hot->strength * static_cast<float>(settings.exposure);
-            ++hot;
         }
         charge = std::min(charge, 1.0f);
         if (model.sensor.noise)
             charge += noise.next() * std::sqrt(charge * fullWell + readVariance) / fullWell;
-        const float gain = channels == 1 ? gains[panel.columnPhase[i] & 3] : gains[0];
-        const float value = (charge * gain + black) * top + 0.5f;
+        const float value = (charge * factors.gain[phase] + black) * top + 0.5f;
         samples[i] = static_cast<std::uint16_t>(std::clamp(value, 0.0f, top));
     }
 }

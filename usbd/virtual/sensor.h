@@ -27,13 +27,13 @@ std::uint32_t mosaicPeriod(std::uint16_t colorArray);
 enum class Samples { Mosaic, Grey, Color };
 Samples samplesOf(std::uint32_t transferBits, std::uint16_t colorArray);
 
-// Signal of each sample that is sent, at light 1, of what saturates at the full scale exposure.
+// Signal of each sample that is sent, at light 1 of 5500 K, of what saturates at the full scale exposure.
 struct SignalMap {
     // One rectangle of the frame: a region, or the grid of all.
     struct Panel {
         std::uint32_t width = 0, height = 0;
         std::vector<std::uint8_t> columnPhase,
-            rowPhase;           // place in the mosaic, for camera-side white balance
+            rowPhase;           // place in the mosaic, for the colour of light and camera-side white balance
         std::size_t first = 0;  // its first sample in `signal`
     };
     // A pixel with dark current: sample, signal that a full scale exposure adds.

@@ -69,6 +69,12 @@ void Stream::resetCounter() {
     frameNumber_ = 0;
 }
 
+void Stream::setAsleep(bool asleep) {
+    const std::lock_guard lock(mutex_);
+    asleep_ = asleep;
+    changed_.notify_all();
+}
+
 void Stream::breakOff(ErrorCode error) {
     {
         const std::lock_guard lock(mutex_);
@@ -86,6 +92,7 @@ void Stream::restore() {
         triggered_ = false;
         triggers_ = 0;
         frameNumber_ = 0;
+        time_ = {};
     }
     reads_.breakOff(error::kNone);
 }
@@ -96,7 +103,9 @@ bool Stream::waitForTurn(Clock::time_point due) {
     std::unique_lock lock(mutex_);
     for (;;) {
         if (!running_) return false;
-        if (triggered_) {
+        if (asleep_) {
+            changed_.wait(lock);
+        } else if (triggered_) {
             if (triggers_ > 0) {
                 --triggers_;
                 return true;
@@ -114,15 +123,17 @@ void Stream::run() {
     Clock::time_point due = Clock::now();
     while (reads_.waitForRead() && waitForTurn(due)) {
         std::uint32_t number = 0, place = 0;
+        std::chrono::nanoseconds time{};
         {
             const std::lock_guard lock(mutex_);
             number = frameNumber_;
+            time = time_;
             place = ++framesSent_;
         }
         if (place == model_.fault.vanishAtFrame) return maker_.vanish();
         std::chrono::nanoseconds period{};
         const Clock::time_point begun = Clock::now();
-        const std::shared_ptr<const FrameBytes> frame = maker_.makeFrame(number, period);
+        const std::shared_ptr<const FrameBytes> frame = maker_.makeFrame(number, time, period);
         // A sensor has no picture to draw: the time that the drawing took is nobody's lateness.
         due += Clock::now() - begun;
         bool handled = false;
@@ -142,8 +153,10 @@ void Stream::run() {
             }
         }
         const std::lock_guard lock(mutex_);
+        if (triggered_) passed = 1;
         // A counter that was reset meanwhile begins with the next frame.
-        frameNumber_ = frameNumber_ == number ? number + (triggered_ ? 1 : passed) : frameNumber_;
+        frameNumber_ = frameNumber_ == number ? number + passed : frameNumber_;
+        time_ += passed * period;
     }
 }
 

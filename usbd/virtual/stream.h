@@ -22,7 +22,8 @@ namespace tavra::usbd {
 class FrameMaker {
   public:
     // The next frame: its bytes (null: none can be made), and the time from it to the one that follows.
-    virtual std::shared_ptr<const FrameBytes> makeFrame(std::uint32_t index,
+    // `time` is the sum of these times since power-up, of lost frames too.
+    virtual std::shared_ptr<const FrameBytes> makeFrame(std::uint32_t index, std::chrono::nanoseconds time,
                                                         std::chrono::nanoseconds& period) = 0;
     // The camera drops off the bus. No further frame is asked for.
     virtual void vanish() = 0;
@@ -52,6 +53,8 @@ class Stream {
     // Triggers that have not become frames are forgotten.
     void clear();
     void resetCounter();
+    // While it sleeps no frame comes: a camera that has no firmware yet.
+    void setAsleep(bool asleep);
 
     // The camera is gone: reads get `error`, also those that come. Does not wait for the thread.
     void breakOff(ErrorCode error);
@@ -78,9 +81,11 @@ class Stream {
     std::condition_variable changed_;
     bool running_ = false;
     bool triggered_ = false;
+    bool asleep_ = false;
     std::uint32_t triggers_ = 0;
     std::uint32_t frameNumber_ = 0;
     std::uint32_t framesSent_ = 0;  // since power-up, for the faults
+    std::chrono::nanoseconds time_{};
 };
 
 }  // namespace tavra::usbd

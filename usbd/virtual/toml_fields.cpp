@@ -28,6 +28,12 @@ bool inRange(const toml::node& node, double least, double most, double& value) {
     return std::isfinite(value) && value >= least && value <= most;
 }
 
+std::string listOf(std::initializer_list<std::string_view> words) {
+    std::string list;
+    for (const std::string_view each : words) list += (list.empty() ? "" : ", ") + std::string(each);
+    return list;
+}
+
 std::string realRangeText(double least, double most) {
     return "must be a number from " + std::to_string(least) + " to " + std::to_string(most);
 }
@@ -66,6 +72,23 @@ void TomlFields::real(std::string_view key, double& value, double least, double 
     }
 }
 
+bool TomlFields::realOrWord(std::string_view key, double& value, double least, double most,
+                            std::initializer_list<std::string_view> words, std::size_t& index) {
+    const toml::node* const node = take(key);
+    if (node == nullptr) return false;
+    double number = 0;
+    if (inRange(*node, least, most, number)) {
+        value = number;
+        return false;
+    }
+    const auto* const string = node->as_string();
+    const auto found = string != nullptr ? std::find(words.begin(), words.end(), string->get()) : words.end();
+    index = static_cast<std::size_t>(found - words.begin());
+    if (found != words.end()) return true;
+    complain(key, realRangeText(least, most) + ", or one of " + listOf(words));
+    return false;
+}
+
 void TomlFields::flag(std::string_view key, bool& value) {
     const toml::node* const node = take(key);
     if (node == nullptr) return;
@@ -94,9 +117,7 @@ bool TomlFields::word(std::string_view key, std::initializer_list<std::string_vi
     const auto* const string = node->as_string();
     const auto found = string != nullptr ? std::find(words.begin(), words.end(), string->get()) : words.end();
     if (found == words.end()) {
-        std::string list;
-        for (const std::string_view each : words) list += (list.empty() ? "" : ", ") + std::string(each);
-        complain(key, "must be one of " + list);
+        complain(key, "must be one of " + listOf(words));
         return false;
     }
     index = static_cast<std::size_t>(found - words.begin());

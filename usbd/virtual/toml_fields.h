@@ -47,6 +47,9 @@ class TomlFields {
         if (whole(key, wide, least, most)) value = static_cast<Number>(wide);
     }
     void real(std::string_view key, double& value, double least, double most);
+    // A number, or one of `words`: true with its index where it is a word.
+    bool realOrWord(std::string_view key, double& value, double least, double most,
+                    std::initializer_list<std::string_view> words, std::size_t& index);
     void flag(std::string_view key, bool& value);
     void text(std::string_view key, std::string& value, std::size_t mostBytes);
 

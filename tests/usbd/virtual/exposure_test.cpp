@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "model_toml.h"
+
 namespace tavra::usbd {
 namespace {
 
@@ -107,6 +109,39 @@ TEST(Gain, DigitalGainByScale) {
     EXPECT_DOUBLE_EQ(digitalGainFactor(m, 64), 2.0);
     m.sensor.digitalGain = DigitalGainScale::Decibel;
     EXPECT_DOUBLE_EQ(digitalGainFactor(m, 200), 10.0);
+}
+
+TEST(Gain, ACameraMayHaveNoDigitalGain) {
+    Model m = model();
+    m.capability[18] = 0x0100;
+    EXPECT_DOUBLE_EQ(digitalGainFactor(m, 128), 1.0);
+}
+
+TEST(Gain, TheDigitalScaleFollowsTheType) {
+    const auto scale = [](const std::string& more) {
+        Model m;
+        std::string complaint;
+        EXPECT_TRUE(parseModel("[identity]\nmaximum_width = 64\nmaximum_height = 48\nproduct_type = " + more,
+                               {}, m, complaint))
+            << complaint;
+        return m.sensor.digitalGain;
+    };
+    EXPECT_EQ(scale("300"), DigitalGainScale::Times64);
+    EXPECT_EQ(scale("300\n[capability]\nword16 = 0x0080"), DigitalGainScale::Plus64);
+    EXPECT_EQ(scale("300\n[capability]\nword7 = 0x1C00\nword16 = 0x0080"), DigitalGainScale::Decibel);
+    EXPECT_EQ(scale("300\n[capability]\nword7 = 0x1C00"), DigitalGainScale::Times64);
+    EXPECT_EQ(scale("16386"), DigitalGainScale::Decibel);
+    EXPECT_EQ(scale("16386\n[sensor]\ndigital_gain = \"plus64\""), DigitalGainScale::Plus64);
+}
+
+TEST(Exposure, ATriggerMayTimeIt) {
+    const Model m = model();
+    ExposureRegisters registers = at12MHz();
+    registers.lines = 6;
+    registers.triggerSeconds = 0.025;
+    const ExposureTiming timing(m, registers, 100, 1);
+    EXPECT_DOUBLE_EQ(timing.exposureSeconds(), 0.025);
+    EXPECT_DOUBLE_EQ(timing.frameSeconds(), 0.025);
 }
 
 TEST(FullScale, IsATenthAboveTheDefaultExposure) {

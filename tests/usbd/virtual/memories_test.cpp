@@ -105,6 +105,27 @@ TEST(Firmware, ADownloadBringsTheCameraBackWithAnotherRevision) {
     EXPECT_EQ(revision(again), 16);
 }
 
+TEST(Firmware, WithoutItNoFrameComes) {
+    useCameras("legacy773:firmware=absent:pace=off");
+    {
+        Camera camera;
+        test::Read read(4096);
+        ASSERT_EQ(read.start(camera), 997u);
+        ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
+        EXPECT_FALSE(read.event.wait(20));
+        EXPECT_EQ(camera.get(33, 0, 0, 64).size(), 64u) << "it answers all the same";
+        UsbEndRead(camera.handle());
+        EXPECT_EQ(read.look(camera), 995u);
+        const std::vector<std::uint8_t> image(16, 1);
+        std::uint32_t taken = 0;
+        ASSERT_EQ(UsbDownloadFirmware(camera.handle(), image.data(), nullptr, 16, &taken), 1);
+    }
+    Camera camera;
+    ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
+    EXPECT_EQ(test::readTransfer(camera).size(), 64u + 640 * 480);
+    UsbEndRead(camera.handle());
+}
+
 TEST(Firmware, AnEmptyDownloadStartsNothing) {
     useCameras("legacy1541:firmware=absent");
     Camera camera;

@@ -159,11 +159,11 @@ TEST(Sensor, ResponseAndLightColourWeighTheSites) {
     EXPECT_NEAR(samples[0], sampleOf(0.4), 1) << "red";
     EXPECT_NEAR(samples[1], sampleOf(0.8), 1) << "green";
     EXPECT_NEAR(samples[17], sampleOf(0.2), 1) << "blue";
-    settings.view.kelvin = 3000;
+    settings.lightColor = lightColor(3000);
     samples = exposeAll(model, settings, scene);
     EXPECT_NEAR(samples[0], sampleOf(0.4 * lightColor(3000)[0]), 1);
     settings.whiteBalance = {2, 1, 1, 4};
-    settings.view.kelvin = 5500;
+    settings.lightColor = lightColor(5500);
     samples = exposeAll(model, settings, scene);
     EXPECT_NEAR(samples[0], sampleOf(0.8), 2);
     EXPECT_NEAR(samples[17], sampleOf(0.8), 3);

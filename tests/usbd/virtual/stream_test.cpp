@@ -9,16 +9,14 @@ namespace tavra::usbd {
 namespace {
 
 using test::Camera;
+using test::meanOf;
 using test::numberOf;
+using test::rawOf;
 using test::Read;
 using test::readTransfer;
 using test::useCameras;
 
 constexpr const char* kSmall = "mono:identity.maximum_width=64:identity.maximum_height=48:pace=off";
-
-std::vector<std::uint8_t> rawOf(const std::vector<std::uint8_t>& frame) {
-    return {frame.begin() + 64, frame.end()};
-}
 
 TEST(Stream, FramesHaveHeaderRawDataAndAscendingNumbers) {
     useCameras(kSmall);
@@ -173,17 +171,12 @@ TEST(Stream, SettingsTakeEffectWithTheNextFrame) {
     useCameras("mono:identity.maximum_width=64:identity.maximum_height=48:pace=off:noise=off");
     Camera camera;
     ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
-    const auto meanOf = [&] {
-        const auto raw = rawOf(readTransfer(camera));
-        double sum = 0;
-        for (const std::uint8_t byte : raw) sum += byte;
-        return sum / static_cast<double>(raw.size());
-    };
-    const double before = meanOf();
+    const auto nextMean = [&] { return meanOf(rawOf(readTransfer(camera))); };
+    const double before = nextMean();
     EXPECT_GT(before, 40);
     EXPECT_LT(before, 200);
     ASSERT_TRUE(camera.setStatus(0x8014, 32));
-    EXPECT_NEAR(meanOf(), before / 2, 1) << "half the digital gain";
+    EXPECT_NEAR(nextMean(), before / 2, 1) << "half the digital gain";
     ASSERT_TRUE(camera.setStatus(0x8014, 64));
     auto record = camera.get(18, 0, 0, 64);
     storeLe32(&record[6], 32);
@@ -209,6 +202,89 @@ TEST(Stream, EveryTransferFormatHasTheSizeThatTheCameraTells) {
             EXPECT_EQ(readTransfer(camera).size(), 64u + told) << name << ", code " << (1u << bit);
         }
         UsbEndRead(camera.handle());
+    }
+}
+
+// Two regions, cut out of the frame of the whole sensor: one after the other, or as the grid that they span.
+TEST(Stream, RegionsComeOneAfterAnotherOrAsAGrid) {
+    const std::string sensor =
+        "regions:pace=off:noise=off:geometry.sensor_width=96:geometry.sensor_height=64:geometry.x_step=2:"
+        "geometry.width_step=4";
+    // Twenty lines of exposure, whatever the frame.
+    const auto expose = [](Camera& camera) {
+        std::vector<std::uint8_t> block(64);
+        storeLe16(&block[2], 20);
+        return camera.set(33, 0, 0, block);
+    };
+    const auto record = [](Camera& camera, std::array<std::uint32_t, 8> places, std::uint32_t enabled) {
+        auto bytes = camera.get(18, 0, 0, 176);
+        EXPECT_EQ(bytes.size(), 176u);
+        for (std::size_t i = 0; i < 4; ++i) storeLe32(&bytes[6 + 4 * i], places[i]);
+        for (std::size_t i = 0; i < 4; ++i) storeLe32(&bytes[64 + 4 * i], places[4 + i]);
+        storeLe32(&bytes[60], enabled);
+        return bytes;
+    };
+    useCameras(sensor);
+    std::vector<std::uint8_t> whole;
+    {
+        Camera camera;
+        ASSERT_TRUE(camera.set(18, 0, 0, record(camera, {96, 64, 0, 0, 0, 0, 0, 0}, 1)));
+        ASSERT_TRUE(expose(camera));
+        ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
+        whole = rawOf(readTransfer(camera));
+        UsbEndRead(camera.handle());
+        ASSERT_EQ(whole.size(), 96u * 64);
+    }
+    std::vector<std::uint8_t> apart, grid;
+    const auto cut = [&](std::vector<std::uint8_t>& to, std::size_t x, std::size_t y, std::size_t width) {
+        const auto from = whole.begin() + static_cast<std::ptrdiff_t>(y * 96 + x);
+        to.insert(to.end(), from, from + static_cast<std::ptrdiff_t>(width));
+    };
+    // 32 x 8 at (4, 4) and 40 x 12 at (48, 40).
+    for (std::size_t y = 4; y < 12; ++y) cut(apart, 4, y, 32);
+    for (std::size_t y = 40; y < 52; ++y) cut(apart, 48, y, 40);
+    for (std::size_t y = 4; y < 52; ++y) {
+        if (y >= 12 && y < 40) continue;
+        cut(grid, 4, y, 32);
+        cut(grid, 48, y, 40);
+    }
+    for (const std::uint32_t mode : {0u, 1u, 2u}) {
+        useCameras(sensor + ":geometry.region_mode=" + std::to_string(mode));
+        Camera camera;
+        EXPECT_EQ(camera.page(25, 4), mode);
+        ASSERT_TRUE(camera.set(18, 0, 0, record(camera, {32, 8, 4, 4, 40, 12, 48, 40}, 3)));
+        ASSERT_TRUE(expose(camera));
+        ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
+        EXPECT_EQ(rawOf(readTransfer(camera)), mode == 2 ? grid : apart) << "mode " << mode;
+        UsbEndRead(camera.handle());
+    }
+}
+
+// The four oldest types have nothing but the block of request 33.
+TEST(Stream, ShutterAndGainOfTheOldestTypes) {
+    for (const char* const name : {"legacy773", "legacy1541", "legacy1797", "legacy2053"}) {
+        useCameras(std::string(name) + ":pace=off:noise=off:light=0.5:hotpixels=0");
+        Camera camera;
+        const auto meanAt = [&](std::uint16_t lines, std::uint16_t clocks, std::uint16_t gain) {
+            std::vector<std::uint8_t> block(64);
+            block[0] = 0x40;
+            block[1] = 0x21;
+            storeLe16(&block[2], lines);
+            storeLe16(&block[4], clocks);
+            storeLe16(&block[6], gain);
+            EXPECT_TRUE(camera.set(33, 0, 0, block));
+            EXPECT_EQ(camera.get(33, 0, 0, 64), block);
+            EXPECT_EQ(UsbBeginRead(camera.handle()), 1);
+            const double mean = meanOf(rawOf(readTransfer(camera)));
+            UsbEndRead(camera.handle());
+            return mean;
+        };
+        const double at400 = meanAt(400, 0, 0);
+        EXPECT_NEAR(meanAt(200, 0, 0), at400 / 2, 0.6) << name;
+        const std::uint16_t lineClocks = loadLe16(&camera.get(18, 0, 0, 64)[28]);
+        EXPECT_NEAR(meanAt(199, lineClocks, 0), at400 / 2, 0.6) << name;
+        // 3.96 dB in steps of 0.132.
+        EXPECT_NEAR(meanAt(200, 0, 30), at400 / 2 * 1.5776, 1) << name;
     }
 }
 

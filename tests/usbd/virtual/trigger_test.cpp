@@ -7,7 +7,9 @@ namespace tavra::usbd {
 namespace {
 
 using test::Camera;
+using test::meanOf;
 using test::numberOf;
+using test::rawOf;
 using test::Read;
 using test::readTransfer;
 using test::useCameras;
@@ -87,6 +89,44 @@ TEST(Trigger, NothingIsKeptOfTriggersInFreeRun) {
     ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
     expectOneFrame(camera, camera.set(48, 0, 0, {}));
     UsbEndRead(camera.handle());
+}
+
+// Exposure 10 ms of 40 ms full scale, triggers 20 ms long: twice as bright when the trigger times the
+// exposure.
+TEST(Trigger, MayTimeTheExposure) {
+    const std::string sensor =
+        ":noise=off:hotpixels=0:sensor.full_scale_ms=40:timing.trigger_width_ms=20:timing.exposure_unit="
+        "microsecond";
+    for (const bool pages : {true, false}) {
+        useCameras((pages ? kPages + ":capability.word3=0x2885" : kWords) + sensor);
+        Camera camera;
+        std::vector<std::uint8_t> block(64);
+        storeLe16(&block[2], 10000);
+        ASSERT_TRUE(camera.set(33, 0, 0, block));
+        const auto setMode = [&](std::uint32_t mode, bool triggered) {
+            if (pages) return camera.setPage(2, 24, mode) && camera.setPage(2, 44, triggered ? 1 : 0);
+            const auto bits = static_cast<std::uint8_t>(mode == 2 ? 0x10 : mode == 3 ? 0x20 : 0);
+            return camera.set(128, 0x8030, 0, {static_cast<std::uint8_t>(triggered ? 1 : 0), bits, 0, 0});
+        };
+        const auto mean = [&](bool triggered) {
+            EXPECT_EQ(UsbBeginRead(camera.handle()), 1);
+            if (triggered) {
+                EXPECT_TRUE(camera.set(48, 0, 0, {}));
+            }
+            const double bright = meanOf(rawOf(readTransfer(camera)));
+            UsbEndRead(camera.handle());
+            return bright;
+        };
+        ASSERT_TRUE(setMode(1, true));
+        const double timed = mean(true);
+        EXPECT_GT(timed, 10);
+        for (const std::uint32_t mode : {2u, 3u}) {
+            ASSERT_TRUE(setMode(mode, true));
+            EXPECT_NEAR(mean(true), 2 * timed, 1) << mode;
+            ASSERT_TRUE(setMode(mode, false));
+            EXPECT_NEAR(mean(false), timed, 0.01) << "free running, mode " << mode;
+        }
+    }
 }
 
 TEST(Counter, TheCommandSetsItBack) {
