@@ -272,6 +272,18 @@ TEST(Sensor, HotPixelsGrowWithExposureAndNotWithLight) {
     EXPECT_EQ(lit(), 0);
 }
 
+TEST(Sensor, HotPixelsThatMeetAddUpAndHideNoOther) {
+    const Model model = cleanModel(1);
+    FrameSettings settings = settingsOf(model);
+    SignalMap map = mapSignal(model, settings.view, greyScene(0));
+    map.hot = {{3, 0.25f}, {3, 0.25f}, {9, 0.5f}};
+    std::vector<std::uint16_t> row(16);
+    exposeRow(model, settings, map, map.panels[0], 0, 0, row);
+    EXPECT_EQ(row[3], sampleOf(0.5));
+    EXPECT_EQ(row[9], sampleOf(0.5));
+    EXPECT_EQ(std::accumulate(row.begin(), row.end(), 0u), 2u * sampleOf(0.5));
+}
+
 TEST(Sensor, CorrectedPixelsAreNotHot) {
     Model model = cleanModel(1);
     model.sensor.hotPixels = 5;
