@@ -3,6 +3,7 @@
 #include <new>
 
 #include "stages/color_interpolation.h"
+#include "stages/multi_roi_image.h"
 
 namespace tavra {
 
@@ -24,6 +25,7 @@ struct StageClass {
 constexpr StageClass kClasses[] = {
     {stage_code::kColorInterpolation, make<CColorInterpolation>},
     {stage_code::kSaveImageFile, makeSaveImageFile},
+    {stage_code::kMultiRoiImage, make<CMultiROIImage>},
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "media/save_image_file.h"
 #include "stages/color_interpolation.h"
+#include "stages/multi_roi_image.h"
 
 namespace tavra {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 using u8 = std::uint8_t;
 using u16 = std::uint16_t;
 using u32 = std::uint32_t;
+using u64 = std::uint64_t;
 
 // Each operation gives its number.
 class InterpolationSlots final : public IColorInterpolation {
@@ -33,10 +35,27 @@ class SaveSlots final : public ISaveImageFile {
     u32 SaveImageFile(u32, u32, u32, const void*, const char16_t*, u32) override { return 103; }
 };
 
+class RegionSlots final : public IMultiROIImage {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 Setup(IRegionInfo*, u32) override { return 102; }
+    u32 GetRegionCount() override { return 103; }
+    u8* GetRegionImage(u32, u8*, u64, u64, u64*, u64*, u64*, u64*, u64*) override { return places + 104; }
+    u8* PasteRegion(u64, const u8*, u64, u64, u64, u64, u32, u64, u64) override { return places + 105; }
+    u8* Compose(u64, u8*, u64, u64) override { return places + 106; }
+    u64 GetComposedSize(std::int32_t) override { return 107; }
+    u64 GetComposedStride() override { return 108; }
+    void ClearComposed() override { cleared = true; }
+
+    u8 places[110] = {};
+    bool cleared = false;
+};
+
 // Calls what stands in a slot of the object's table, with the object as the hidden first argument.
-template <class... Arguments>
-u32 callSlot(ISUnknown* object, std::size_t slot, Arguments... arguments) {
-    using Operation = u32 (*)(ISUnknown*, Arguments...);
+template <class Result = u32, class... Arguments>
+Result callSlot(ISUnknown* object, std::size_t slot, Arguments... arguments) {
+    using Operation = Result (*)(ISUnknown*, Arguments...);
     static_assert(sizeof(Operation) == sizeof(void*));
     const unsigned char* table = nullptr;
     std::memcpy(&table, static_cast<const void*>(object), sizeof table);
@@ -67,6 +86,27 @@ TEST(InterfaceSlots, OfSaveImageFile) {
     EXPECT_EQ(callSlot(&slots, 1), 101u);
     EXPECT_EQ(callSlot(&slots, 2, u32{}, u32{}, u32{}, u32{}, data, name, u32{}), 102u);
     EXPECT_EQ(callSlot(&slots, 3, u32{}, u32{}, u32{}, data, name, u32{}), 103u);
+}
+
+TEST(InterfaceSlots, OfMultiRoiImage) {
+    RegionSlots slots;
+    IRegionInfo* const info = nullptr;
+    u8* const frame = nullptr;
+    const u8* const pixels = nullptr;
+    u64* const out = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, info, u32{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3), 103u);
+    EXPECT_EQ(callSlot<u8*>(&slots, 4, u32{}, frame, u64{}, u64{}, out, out, out, out, out),
+              slots.places + 104);
+    EXPECT_EQ(callSlot<u8*>(&slots, 5, u64{}, pixels, u64{}, u64{}, u64{}, u64{}, u32{}, u64{}, u64{}),
+              slots.places + 105);
+    EXPECT_EQ(callSlot<u8*>(&slots, 6, u64{}, frame, u64{}, u64{}), slots.places + 106);
+    EXPECT_EQ(callSlot<u64>(&slots, 7, std::int32_t{}), 107u);
+    EXPECT_EQ(callSlot<u64>(&slots, 8), 108u);
+    callSlot<void>(&slots, 9);
+    EXPECT_TRUE(slots.cleared);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "stages/channel_swap.h"
 #include "stages/color_interpolation.h"
 #include "stages/grey_spread.h"
+#include "stages/multi_roi_image.h"
 
 namespace tavra {
 namespace {
@@ -92,11 +93,43 @@ void addConversions(Hash& hash, std::size_t offset) {
     hash.add(out, image.size() - offset);
 }
 
+// Four regions, of which two overlap.
+class FixedRegions final : public IRegionInfo {
+  public:
+    std::uint32_t GetMaxROICount() override { return 4; }
+    std::uint32_t GetROIMode() override { return 0; }
+    void GetROI(std::uint32_t index, std::uint32_t* enabled, std::uint32_t* x, std::uint32_t* y,
+                std::uint32_t* width, std::uint32_t* height) override {
+        *enabled = 1;
+        *x = index * 150;
+        *y = index / 2 * 40;
+        *width = 101 + 33 * index;
+        *height = 9;
+    }
+    std::uint32_t GetROIGroup() override { return 4; }
+};
+
+void addRegions(Hash& hash, std::size_t offset) {
+    CMultiROIImage stage;
+    FixedRegions regions;
+    stage.Setup(&regions, 4);
+    std::uint64_t frameId = 0;
+    for (std::uint64_t bits : {8, 10, 12, 16, 24}) {
+        const std::size_t size = std::size_t{kWidth} * kHeight * 3;
+        auto frame = fixedSamples<std::uint8_t>(size, 0xFF, offset);
+        const std::uint8_t* const image =
+            stage.Compose(++frameId, frame.data() + offset, size, 0x01000000 | bits << 16);
+        ASSERT_NE(image, nullptr);
+        hash.add(image, stage.GetComposedStride() * stage.GetComposedSize(1));
+    }
+}
+
 std::uint64_t hashAt(std::size_t offset) {
     Hash hash;
     addInterpolation<std::uint8_t>(hash, offset);
     addInterpolation<std::uint16_t>(hash, offset);
     addConversions(hash, offset);
+    addRegions(hash, offset);
     return hash.value();
 }
 
