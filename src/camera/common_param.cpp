@@ -1,6 +1,9 @@
 #include "camera/common_param.h"
 
+#include <algorithm>
+#include <limits>
 #include <new>
+#include <optional>
 
 #include "base/color_array.h"
 #include "camera/function_table.h"
@@ -8,6 +11,7 @@
 #include "platform/user_settings.h"
 #include "stages/color_interpolation.h"
 #include "stages/factory.h"
+#include "stages/multi_roi_image.h"
 
 namespace tavra {
 namespace {
@@ -38,6 +42,16 @@ Interface* makeStage(std::int32_t code) {
     return static_cast<Interface*>(object);
 }
 
+// A size that has more than 32 bits, of which no image can be made, keeps being too large.
+std::optional<ImageSize> composedSize(IMultiROIImage& regions) {
+    if (regions.GetRegionCount() < 2) return {};
+    const auto along = [&](std::int32_t axis) {
+        constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
+        return static_cast<std::uint32_t>(std::min(regions.GetComposedSize(axis), kMost));
+    };
+    return ImageSize{along(0), along(1)};
+}
+
 template <typename Interface>
 void releaseStage(Interface*& stage) {
     if (stage != nullptr) stage->Release();
@@ -54,6 +68,7 @@ TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
 // statistics, noise reduction and the recorder between the stage objects and the images.
 TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     registerPages.reset();
+    if (geometry != nullptr) releaseStage(geometry->multiRoi);
     geometry.reset();
     releaseStage(colorInterpolation);
     imagesB.destroy();
@@ -85,6 +100,18 @@ std::uint16_t TAVRA_COMMON_PARAM::colorArrayInForce() const {
     const bool vertical = (mirror & kVerticalMirror) != 0 && !isWideGainFamily(info.productType);
     if ((!horizontal && !vertical) || hasFunction(function::kMirrorKeepsColorArray)) return stored;
     return mirroredColorArray(stored, horizontal, vertical);
+}
+
+void TAVRA_COMMON_PARAM::setUpRegions() {
+    constexpr std::uint32_t kDenseRows = 1;
+    const std::lock_guard lock(geometry->layoutMutex());
+    IMultiROIImage*& regions = geometry->multiRoi;
+    if (regions == nullptr) {
+        if (geometry->GetMaxROICount() < 2) return;
+        regions = makeStage<IMultiROIImage>(stage_code::kMultiRoiImage);
+    }
+    regions->Setup(geometry.get(), kDenseRows);
+    geometry->storeComposedSize(composedSize(*regions));
 }
 
 bool TAVRA_COMMON_PARAM::transferRunning() {

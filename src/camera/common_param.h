@@ -53,6 +53,10 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
     // Whether a capture thread runs. A thread that has ended by itself is collected on the spot.
     bool transferRunning();
 
+    // Gives the regions of the scan record to region composition, which is made when the camera first offers
+    // two or more. Not while a stream runs. Throws std::bad_alloc.
+    void setUpRegions();
+
     // Keeps the code of a failure for Tavra_GetLastError. Success changes nothing.
     void noteFailure(Status status) {
         if (!status.ok()) lastError = status.code();

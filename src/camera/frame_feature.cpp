@@ -50,9 +50,14 @@ void CFrameFeature::storeScanRecord(const ScanRecord& record) {
     record_ = record;
 }
 
-// Place of region composition: with more than one region in use the composed size stands here.
 ImageSize CFrameFeature::imageSize() const {
-    return rawSize();
+    const std::lock_guard lock(mutex_);
+    return composedSize_.value_or(ImageSize{record_.width(), record_.height()});
+}
+
+void CFrameFeature::storeComposedSize(std::optional<ImageSize> size) {
+    const std::lock_guard lock(mutex_);
+    composedSize_ = size;
 }
 
 ImageSize CFrameFeature::rawSize() const {

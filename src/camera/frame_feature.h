@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 #include "base/region_info.h"
 #include "base/status.h"
@@ -93,13 +94,19 @@ class CFrameFeature final : public IRegionInfo {
     ScanRecord scanRecord() const;            // a copy
     void storeScanRecord(const ScanRecord&);  // as read from the camera
 
-    // The size that consumers see: composed of the regions in use, or that of the record.
+    // The size that consumers see: composed of the regions in use if there are two or more, else that of the
+    // record.
     ImageSize imageSize() const;
+    // Tells the composed size of the layout that region composition has just taken; none: fewer than two
+    // regions are in use.
+    void storeComposedSize(std::optional<ImageSize> size);
     // The size of what the camera sends.
     ImageSize rawSize() const;
 
     // Guards the scan record while it is changed and sent.
     std::mutex& mutex() const { return mutex_; }
+    // Held while region composition takes its layout. Taken before the one above.
+    std::mutex& layoutMutex() { return layoutMutex_; }
     ScanRecord& lockedRecord() { return record_; }  // the mutex must be held
 
     std::uint32_t enablePreviewFormats = 12;
@@ -109,11 +116,15 @@ class CFrameFeature final : public IRegionInfo {
     std::uint32_t transferBits = 1;
     std::uint32_t previewPixelFormat = 0;  // 1, 4 or 8
     CRegisterPageMap* registerPages = nullptr;
-    IMultiROIImage* multiRoi = nullptr;  // empty until region composition exists
+    // Region composition: null until the camera first offers two regions or more. The handle record makes and
+    // releases it; the capture thread uses it while a stream runs, nobody changes it then.
+    IMultiROIImage* multiRoi = nullptr;
 
   private:
     mutable std::mutex mutex_;
     ScanRecord record_;
+    std::optional<ImageSize> composedSize_;
+    std::mutex layoutMutex_;
 };
 
 }  // namespace tavra

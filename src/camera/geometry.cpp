@@ -107,7 +107,8 @@ Status readScanInformation(TAVRA_COMMON_PARAM& camera) {
     TAVRA_RETURN_IF_ERROR(requestScanRecord(camera.control, record));
     if (camera.legacy() || !camera.can(3, 0)) record.deriveExposureLimits();
     camera.geometry->storeScanRecord(record);
-    // Place of region composition: made here when the camera offers two or more regions and no stream runs.
+    // A stream goes on with the layout that it began with.
+    if (!camera.transferRunning()) camera.setUpRegions();
     return Status();
 }
 
