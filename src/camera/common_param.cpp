@@ -7,6 +7,7 @@
 
 #include "base/color_array.h"
 #include "camera/function_table.h"
+#include "control/white_balance_ctrl_usb.h"
 #include "platform/system_version.h"
 #include "platform/user_settings.h"
 #include "stages/color_interpolation.h"
@@ -64,9 +65,10 @@ TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
     : maximumTransferSize(configuredTransferSize()),
       colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
 
-// What uses the camera goes before what it uses. Exposure control and white balance control come first;
+// What uses the camera goes before what it uses. Exposure control comes first, before white balance control;
 // statistics, noise reduction and the recorder between the stage objects and the images.
 TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
+    whiteBalance.reset();
     registerPages.reset();
     if (geometry != nullptr) releaseStage(geometry->multiRoi);
     geometry.reset();
@@ -87,6 +89,11 @@ std::uint32_t TAVRA_COMMON_PARAM::Write(std::uint32_t address, const void* buffe
                                                  {static_cast<const std::uint8_t*>(buffer), size});
     noteFailure(status);
     return status.code();
+}
+
+void TAVRA_COMMON_PARAM::makeWhiteBalance() {
+    whiteBalance = std::make_unique<CWhiteBalanceCtrlUSB>(control, whiteBalanceWords, colorArray,
+                                                          hasHardwareWhiteBalance());
 }
 
 bool TAVRA_COMMON_PARAM::hasFunction(std::uint32_t number) const {

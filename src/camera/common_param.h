@@ -18,12 +18,14 @@
 #include "camera/register_map.h"
 #include "capture/callback_list.h"
 #include "capture/snapshot_request.h"
+#include "control/average_pixel_value.h"
 #include "platform/event.h"
 #include "platform/thread.h"
 #include "tavra/tavra_types.h"
 
 namespace tavra {
 
+class CWhiteBalanceCtrlUSB;
 class IColorInterpolation;
 
 // Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
@@ -45,10 +47,15 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
     bool legacy() const { return isLegacyType(info.productType); }
     // A capability bit; false on the oldest types, whose words are all zero.
     bool can(unsigned word, unsigned bit) const { return capabilities.bit(word, bit); }
+    // The camera does the white balance itself: gains and mode are its own.
+    bool hasHardwareWhiteBalance() const { return can(1, 8); }
     // Tavra_HasFunction's answer, for a valid record.
     bool hasFunction(std::uint32_t number) const;
     // The stored colour array after what the camera mirrors.
     std::uint16_t colorArrayInForce() const;
+
+    // Makes the white balance control, at open, when the device information has been read.
+    void makeWhiteBalance();
 
     // Whether a capture thread runs. A thread that has ended by itself is collected on the spot.
     bool transferRunning();
@@ -119,9 +126,12 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
     // over.
     IColorInterpolation* colorInterpolation = nullptr;
 
+    // Automatic control.
+    CAveragePixelValue statistics;
+    std::unique_ptr<CWhiteBalanceCtrlUSB> whiteBalance;
+
     // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
-    // mutex), noise reduction, frame statistics, white balance control, exposure control, draw object,
-    // preview window.
+    // mutex), noise reduction, exposure control, draw object, preview window.
 };
 
 }  // namespace tavra

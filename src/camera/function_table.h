@@ -1,6 +1,7 @@
 // Which functions a camera has, by the numbers of Tavra_HasFunction. Pure; any thread.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "camera/camera_info.h"
@@ -18,6 +19,9 @@ inline constexpr std::uint32_t kTriggerSelector0 = 256;
 inline constexpr std::uint32_t kDigitalGain = 257;
 inline constexpr std::uint32_t kDigitalGainFromOne = 0x90007;
 inline constexpr std::uint32_t kTriggerSelector1 = 0x9000E;
+// Modes of white balance in the camera, by mode code; they count if the camera tells them at all.
+inline constexpr std::array<std::uint32_t, 4> kWhiteBalanceModes{0xA0012, 0xA0015, 0xA0013, 0xA0014};
+inline constexpr std::uint32_t kWhiteBalanceModesTold = 0xA0016;
 inline constexpr std::uint32_t kPriorityMode = 0xA001B;
 }  // namespace function
 

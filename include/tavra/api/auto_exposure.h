@@ -129,14 +129,17 @@ TAVRA_API TavraBool Tavra_GetALCWeight(TavraHandle handle, uint8_t* weights);
 /** Sets the inner lines of the grid of 4 x 4 cells, for exposure and white balance; 2500, 5000, 7500 on both
  *  axes at first.
  *
- *  A line beyond the image is taken as its edge, and one before the line ahead of it as that line, so cells
- *  may be empty; empty cells measure 0. The values are stored as given.
+ *  A line stands at value x size / 10000, truncated. One beyond the image is taken as its edge, and one
+ *  before the line ahead of it as that line, so cells may be empty; empty cells measure 0. Cells behind
+ *  an empty one are divided by the counts of pixels that were in force before, none on a new handle: for
+ *  one cell over the whole image set all lines to 10000, not to 0. The values are stored as given, and
+ *  count from the next frame on.
  *
  *  \param handle camera
  *  \param x 3 columns in ten-thousandths of the image width, ascending
  *  \param y 3 rows in ten-thousandths of the image height, ascending
- *  \return 1
- *  \errors none of its own
+ *  \return 1, or 0 with the last error set
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT a null pointer
  *  \threads any; waits for a frame that is being measured
  */
 TAVRA_API TavraBool Tavra_SetControlArea(TavraHandle handle, const uint16_t* x, const uint16_t* y);
@@ -146,8 +149,8 @@ TAVRA_API TavraBool Tavra_SetControlArea(TavraHandle handle, const uint16_t* x, 
  *  \param handle camera
  *  \param[out] x receives 3 values
  *  \param[out] y receives 3 values
- *  \return 1
- *  \errors none of its own
+ *  \return 1, or 0 with the last error set
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT a null pointer
  *  \threads any; waits for a frame that is being measured
  */
 TAVRA_API TavraBool Tavra_GetControlArea(TavraHandle handle, uint16_t* x, uint16_t* y);

@@ -1,16 +1,23 @@
 /** \file white_balance.h
  *  White balance: gains on the raw mosaic, set by hand or by the control loop.
  *
- *  A gain is a 16-bit number, 128 is 1.0. It is applied to 8-bit raw samples ahead of interpolation: min(255,
- *  (v * gain) >> 7), on pairs of rows and columns (an odd last one stays). While both green gains are 128 the
- *  green samples are not touched, and neither is any sample of a quad mosaic.
+ *  A gain is a 16-bit number, 128 is 1.0. It is applied to 8-bit raw samples ahead of interpolation: a sample
+ *  v becomes (v * gain) >> 7 for v below 32640 / gain (in whole numbers), and 255 from there on; with a gain
+ *  of 0 all are 0. Rows and columns are taken in pairs: an odd last one stays. While both green gains are 128
+ *  the green samples are not touched, and neither is any sample of a frame that is no mosaic of codes 2 to 5,
+ *  quad mosaics included. With another green gain all frames but mono ones are mapped by pairs of pixels,
+ *  quad mosaics too, whose blocks of 2 x 2 like samples then mix the gains: leave green at 128 there.
  *
  *  Gains and loop work on the mosaic transfer formats only (TAVRA_TRANSFER_MOSAIC_). The library's loop runs
- *  on the capture thread: it compares the weighted means of R and B with target percent of the mean of G,
- *  averaged over 10 frames, then leaves 10 out. It multiplies the gains of R and B by wanted / measured mean,
- *  up to 1023 (a measured mean of 0 doubles the gain), never those of G, and only while the mean of G lies
- *  between 10 and 245. A camera with capability word 1 bit 8 does the white balance itself: gains and mode
- *  then live in the camera, and the settings of the loop do not apply.
+ *  on the capture thread: it takes the weighted means of 10 frames, compares those of R and B with target
+ *  percent of the mean of G, and then leaves 10 frames out. It multiplies the gains of R and B by wanted /
+ *  measured mean, up to 1023 (a measured mean of 0 doubles the gain), never those of G, and only while the
+ *  mean of G is above 10 and below 245. A camera of other than the oldest types with capability word 1 bit 8
+ *  does the white balance itself: gains and mode then live in the camera, and the settings of the loop do not
+ *  apply.
+ *
+ *  A null pointer where an array is read or a result is to go is TAVRA_ERROR_INVALID_ARGUMENT. What a call
+ *  that fails would have given out stays as it was.
  *
  *  Calls wait for a frame whose samples are being multiplied. With white balance in the camera,
  *  TAVRA_ERROR_CONTROL_TRANSFER tells that a request failed.
@@ -24,11 +31,11 @@
 extern "C" {
 #endif
 
-/** Sets the mode; continuous at first on a colour camera, off on a mono-like one and with white balance in
- *  the camera.
+/** Sets the mode. In the library it is continuous at first on a colour camera, off on a mono-like one; with
+ *  white balance in the camera it is what the camera holds.
  *
  *  \param handle camera
- *  \param mode TAVRA_WHITE_BALANCE_ code; not checked
+ *  \param mode TAVRA_WHITE_BALANCE_ code; not checked, in the library a code above 3 works like continuous
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_CONTROL_TRANSFER the camera did not take it
  *  \threads any
@@ -113,8 +120,8 @@ TAVRA_API TavraBool Tavra_GetWhiteBalanceTarget(TavraHandle handle, uint16_t* r,
  *
  *  \param handle camera
  *  \param tolerance stored and given back, no decision goes by it
- *  \param threshold in tenths of a level: distance of (R, B) from the target at which a running adjustment
- *      stops; one starts at twice that
+ *  \param threshold in tenths of a level: a running adjustment stops when the distance of the means (R, B)
+ *      from what is wanted, sqrt(dR^2 + dB^2), is below it; at rest the loop starts again at twice that
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT white balance in the camera
  *  \threads any
@@ -139,8 +146,8 @@ TAVRA_API TavraBool Tavra_GetWhiteBalanceToleranceThreshold(TavraHandle handle, 
  *
  *  \param handle camera
  *  \param weights 16 bytes: the cells of the top row from left to right, then the next row
- *  \return 1
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT in the last error, with result 1: white balance in the camera
+ *  \return 1, or 0 with the last error set
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT with result 1: white balance in the camera, which has no weights
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetAWBWeight(TavraHandle handle, const uint8_t* weights);
@@ -155,8 +162,9 @@ TAVRA_API TavraBool Tavra_SetAWBWeight(TavraHandle handle, const uint8_t* weight
  */
 TAVRA_API TavraBool Tavra_GetAWBWeight(TavraHandle handle, uint8_t* weights);
 
-/** Applies the gains in force to a raw frame of the application, in place. With mode 0, and on mono-like
- *  frames, it stays as it is.
+/** Applies the gains in force to a raw frame of the application, in place. The frames of the stream get them
+ *  by themselves, after the raw callbacks. A frame stays as it is with mode 0, with the code of a mono frame,
+ *  and on a camera whose own colour array is one of the patterns 12 to 15.
  *
  *  \param handle camera
  *  \param width pixels
@@ -173,8 +181,8 @@ TAVRA_API TavraBool Tavra_RawWhiteBalance(TavraHandle handle, uint32_t width, ui
 /** Reads which modes the camera has.
  *
  *  \param handle camera
- *  \param[out] mask bit n for mode n. 0 for colour array 1; 15 for every other camera without a mask of its
- *      own (function 0xA0016)
+ *  \param[out] mask bit n for mode n. 0 for colour array 1; 15 for every other camera, unless it does the
+ *      white balance itself and tells its modes (function 0xA0016)
  *  \return 1, or 0 with the last error set
  *  \errors none of its own
  *  \threads any
