@@ -71,7 +71,7 @@ using Shares = std::array<std::uint32_t, 2>;
 
 // How many of `n` rows or columns of a quad mosaic count for the first and for the second block of a pair.
 // By design: no exact count of pixels; the whole system's picture of quad mosaics rests on these numbers.
-Shares quadShares(std::uint32_t n, std::uint32_t residue, bool odd) {
+Shares blockShares(std::uint32_t n, std::uint32_t residue, bool odd) {
     const std::uint32_t half = n / 2;
     switch (residue) {
         case 1: return {half + 1, half};
@@ -124,19 +124,6 @@ std::uint32_t CAveragePixelValue::Accumulate(std::uint32_t width, std::uint32_t 
     return 1;
 }
 
-// Gives each cell its counts by rule(cell, counts), row band by row band.
-// By design: an empty band ends the walk of its axis, and what lies behind it keeps the counts that it had.
-template <typename Rule>
-void CAveragePixelValue::countCells(Rule rule) {
-    std::uint32_t y = 0;
-    for (std::size_t rowBand = 0; rowBand < kBands && yEdge_[rowBand] > y; y = yEdge_[rowBand++]) {
-        std::uint32_t x = 0;
-        for (std::size_t band = 0; band < kBands && xEdge_[band] > x; x = xEdge_[band++]) {
-            rule(Cell{x, y, xEdge_[band] - x, yEdge_[rowBand] - y}, cellCount_[kBands * rowBand + band]);
-        }
-    }
-}
-
 void CAveragePixelValue::rebuildTables(std::uint32_t width, std::uint32_t height,
                                        std::uint16_t frameColorArray) {
     const bool current = geometryDirty_ == 0 && width == imageWidth_ && height == imageHeight_ &&
@@ -144,32 +131,49 @@ void CAveragePixelValue::rebuildTables(std::uint32_t width, std::uint32_t height
     if (current) return;
     xEdge_ = bandEdges(xBoundary_, width);
     yEdge_ = bandEdges(yBoundary_, height);
-    // By design: quad counts go by the colour array before this one. A quad camera's first frames are counted
-    // in pairs of pixels, until something changes.
+    // By design: blocks are counted by the colour array before this one. The first frames of a quad camera
+    // are counted in pairs of pixels, until something changes.
     if (isQuad(colorArray_)) {
-        countCells([](const Cell& cell, Counts& counts) {
-            // By design: both axes split by the height; the columns ask whether the width is odd, the rows
-            // whether the upper edge is.
-            const std::uint32_t residue = cell.height % 4;
-            const Shares columns = quadShares(cell.width, residue, (cell.width & 1) != 0);
-            const Shares rows = quadShares(cell.height, residue, (cell.y & 1) != 0);
-            const std::uint32_t start = (cell.x >> 1 & 1) + (cell.y & 2);
-            for (std::uint32_t k = 0; k < kPositions; ++k) counts[k ^ start] = columns[k & 1] * rows[k >> 1];
-        });
-    } else if (frameColorArray == kMonochrome) {
-        countCells([](const Cell& cell, Counts& counts) { counts[0] = cell.width * cell.height; });
+        countCells(countBlocks);
     } else {
-        countCells([](const Cell& cell, Counts& counts) {
-            const Shares columns{cell.width - cell.width / 2, cell.width / 2};
-            const Shares rows{cell.height - cell.height / 2, cell.height / 2};
-            const std::uint32_t start = (cell.x & 1) + 2 * (cell.y & 1);
-            for (std::uint32_t k = 0; k < kPositions; ++k) counts[k ^ start] = columns[k & 1] * rows[k >> 1];
-        });
+        countCells(frameColorArray == kMonochrome ? countAll : countPairs);
     }
     imageWidth_ = width;
     imageHeight_ = height;
     colorArray_ = frameColorArray;
     geometryDirty_ = 0;
+}
+
+// By design: an empty band ends the walk of its axis, and what lies behind it keeps the counts that it had.
+void CAveragePixelValue::countCells(CountRule rule) {
+    std::uint32_t y = 0;
+    for (std::size_t rowBand = 0; rowBand < kBands && yEdge_[rowBand] > y; y = yEdge_[rowBand++]) {
+        std::uint32_t x = 0;
+        for (std::size_t band = 0; band < kBands && xEdge_[band] > x; x = xEdge_[band++]) {
+            rule({x, y, xEdge_[band] - x, yEdge_[rowBand] - y}, cellCount_[kBands * rowBand + band]);
+        }
+    }
+}
+
+void CAveragePixelValue::countAll(const Cell& cell, Counts& counts) {
+    counts[0] = cell.width * cell.height;
+}
+
+void CAveragePixelValue::countPairs(const Cell& cell, Counts& counts) {
+    const Shares columns{cell.width - cell.width / 2, cell.width / 2};
+    const Shares rows{cell.height - cell.height / 2, cell.height / 2};
+    const std::uint32_t start = (cell.x & 1) + 2 * (cell.y & 1);
+    for (std::uint32_t k = 0; k < kPositions; ++k) counts[k ^ start] = columns[k & 1] * rows[k >> 1];
+}
+
+// By design: both axes split by the height; the columns ask whether the width is odd, the rows whether the
+// upper edge is.
+void CAveragePixelValue::countBlocks(const Cell& cell, Counts& counts) {
+    const std::uint32_t residue = cell.height % 4;
+    const Shares columns = blockShares(cell.width, residue, (cell.width & 1) != 0);
+    const Shares rows = blockShares(cell.height, residue, (cell.y & 1) != 0);
+    const std::uint32_t start = (cell.x >> 1 & 1) + (cell.y & 2);
+    for (std::uint32_t k = 0; k < kPositions; ++k) counts[k ^ start] = columns[k & 1] * rows[k >> 1];
 }
 
 void CAveragePixelValue::measureBand(std::size_t rowBand, const std::uint8_t* image) {
@@ -185,22 +189,22 @@ void CAveragePixelValue::addRow(std::uint32_t y, const std::uint8_t* row,
                                 std::array<Counts, kBands>& sums) const {
     std::uint32_t x = 0;
     for (std::size_t band = 0; band < kBands; x = xEdge_[band++]) {
-        const SumsByDistance row4 = sumRow(row + x, xEdge_[band] - x);
+        const SumsByDistance distances = sumRow(row + x, xEdge_[band] - x);
         Counts& cell = sums[band];
         if (isQuad(colorArray_)) {
             // Pixels by bit 1 of x, from four distances that begin at any phase.
             Shares blocks{};
-            for (std::uint32_t k = 0; k < row4.size(); ++k) blocks[(x + k) >> 1 & 1] += row4[k];
+            for (std::uint32_t k = 0; k < distances.size(); ++k) blocks[(x + k) >> 1 & 1] += distances[k];
             // By design: in a cell that begins in the second block of a pair, the two sums cross over.
             const std::uint32_t first = (x >> 1 & 1) + (y & 2);
             cell[first] += blocks[0];
             cell[first ^ 1] += blocks[1];
         } else if (colorArray_ == kMonochrome) {
-            cell[0] += std::accumulate(row4.begin(), row4.end(), std::uint32_t{0});
+            cell[0] += std::accumulate(distances.begin(), distances.end(), std::uint32_t{0});
         } else {
             const std::uint32_t first = (x & 1) + 2 * (y & 1);
-            cell[first] += row4[0] + row4[2];
-            cell[first ^ 1] += row4[1] + row4[3];
+            cell[first] += distances[0] + distances[2];
+            cell[first ^ 1] += distances[1] + distances[3];
         }
     }
 }

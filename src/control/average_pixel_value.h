@@ -59,10 +59,13 @@ class CAveragePixelValue {
     struct Cell {
         std::uint32_t x, y, width, height;
     };
+    using CountRule = void (*)(const Cell&, Counts&);
 
     void rebuildTables(std::uint32_t width, std::uint32_t height, std::uint16_t frameColorArray);
-    template <typename Rule>
-    void countCells(Rule rule);
+    void countCells(CountRule rule);
+    static void countAll(const Cell& cell, Counts& counts);     // one plane
+    static void countPairs(const Cell& cell, Counts& counts);   // pairs of pixels
+    static void countBlocks(const Cell& cell, Counts& counts);  // pairs of blocks of 2 x 2 pixels
     void measureBand(std::size_t rowBand, const std::uint8_t* image);
     void addRow(std::uint32_t y, const std::uint8_t* row, std::array<Counts, kBands>& sums) const;
     void storeMeans(std::size_t rowBand, const std::array<Counts, kBands>& sums);
