@@ -7,6 +7,8 @@
 
 #include "base/color_array.h"
 #include "camera/function_table.h"
+#include "camera/geometry.h"
+#include "control/luminance_ctrl_usb.h"
 #include "control/white_balance_ctrl_usb.h"
 #include "platform/system_version.h"
 #include "platform/user_settings.h"
@@ -65,9 +67,10 @@ TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
     : maximumTransferSize(configuredTransferSize()),
       colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
 
-// What uses the camera goes before what it uses. Exposure control comes first, before white balance control;
-// statistics, noise reduction and the recorder between the stage objects and the images.
+// What uses the camera goes before what it uses. Statistics, noise reduction and the recorder go between the
+// stage objects and the images.
 TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
+    exposure.reset();
     whiteBalance.reset();
     registerPages.reset();
     if (geometry != nullptr) releaseStage(geometry->multiRoi);
@@ -89,6 +92,26 @@ std::uint32_t TAVRA_COMMON_PARAM::Write(std::uint32_t address, const void* buffe
                                                  {static_cast<const std::uint8_t*>(buffer), size});
     noteFailure(status);
     return status.code();
+}
+
+Status TAVRA_COMMON_PARAM::sendFrameTiming() {
+    return sendScanRecord(*this);
+}
+
+void TAVRA_COMMON_PARAM::makeExposureControl() {
+    exposure = std::make_unique<CLuminanceCtrlUSB>(*this);
+    noteFailure(reloadExposure());
+}
+
+Status TAVRA_COMMON_PARAM::reloadExposure() {
+    return exposure ? exposure->LoadFromCamera() : Status();
+}
+
+Status TAVRA_COMMON_PARAM::exposureLines(std::uint32_t& lines) {
+    Shutter shutter;
+    TAVRA_RETURN_IF_ERROR(exposure->shutter(shutter));
+    lines = shutter.line;
+    return Status();
 }
 
 void TAVRA_COMMON_PARAM::makeWhiteBalance() {

@@ -1,7 +1,7 @@
 // The record behind a camera handle. The handle is its address; everything of a camera is owned here.
 //
 // This is the one place that names everything. Only api/, capture/ and camera/ itself include it; everybody
-// else gets a narrow interface (IStatusWords, IHalvernRegMap, IRegionInfo).
+// else gets a narrow interface (IStatusWords, IHalvernRegMap, IRegionInfo, IExposureCamera).
 #pragma once
 
 #include <array>
@@ -13,6 +13,7 @@
 #include "camera/camera_info.h"
 #include "camera/capability_words.h"
 #include "camera/control_channel.h"
+#include "camera/exposure_camera.h"
 #include "camera/frame_feature.h"
 #include "camera/image_buffer_set.h"
 #include "camera/register_map.h"
@@ -25,12 +26,13 @@
 
 namespace tavra {
 
+class CLuminanceCtrlUSB;
 class CWhiteBalanceCtrlUSB;
 class IColorInterpolation;
 
 // Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
 // the close must not run beside other calls on the same handle.
-class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
+class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
   public:
     TAVRA_COMMON_PARAM();
     ~TAVRA_COMMON_PARAM();  // in a fixed order, see the definition
@@ -41,6 +43,23 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
     // kept as last error, where a caller goes on without what it could not read.
     std::uint32_t Read(std::uint32_t address, void* buffer, std::uint16_t size) override;
     std::uint32_t Write(std::uint32_t address, const void* buffer, std::uint16_t size) override;
+
+    // What exposure control works with.
+    const CameraInfo& exposureIdentity() const override { return info; }
+    const CapabilityWords& exposureCapabilities() const override { return capabilities; }
+    IStatusWords& statusWords() override { return control; }
+    ScanRecord scanRecord() const override { return geometry->scanRecord(); }
+    Status readExposure(ExposureBlock& block) override { return readExposureBlock(control, block); }
+    Status writeExposure(const ExposureBlock& block) override { return writeExposureBlock(control, block); }
+    Status sendFrameTiming() override;
+
+    // Makes exposure control for the geometry in place, with the settings that the camera has. What it could
+    // not read only stays behind as last error.
+    void makeExposureControl();
+    // Exposure control reads the camera's settings again; success before it exists.
+    Status reloadExposure();
+    // Lines of the present exposure.
+    Status exposureLines(std::uint32_t& lines);
 
     // False once the device is closed: every call then fails.
     bool deviceOpen() const { return control.device() != 0; }
@@ -87,7 +106,8 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
     std::array<std::uint16_t, 4> maximumGains{640, 640, 640, 640};
     std::unique_ptr<CRegisterPageMap> registerPages;  // null on cameras that have none
     std::unique_ptr<CFrameFeature> geometry;
-    std::uint32_t maximumTransferSize = 0;  // read at construction; nothing looks at it afterwards
+    std::unique_ptr<CLuminanceCtrlUSB> exposure;  // from the open on
+    std::uint32_t maximumTransferSize = 0;        // read at construction; nothing looks at it afterwards
 
     // Results.
     std::atomic<std::uint32_t> lastError{0};
@@ -131,7 +151,7 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap {
     std::unique_ptr<CWhiteBalanceCtrlUSB> whiteBalance;
 
     // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
-    // mutex), noise reduction, exposure control, draw object, preview window.
+    // mutex), noise reduction, draw object, preview window.
 };
 
 }  // namespace tavra

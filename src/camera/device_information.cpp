@@ -136,7 +136,7 @@ Status readTransferState(TAVRA_COMMON_PARAM& camera) {
     TAVRA_RETURN_IF_ERROR(readScanInformation(camera));
     TAVRA_RETURN_IF_ERROR(readTransferBits(camera));
     TAVRA_RETURN_IF_ERROR(readClock(camera));
-    // Place of the exposure control, which reads its settings here.
+    TAVRA_RETURN_IF_ERROR(camera.reloadExposure());
     return readCameraMirror(camera);
 }
 

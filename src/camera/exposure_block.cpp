@@ -1,8 +1,7 @@
 #include "camera/exposure_block.h"
 
 #include "base/little_endian.h"
-#include "camera/common_param.h"
-#include "camera/geometry.h"
+#include "camera/control_channel.h"
 
 namespace tavra {
 namespace {
@@ -39,32 +38,6 @@ Status readExposureBlock(ControlChannel& control, ExposureBlock& block) {
 
 Status writeExposureBlock(ControlChannel& control, const ExposureBlock& block) {
     return control.out(kRequest, 0, 0, block.compose());
-}
-
-Status exposureClocks(TAVRA_COMMON_PARAM& camera, std::uint32_t& clocks) {
-    ExposureBlock block;
-    TAVRA_RETURN_IF_ERROR(readExposureBlock(camera.control, block));
-    const ScanRecord scan = camera.geometry->scanRecord();
-    const std::uint32_t clocksPerLine = scan.lastExposureClock() + 1;
-    if (block.lines >= scan.longExposureLines()) {
-        clocks = clocksPerLine * scan.longExposureLines() + scan.longExposureClocks();
-    } else {
-        clocks = clocksPerLine * block.lines + block.clocks;
-    }
-    return Status();
-}
-
-Status setExposureClocks(TAVRA_COMMON_PARAM& camera, std::uint32_t clocks) {
-    const ScanRecord scan = camera.geometry->scanRecord();
-    const std::uint64_t clocksPerLine = std::uint64_t{scan.lastExposureClock()} + 1;
-    const auto lines = static_cast<std::uint32_t>(clocks / clocksPerLine);
-    if (lines > scan.longExposureLines()) return Status(error::kInvalidArgument);
-    ExposureBlock block;
-    TAVRA_RETURN_IF_ERROR(readExposureBlock(camera.control, block));
-    block.lines = lines;
-    block.clocks = static_cast<std::uint16_t>(clocks % clocksPerLine);
-    TAVRA_RETURN_IF_ERROR(writeExposureBlock(camera.control, block));
-    return sendScanRecord(camera);
 }
 
 }  // namespace tavra

@@ -9,7 +9,6 @@
 
 namespace tavra {
 
-class TAVRA_COMMON_PARAM;
 class ControlChannel;
 
 struct ExposureBlock {
@@ -26,12 +25,5 @@ struct ExposureBlock {
 // 0xE0000005: the transfer failed or was not 64 bytes long. Any thread.
 Status readExposureBlock(ControlChannel& control, ExposureBlock& block);
 Status writeExposureBlock(ControlChannel& control, const ExposureBlock& block);
-
-// The exposure in clocks, as the camera has it: an exposure at or above the longest is the longest one; 0
-// means that the shutter stays out of the way.
-Status exposureClocks(TAVRA_COMMON_PARAM& camera, std::uint32_t& clocks);
-// Sets it, split into lines and clocks, and sends the frame timing; the gain stays as the camera has it. 87:
-// more lines than the longest exposure has.
-Status setExposureClocks(TAVRA_COMMON_PARAM& camera, std::uint32_t clocks);
 
 }  // namespace tavra

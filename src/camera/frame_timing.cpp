@@ -5,7 +5,6 @@
 
 #include "base/little_endian.h"
 #include "camera/common_param.h"
-#include "camera/exposure_block.h"
 #include "camera/geometry.h"
 
 namespace tavra {
@@ -91,9 +90,9 @@ Status getClocksPerFrame(TAVRA_COMMON_PARAM& camera, std::uint32_t& clocks) {
     const ScanRecord scan = camera.geometry->scanRecord();
     std::uint32_t lines = scan.linesPerFrame();
     if (scan.exposesOverFrames()) {
-        ExposureBlock exposure;
-        TAVRA_RETURN_IF_ERROR(readExposureBlock(camera.control, exposure));
-        lines = std::max(lines, exposure.lines);
+        std::uint32_t exposed = 0;
+        TAVRA_RETURN_IF_ERROR(camera.exposureLines(exposed));
+        lines = std::max(lines, exposed);
     }
     clocks = scan.clocksPerLine() * lines;
     return Status();

@@ -116,9 +116,8 @@ Status refreshGeometry(TAVRA_COMMON_PARAM& camera, PreviewUpdate update) {
     Status status = readScanInformation(camera);
     if (status.ok()) status = rebuildFor(camera, [] {});
     if (update == PreviewUpdate::Yes) updatePreview(camera);
-    // Places of the draw object, which learns size and depth, and, if all has worked so far, of the exposure
-    // control, which reads its settings again.
-    return status;
+    // Place of the draw object, which learns size and depth.
+    return status.ok() ? camera.reloadExposure() : status;
 }
 
 Status buildImageBuffers(TAVRA_COMMON_PARAM& camera) {

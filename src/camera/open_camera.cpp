@@ -41,7 +41,7 @@ Status identify(TAVRA_COMMON_PARAM& camera) {
     camera.functionAddress = address & 0xFF;
     TAVRA_RETURN_IF_ERROR(readDeviceInformation(camera));
     writeCameraMode(camera, kModeOpen);
-    // Place of exposure control, made ahead of white balance control.
+    camera.makeExposureControl();
     camera.makeWhiteBalance();
     TAVRA_RETURN_IF_ERROR(readTransferState(camera));
     TAVRA_RETURN_IF_ERROR(setPreviewPixelFormat(camera, isMonoLike(camera.colorArray) ? 1 : 4));

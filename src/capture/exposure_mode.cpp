@@ -1,9 +1,9 @@
 #include "capture/exposure_mode.h"
 
-#include "camera/exposure_block.h"
 #include "camera/function_table.h"
 #include "capture/trigger.h"
 #include "capture/trigger_registers.h"
+#include "control/luminance_ctrl_usb.h"
 
 namespace tavra {
 namespace {
@@ -53,7 +53,7 @@ Status setExposureMode(TAVRA_COMMON_PARAM& camera, std::uint32_t mode) {
     if (camera.registerPages) return writeAndRestart(camera, page::kAcquisition, kExposureModeOffset, mode);
     const std::uint32_t bits = mode >= kTriggerWidth ? mode - 1 : 0;
     TAVRA_RETURN_IF_ERROR(changeTriggerWord(camera, kExposureMask, kExposureShift, bits));
-    return mode == 0 ? setExposureClocks(camera, 0) : Status();
+    return mode == 0 ? camera.exposure->setExposureClocks(0) : Status();
 }
 
 Status exposureMode(TAVRA_COMMON_PARAM& camera, std::uint32_t& mode) {
@@ -65,7 +65,7 @@ Status exposureMode(TAVRA_COMMON_PARAM& camera, std::uint32_t& mode) {
     const std::uint32_t bits = field(word, kExposureMask, kExposureShift);
     if (bits == 0) {
         std::uint32_t clocks = 0;
-        TAVRA_RETURN_IF_ERROR(exposureClocks(camera, clocks));
+        TAVRA_RETURN_IF_ERROR(camera.exposure->exposureClocks(clocks));
         mode = clocks != 0 ? 1 : 0;
     } else if (bits < kFurtherMode) {
         mode = bits + 1;

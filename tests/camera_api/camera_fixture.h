@@ -46,6 +46,9 @@ inline ControlTransfer readStatus(std::uint16_t address, unsigned words = 1, std
 inline ControlTransfer writeStatus(std::uint16_t address, Bytes data, std::uint16_t index = 0) {
     return toDevice(128, address, index, std::move(data));
 }
+inline ControlTransfer readDigitalGain() {
+    return readStatus(20);
+}
 inline ControlTransfer apply() {
     return writeStatus(80, {1, 0});
 }

@@ -27,7 +27,8 @@ TEST_F(CameraSetting, Bits12And15ReadTheStateAgain) {
     for (const std::uint16_t command : {0x1000, 0x8000}) {
         expectSuccess(Tavra_CameraSetting(handle, command));
         EXPECT_THAT(traffic(), ElementsAre(toDevice(129, 0, 0, le16(command)), readScan(), readBits(),
-                                           readClock(), readStatus(63), readScan()));
+                                           readClock(), readExposure(), readDigitalGain(), readStatus(63),
+                                           readScan(), readExposure(), readDigitalGain()));
     }
     EXPECT_EQ(record().imagesA.shape().width, 320u);
     EXPECT_EQ(record().geometry->transferBits, 2u);

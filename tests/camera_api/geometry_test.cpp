@@ -33,7 +33,8 @@ TEST_F(Geometry, ImageSizeIsSentAndReadBack) {
     expected.setScan32(14, 16);
     expected.setScan32(18, 8);
     expected.setScan16(22, 2);
-    EXPECT_THAT(traffic(), ElementsAre(scanWrite(expected, 64), readScan()));
+    EXPECT_THAT(traffic(),
+                ElementsAre(scanWrite(expected, 64), readScan(), readExposure(), readDigitalGain()));
     expectSize(320, 240);
     EXPECT_EQ(record().previewMask.width, 320u);
     EXPECT_EQ(record().previewDestination.height, 240u);
@@ -61,9 +62,9 @@ TEST_F(Geometry, OneFamilyReadsClockAndTransferBitsAgain) {
         usb.camera().transferBits = 2;
         expectSuccess(Tavra_SetImageSize(handle, 0, 1, 0, 0, 320, 240));
         const Traffic requests = traffic();
-        ASSERT_EQ(requests.size(), 4u) << type;
-        EXPECT_EQ(requests[2], readClock());
-        EXPECT_EQ(requests[3], readBits());
+        ASSERT_EQ(requests.size(), 6u) << type;
+        EXPECT_EQ(requests[4], readClock());
+        EXPECT_EQ(requests[5], readBits());
         EXPECT_EQ(record().geometry->clock, 777u);
         EXPECT_EQ(record().geometry->transferBits, 2u);
         EXPECT_EQ(record().geometry->rawDataSize, 2u * 320u * 240u);
@@ -176,7 +177,8 @@ TEST_F(Geometry, RegionsAreSentInTheirPlaces) {
     expected.setScan32(100, 40);
     expected.setScan32(104, 10);
     expected.setScan32(108, 20);
-    EXPECT_THAT(traffic(), ElementsAre(scanWrite(expected, 112), readScan(), readScan(112)));
+    EXPECT_THAT(traffic(), ElementsAre(scanWrite(expected, 112), readScan(), readScan(112), readExposure(),
+                                       readDigitalGain()));
     std::uint32_t enabled = 0, x = 0, y = 0, width = 0, height = 0;
     expectSuccess(Tavra_GetROI(handle, 3, &enabled, &x, &y, &width, &height));
     EXPECT_EQ(enabled, 1u);
@@ -285,7 +287,8 @@ TEST_F(Geometry, FactorsTravelInOneWord) {
     camera.setIdentity16(26, 0x8000);
     open(camera);
     expectSuccess(Tavra_SetSkippingAndBinning(handle, 1, 2, 3, 4));
-    EXPECT_THAT(traffic(), ElementsAre(writeStatus(33, le16(0x1324)), apply(), readScan()));
+    EXPECT_THAT(traffic(), ElementsAre(writeStatus(33, le16(0x1324)), apply(), readScan(), readExposure(),
+                                       readDigitalGain()));
     std::uint8_t a = 0, b = 0, c = 0, d = 0;
     expectSuccess(Tavra_GetSkippingAndBinning(handle, &a, &b, &c, &d));
     EXPECT_THAT((std::vector<int>{a, b, c, d}), ElementsAre(1, 2, 3, 4));
@@ -315,7 +318,7 @@ TEST_F(Geometry, FactorsThatFailToGoOutFail) {
     camera.setIdentity16(26, 0x8000);
     open(camera);
     std::uint8_t factor = 9;
-    for (std::uint32_t nth = 0; nth < 3; ++nth) {
+    for (std::uint32_t nth = 0; nth < 5; ++nth) {
         usb.failTransfer(nth);
         expectFailure(Tavra_SetSkippingAndBinning(handle, 1, 1, 1, 1), 0xE0000005);
         EXPECT_EQ(traffic().size(), nth + 1);

@@ -20,14 +20,15 @@ class OpenSequence : public CameraTest {
 TEST_F(OpenSequence, CameraWithStatusWords) {
     EXPECT_THAT(openTraffic(DoubleCamera()),
                 ElementsAre(identity(), readStatus(104, 20), fourWords(), readScan(),
-                            writeStatus(101, {0, 0}), readScan(), readClock()));
+                            writeStatus(101, {0, 0}), readExposure(), readDigitalGain(), readScan(),
+                            readClock(), readExposure(), readDigitalGain()));
     EXPECT_EQ(lastError(), 0xE0000021u) << "the page table that is not there";
     EXPECT_EQ(record().functionAddress, 5u);
 }
 
 TEST_F(OpenSequence, LegacyCamera) {
-    EXPECT_THAT(openTraffic(legacyCamera()),
-                ElementsAre(identity(), fourWords(), readScan(), readScan(), readClock()));
+    EXPECT_THAT(openTraffic(legacyCamera()), ElementsAre(identity(), fourWords(), readScan(), readExposure(),
+                                                         readScan(), readClock(), readExposure()));
     EXPECT_EQ(lastError(), 0xE0000021u) << "the camera mode";
     EXPECT_EQ(record().capabilities.words, CapabilityWords().words);
 }
@@ -53,7 +54,8 @@ TEST_F(OpenSequence, CameraWithRegisterPages) {
     for (const ControlTransfer& next :
          {readPage(21, 96), readPage(21, 172), fourWords(), readPage(21, 144), readPage(21, 148),
           readPage(21, 148), readPage(21, 152), readScan(), readPage(21, 132), writeStatus(101, {0, 0}),
-          readScan(), readBits(), readClock(), readStatus(63), readRegister(17, 8, 8)}) {
+          readExposure(), readDigitalGain(), readScan(), readBits(), readClock(), readExposure(),
+          readDigitalGain(), readStatus(63), readRegister(17, 8, 8)}) {
         expected.push_back(next);
     }
     EXPECT_EQ(openTraffic(camera), expected);
@@ -164,7 +166,7 @@ TEST_F(OpenSequence, SizesAndImagesFollowTheGeometry) {
 TEST_F(OpenSequence, MirrorOfTheCameraNeedsOneOfTwoCapabilities) {
     DoubleCamera camera;
     camera.status(63) = 3;
-    EXPECT_EQ(openTraffic(camera).back(), readClock());
+    EXPECT_EQ(openTraffic(camera).back(), readDigitalGain());
     EXPECT_EQ(record().mirrorMode, 0);
     close();
     usb.reset();
@@ -221,12 +223,13 @@ TEST_F(OpenSequence, EveryFailingTransferEitherFailsTheOpenOrDoesNotMatter) {
             close();
         }
     }
-    // Identity, capability words, four words, scan record twice, transfer bits, clock, mirror.
-    EXPECT_EQ(failed, 8u);
+    // Identity, capability words, four words, scan record twice, transfer bits, clock, exposure and digital
+    // gain the second time, mirror.
+    EXPECT_EQ(failed, 10u);
 }
 
 TEST_F(OpenSequence, EveryShortTransferFailsLikeAFailedOne) {
-    for (const std::uint8_t request : {17, 18, 34, 35, 128}) {
+    for (const std::uint8_t request : {17, 18, 33, 34, 35, 128}) {
         usb.reset();
         usb.addCamera();
         usb.shortenRequest(request, 5);

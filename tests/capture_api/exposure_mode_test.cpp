@@ -16,12 +16,12 @@ TEST_F(TriggerTest, ExposureModesByWordAreBits12And13) {
 }
 
 TEST_F(TriggerTest, ExposureMode0ByWordAlsoSetsTheExposureClockTo0) {
-    openWordCamera(0x1000);
-    Bytes& block = usb.camera().exposureBlock;
+    Bytes& block = describe().exposureBlock;
     block[2] = 10;  // lines
     block[4] = 7;   // clocks
     block[6] = 33;  // gain
-    usb.camera().setScan32(52, 525);
+    setWord(0x1000);
+    open();
     EXPECT_EQ(Tavra_SetExposureMode(handle, 0), 1);
     EXPECT_EQ(word(), 0u);
     Bytes expected(64);
@@ -80,7 +80,6 @@ TEST_F(TriggerTest, ExposureModeByRegisterAppliesThenClears) {
 TEST_F(TriggerTest, ExposureModeIsReadFromTheWordAndTheExposureClock) {
     openWordCamera(0);
     std::uint32_t mode = 77;
-    usb.camera().setScan32(52, 525);
     const struct {
         std::uint32_t word;
         std::uint8_t lines;
@@ -88,7 +87,7 @@ TEST_F(TriggerTest, ExposureModeIsReadFromTheWordAndTheExposureClock) {
     } rows[] = {{0x1000, 0, 2}, {0x2000, 0, 3}, {0xCFFF, 0, 0}, {0, 3, 1}, {0x3000, 0, 1}};
     for (const auto& row : rows) {
         setWord(row.word);
-        usb.camera().exposureBlock[2] = row.lines;
+        ASSERT_EQ(Tavra_SetShutterSpeed(handle, row.lines, 0), 1);
         EXPECT_EQ(Tavra_GetExposureMode(handle, &mode), 1);
         EXPECT_EQ(mode, row.mode) << std::hex << row.word;
     }
