@@ -12,9 +12,12 @@
 #include "control/white_balance_ctrl_usb.h"
 #include "platform/system_version.h"
 #include "platform/user_settings.h"
+#include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
+#include "stages/color_matrix.h"
 #include "stages/factory.h"
 #include "stages/multi_roi_image.h"
+#include "stages/gamma.h"
 
 namespace tavra {
 namespace {
@@ -63,9 +66,14 @@ void releaseStage(Interface*& stage) {
 
 }  // namespace
 
-TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
-    : maximumTransferSize(configuredTransferSize()),
-      colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
+TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM(std::uint32_t transferSize) : maximumTransferSize(transferSize) {}
+
+TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM() : TAVRA_COMMON_PARAM(configuredTransferSize()) {
+    colorMatrix = makeStage<IColorMatrix>(stage_code::kColorMatrix);
+    gamma = makeStage<IGamma>(stage_code::kGamma);
+    colorInterpolation = makeStage<IColorInterpolation>(stage_code::kColorInterpolation);
+    chromaSuppress = makeStage<IChromaSuppress>(stage_code::kChromaSuppress);
+}
 
 // What uses the camera goes before what it uses. Statistics, noise reduction and the recorder go between the
 // stage objects and the images.
@@ -75,7 +83,10 @@ TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     registerPages.reset();
     if (geometry != nullptr) releaseStage(geometry->multiRoi);
     geometry.reset();
+    releaseStage(colorMatrix);
+    releaseStage(gamma);
     releaseStage(colorInterpolation);
+    releaseStage(chromaSuppress);
     imagesB.destroy();
     imagesA.destroy();
 }

@@ -28,7 +28,10 @@ namespace tavra {
 
 class CLuminanceCtrlUSB;
 class CWhiteBalanceCtrlUSB;
+class IChromaSuppress;
 class IColorInterpolation;
+class IColorMatrix;
+class IGamma;
 
 // Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
 // the close must not run beside other calls on the same handle.
@@ -144,7 +147,10 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
 
     // The stages, by the code of the factory that makes them. Those not built yet stay null and are passed
     // over.
+    IColorMatrix* colorMatrix = nullptr;
+    IGamma* gamma = nullptr;
     IColorInterpolation* colorInterpolation = nullptr;
+    IChromaSuppress* chromaSuppress = nullptr;
 
     // Automatic control.
     CAveragePixelValue statistics;
@@ -152,6 +158,12 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
 
     // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
     // mutex), noise reduction, draw object, preview window.
+    // mutex), noise reduction, frame statistics, white balance control, exposure control, draw object,
+    // preview window.
+
+  private:
+    // The record without its stages. Behind it a failing constructor has something to destroy.
+    explicit TAVRA_COMMON_PARAM(std::uint32_t transferSize);
 };
 
 }  // namespace tavra

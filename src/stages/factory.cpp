@@ -2,8 +2,11 @@
 
 #include <new>
 
+#include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
 #include "stages/multi_roi_image.h"
+#include "stages/color_matrix.h"
+#include "stages/gamma.h"
 
 namespace tavra {
 
@@ -23,6 +26,9 @@ struct StageClass {
 };
 
 constexpr StageClass kClasses[] = {
+    {stage_code::kGamma, make<CGamma>},
+    {stage_code::kColorMatrix, make<CColorMatrix>},
+    {stage_code::kChromaSuppress, make<CChromaSuppress>},
     {stage_code::kColorInterpolation, make<CColorInterpolation>},
     {stage_code::kSaveImageFile, makeSaveImageFile},
     {stage_code::kMultiRoiImage, make<CMultiROIImage>},

@@ -31,4 +31,10 @@ inline std::uint16_t lumaOf(std::uint16_t blue, std::uint16_t green, std::uint16
                                       LumaB[std::min(blue, kLast)]);
 }
 
+// The same for `count` pixels whose channels lie in planes, many at a time.
+void lumaOfPlanes(const std::uint8_t* blue, const std::uint8_t* green, const std::uint8_t* red,
+                  std::uint16_t* luma, std::size_t count);
+void lumaOfPlanes(const std::uint16_t* blue, const std::uint16_t* green, const std::uint16_t* red,
+                  std::uint16_t* luma, std::size_t count);
+
 }  // namespace tavra

@@ -5,7 +5,10 @@
 #include <thread>
 #include <vector>
 
+#include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
+#include "stages/color_matrix.h"
+#include "stages/gamma.h"
 
 namespace tavra {
 namespace {
@@ -16,6 +19,22 @@ TEST(StageFactory, ColorInterpolationArrivesWithCountOne) {
     EXPECT_EQ(object->AddRef(), 2u);
     EXPECT_EQ(object->Release(), 1u);
     EXPECT_EQ(object->Release(), 0u);
+}
+
+TEST(StageFactory, EachCodeMakesItsClass) {
+    auto* const gamma = static_cast<IGamma*>(CreateStageObject(32));
+    auto* const matrix = static_cast<IColorMatrix*>(CreateStageObject(48));
+    auto* const chroma = static_cast<IChromaSuppress*>(CreateStageObject(49));
+    std::uint16_t value = 0;
+    EXPECT_EQ(gamma->GetGamma(0, nullptr, &value, nullptr, nullptr, nullptr, nullptr), 0u);
+    EXPECT_EQ(value, 100);
+    EXPECT_EQ(matrix->GetHueSaturation(nullptr, nullptr, &value), 0u);
+    EXPECT_EQ(value, 100);
+    EXPECT_EQ(chroma->GetHighThreshold(&value), 0u);
+    EXPECT_EQ(value, 255);
+    EXPECT_EQ(gamma->Release(), 0u);
+    EXPECT_EQ(matrix->Release(), 0u);
+    EXPECT_EQ(chroma->Release(), 0u);
 }
 
 TEST(StageFactory, ObjectsHaveCountsOfTheirOwn) {

@@ -5,7 +5,10 @@
 #include <cstring>
 
 #include "media/save_image_file.h"
+#include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
+#include "stages/color_matrix.h"
+#include "stages/gamma.h"
 #include "stages/multi_roi_image.h"
 
 namespace tavra {
@@ -15,6 +18,7 @@ using u8 = std::uint8_t;
 using u16 = std::uint16_t;
 using u32 = std::uint32_t;
 using u64 = std::uint64_t;
+using i16 = std::int16_t;
 
 // Each operation gives its number.
 class InterpolationSlots final : public IColorInterpolation {
@@ -25,6 +29,50 @@ class InterpolationSlots final : public IColorInterpolation {
     u32 Convert(u32, u32, const u8*, u8*, u8, u16, u16) override { return 103; }
     u32 ConvertEx16(u32, u32, u32, const u16*, u32, u16*, u8, u16, u16) override { return 104; }
     u32 Convert16(u32, u32, const u16*, u16*, u8, u16, u16) override { return 105; }
+};
+
+class ColorMatrixSlots final : public IColorMatrix {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 SetColorMatrix(u8, const i16*) override { return 102; }
+    u32 GetColorMatrix(u8*, i16*) override { return 103; }
+    u32 SetHueSaturation(u8, i16, u16) override { return 104; }
+    u32 GetHueSaturation(u8*, i16*, u16*) override { return 105; }
+    u32 Apply8(u32, u32, u32, u32, u8*, u8) override { return 106; }
+    u32 Apply16(u32, u32, u32, u32, u16*, u8) override { return 107; }
+};
+
+class GammaSlots final : public IGamma {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 GetGamma(u8, u8*, u16*, i16*, void*, void*, u16*) override { return 102; }
+    u32 SetGamma(u8, u8, u16, i16, u16, const void*, u16) override { return 103; }
+    u32 ApplyRaw8(u32, u32, u32, u16, u8*) override { return 104; }
+    u32 ApplyRaw16(u32, u32, u32, u16, u16*) override { return 105; }
+    u32 ApplyImage8(u32, u32, u32, u32, u8*) override { return 106; }
+    u32 ApplyImage16(u32, u32, u32, u32, u16*) override { return 107; }
+};
+
+class ChromaSlots final : public IChromaSuppress {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 Apply8(u32, u32, u32, u32, u8*) override { return 102; }
+    u32 Apply16(u32, u32, u32, u32, u16*) override { return 103; }
+    u32 SetThreshold(u16) override { return 104; }
+    u32 GetThreshold(u16*) override { return 105; }
+    u32 SetStrength(u16) override { return 106; }
+    u32 GetStrength(u16*) override { return 107; }
+    u32 SetLowThreshold(u16) override { return 108; }
+    u32 GetLowThreshold(u16*) override { return 109; }
+    u32 SetLowStrength(u16) override { return 110; }
+    u32 GetLowStrength(u16*) override { return 111; }
+    u32 SetHighThreshold(u16) override { return 112; }
+    u32 GetHighThreshold(u16*) override { return 113; }
+    u32 SetHighStrength(u16) override { return 114; }
+    u32 GetHighStrength(u16*) override { return 115; }
 };
 
 class SaveSlots final : public ISaveImageFile {
@@ -76,6 +124,53 @@ TEST(InterfaceSlots, OfColorInterpolation) {
     EXPECT_EQ(callSlot(&slots, 3, u32{}, u32{}, bytes, outBytes, u8{}, u16{}, u16{}), 103u);
     EXPECT_EQ(callSlot(&slots, 4, u32{}, u32{}, u32{}, words, u32{}, outWords, u8{}, u16{}, u16{}), 104u);
     EXPECT_EQ(callSlot(&slots, 5, u32{}, u32{}, words, outWords, u8{}, u16{}, u16{}), 105u);
+}
+
+TEST(InterfaceSlots, OfColorMatrix) {
+    ColorMatrixSlots slots;
+    u8* const outBytes = nullptr;
+    u16* const outWords = nullptr;
+    i16* const outSigned = nullptr;
+    const i16* const matrix = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u8{}, matrix), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, outBytes, outSigned), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u8{}, i16{}, u16{}), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, outBytes, outSigned, outWords), 105u);
+    EXPECT_EQ(callSlot(&slots, 6, u32{}, u32{}, u32{}, u32{}, outBytes, u8{}), 106u);
+    EXPECT_EQ(callSlot(&slots, 7, u32{}, u32{}, u32{}, u32{}, outWords, u8{}), 107u);
+}
+
+TEST(InterfaceSlots, OfGamma) {
+    GammaSlots slots;
+    u8* const outBytes = nullptr;
+    u16* const outWords = nullptr;
+    i16* const outSigned = nullptr;
+    void* const out = nullptr;
+    const void* const table = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u8{}, outBytes, outWords, outSigned, out, out, outWords), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, u8{}, u8{}, u16{}, i16{}, u16{}, table, u16{}), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u32{}, u32{}, u32{}, u16{}, outBytes), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, u32{}, u32{}, u32{}, u16{}, outWords), 105u);
+    EXPECT_EQ(callSlot(&slots, 6, u32{}, u32{}, u32{}, u32{}, outBytes), 106u);
+    EXPECT_EQ(callSlot(&slots, 7, u32{}, u32{}, u32{}, u32{}, outWords), 107u);
+}
+
+TEST(InterfaceSlots, OfChromaSuppress) {
+    ChromaSlots slots;
+    u8* const outBytes = nullptr;
+    u16* const outWords = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u32{}, u32{}, u32{}, u32{}, outBytes), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, u32{}, u32{}, u32{}, u32{}, outWords), 103u);
+    for (std::size_t setter = 4; setter < 16; setter += 2) {
+        EXPECT_EQ(callSlot(&slots, setter, u16{}), 100 + setter);
+        EXPECT_EQ(callSlot(&slots, setter + 1, outWords), 101 + setter);
+    }
 }
 
 TEST(InterfaceSlots, OfSaveImageFile) {

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <random>
+#include <vector>
 
 namespace tavra::test {
 namespace {
@@ -62,6 +65,46 @@ TEST(LumaTables, WordsAbove4095CountAs4095) {
     EXPECT_EQ(lumaOf(largest, std::uint16_t{0}, std::uint16_t{0}), 467);
     EXPECT_EQ(lumaOf(std::uint16_t{0}, above, std::uint16_t{0}), 2404);
     EXPECT_EQ(lumaOf(std::uint16_t{0}, std::uint16_t{0}, above), 1224);
+}
+
+// Planes of every value of each channel, the others at random.
+template <class Sample>
+void expectPlanesEqualTables() {
+    constexpr std::size_t kValues = 65536;
+    std::mt19937 random(4);
+    for (int channel = 0; channel < 3; ++channel) {
+        std::vector<Sample> planes[3];
+        for (int plane = 0; plane < 3; ++plane) {
+            for (std::size_t i = 0; i < kValues; ++i)
+                planes[plane].push_back(static_cast<Sample>(plane == channel ? i : random()));
+        }
+        std::vector<std::uint16_t> luma(kValues);
+        lumaOfPlanes(planes[0].data(), planes[1].data(), planes[2].data(), luma.data(), kValues);
+        for (std::size_t i = 0; i < kValues; ++i) {
+            const auto entry = [](Sample sample) { return std::min<std::size_t>(sample, 4095); };
+            const int wanted =
+                LumaB[entry(planes[0][i])] + LumaG[entry(planes[1][i])] + LumaR[entry(planes[2][i])];
+            ASSERT_EQ(luma[i], wanted) << i << " in channel " << channel;
+        }
+    }
+}
+
+TEST(LumaTables, PlanesOfBytesHaveTheSumsOfTheTables) {
+    expectPlanesEqualTables<std::uint8_t>();
+}
+
+TEST(LumaTables, PlanesOfWordsHaveTheSumsOfTheTables) {
+    expectPlanesEqualTables<std::uint16_t>();
+}
+
+TEST(LumaTables, NothingIsWrittenBehindThePlanes) {
+    for (std::size_t count : {0u, 1u, 7u, 16u, 33u}) {
+        const std::vector<std::uint8_t> plane(count, 200);
+        std::vector<std::uint16_t> luma(count + 1, 999);
+        lumaOfPlanes(plane.data(), plane.data(), plane.data(), luma.data(), count);
+        for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(luma[i], 200);  // 60 + 117 + 23
+        EXPECT_EQ(luma[count], 999);
+    }
 }
 
 }  // namespace

@@ -4,12 +4,16 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <vector>
 
 #include "stages/bgr_conversion.h"
 #include "stages/bit_reduction.h"
 #include "stages/channel_swap.h"
+#include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
+#include "stages/color_matrix.h"
+#include "stages/gamma.h"
 #include "stages/grey_spread.h"
 #include "stages/multi_roi_image.h"
 
@@ -124,12 +128,97 @@ void addRegions(Hash& hash, std::size_t offset) {
     }
 }
 
+// A stage that works in place, on fixed images of both depths and of three and four samples a pixel.
+template <class Stage8, class Stage16>
+void addImages(Hash& hash, std::size_t offset, Stage8 stage8, Stage16 stage16) {
+    for (const std::uint32_t pitch : {3, 4}) {
+        const std::size_t count = std::size_t{kWidth + 3} * kHeight * pitch;
+        auto bytes = fixedSamples<std::uint8_t>(count, 0xFF, offset);
+        ASSERT_EQ(stage8(pitch == 3 ? 4u : 8u, bytes.data() + offset), 0u);
+        hash.add(bytes.data() + offset, count);
+        auto words = fixedSamples<std::uint16_t>(count, 0xFFF, offset);
+        ASSERT_EQ(stage16(pitch == 3 ? 256u : 512u, words.data() + offset), 0u);
+        hash.add(words.data() + offset, count);
+    }
+}
+
+void addColorMatrix(Hash& hash, std::size_t offset) {
+    const auto stage = std::make_unique<CColorMatrix>();
+    const auto add = [&] {
+        addImages(
+            hash, offset,
+            [&](std::uint32_t format, std::uint8_t* image) {
+                return stage->Apply8(kWidth, kHeight, 0, format, image, 8);
+            },
+            [&](std::uint32_t format, std::uint16_t* image) {
+                return stage->Apply16(kWidth, kHeight, 0, format, image, 12);
+            });
+    };
+    const std::int16_t usual[12] = {172, -51, -21, 300, -33, 158, -25, -150, 4, -61, 157, 0};
+    const std::int16_t extreme[12] = {32767, 9, -32768, 0, 1, 12345, -9876, 32767, -32768, 30000, 32767, 5};
+    for (const std::int16_t* const matrix : {usual, extreme}) {
+        ASSERT_EQ(stage->SetColorMatrix(0xFF, matrix), 0u);
+        for (const int hue : {0, 123, -450, 1799}) {
+            ASSERT_EQ(stage->SetHueSaturation(1, static_cast<std::int16_t>(hue), 137), 0u);
+            add();
+        }
+    }
+}
+
+void addGamma(Hash& hash, std::size_t offset) {
+    const auto stage = std::make_unique<CGamma>();
+    for (std::uint8_t index = 0; index < 5; ++index) {
+        const auto gamma = static_cast<std::uint16_t>(45 + 60 * index);
+        ASSERT_EQ(stage->SetGamma(index, 1 + index % 2, gamma, static_cast<std::int16_t>(7 * index - 9), 13,
+                                  nullptr, index % 2 == 0 ? 8 : 12),
+                  0u);
+    }
+    addImages(
+        hash, offset,
+        [&](std::uint32_t format, std::uint8_t* image) {
+            return stage->ApplyImage8(kWidth, kHeight, 0, format, image);
+        },
+        [&](std::uint32_t format, std::uint16_t* image) {
+            return stage->ApplyImage16(kWidth, kHeight, 0, format, image);
+        });
+    const std::size_t count = std::size_t{kWidth + 3} * kHeight;
+    for (const std::uint16_t array : {2, 3, 4, 5}) {
+        auto bytes = fixedSamples<std::uint8_t>(count, 0xFF, offset);
+        ASSERT_EQ(stage->ApplyRaw8(kWidth, kHeight, 0, array, bytes.data() + offset), 0u);
+        hash.add(bytes.data() + offset, count);
+        auto words = fixedSamples<std::uint16_t>(count, 0xFFF, offset);
+        ASSERT_EQ(stage->ApplyRaw16(kWidth, kHeight, 0, array, words.data() + offset), 0u);
+        hash.add(words.data() + offset, count);
+    }
+}
+
+void addChroma(Hash& hash, std::size_t offset) {
+    CChromaSuppress stage;
+    for (const std::uint16_t strength : {3, 255, 20000}) {
+        ASSERT_EQ(stage.SetLowThreshold(90), 0u);
+        ASSERT_EQ(stage.SetLowStrength(strength), 0u);
+        ASSERT_EQ(stage.SetHighThreshold(160), 0u);
+        ASSERT_EQ(stage.SetHighStrength(strength), 0u);
+        addImages(
+            hash, offset,
+            [&](std::uint32_t format, std::uint8_t* image) {
+                return stage.Apply8(kWidth, kHeight, 0, format, image);
+            },
+            [&](std::uint32_t format, std::uint16_t* image) {
+                return stage.Apply16(kWidth, kHeight, 0, format, image);
+            });
+    }
+}
+
 std::uint64_t hashAt(std::size_t offset) {
     Hash hash;
     addInterpolation<std::uint8_t>(hash, offset);
     addInterpolation<std::uint16_t>(hash, offset);
     addConversions(hash, offset);
     addRegions(hash, offset);
+    addColorMatrix(hash, offset);
+    addGamma(hash, offset);
+    addChroma(hash, offset);
     return hash.value();
 }
 

@@ -1,0 +1,77 @@
+#include "stages/gamma_shift.h"
+
+#include <algorithm>
+
+#include "stages/bgr_reader.h"
+#include "stages/interpolation/bgr_writer.h"
+#include "stages/luma_tables.h"
+
+namespace tavra {
+namespace {
+
+constexpr std::size_t kTile = 128;
+
+// The shift of a luminance. By design in 16 bits: entries from 32768 on, which only a caller's table has, can
+// turn a rise into a fall.
+int shiftOf(const GammaTable& table, std::uint16_t luma) {
+    return static_cast<std::int16_t>(table[luma] - luma);
+}
+
+struct Shifts {
+    alignas(32) std::uint8_t rise[kTile], fall[kTile];
+};
+
+// All of a tile, so that the loop has a fixed length. One of the two is 0.
+void shiftChannel(std::uint8_t* __restrict channel, const Shifts& shifts) {
+    for (std::size_t i = 0; i < kTile; ++i) {
+        const std::uint8_t c = channel[i];
+        const auto room = static_cast<std::uint8_t>(255 - c);
+        const auto risen = static_cast<std::uint8_t>(c + std::min(shifts.rise[i], room));
+        channel[i] = static_cast<std::uint8_t>(std::max(risen, shifts.fall[i]) - shifts.fall[i]);
+    }
+}
+
+std::uint16_t shiftedWord(std::uint16_t word, int shift) {
+    constexpr int kLargest = 4095;
+    const int sum = word + shift;
+    return static_cast<std::uint16_t>(shift >= 0 ? std::min(sum, kLargest) : std::max(sum, 0));
+}
+
+}  // namespace
+
+LumaShift::LumaShift(const GammaTable& table) {
+    for (std::uint16_t luma = 0; luma < shifts_.size(); ++luma) {
+        const int shift = std::clamp(shiftOf(table, luma), -255, 255);
+        shifts_[luma] = static_cast<std::uint16_t>(shift >= 0 ? shift : -shift << 8);
+    }
+}
+
+void LumaShift::apply(std::uint8_t* row, std::size_t pitch, std::size_t width) const {
+    alignas(32) std::uint8_t blue[kTile] = {}, green[kTile] = {}, red[kTile] = {};
+    alignas(32) std::uint16_t luma[kTile], both[kTile];
+    Shifts shifts;
+    for (std::size_t x = 0; x < width; x += kTile) {
+        const std::size_t count = std::min(kTile, width - x);
+        readBgr(row + x * pitch, pitch, blue, green, red, count);
+        lumaOfPlanes(blue, green, red, luma, kTile);
+        for (std::size_t i = 0; i < kTile; ++i) both[i] = shifts_[luma[i]];
+        for (std::size_t i = 0; i < kTile; ++i) {
+            shifts.rise[i] = static_cast<std::uint8_t>(both[i]);
+            shifts.fall[i] = static_cast<std::uint8_t>(both[i] >> 8);
+        }
+        shiftChannel(blue, shifts);
+        shiftChannel(green, shifts);
+        shiftChannel(red, shifts);
+        interpolation::writeBgr(row + x * pitch, pitch, blue, green, red, count);
+    }
+}
+
+void shiftWords(const GammaTable& table, std::uint16_t* row, std::size_t pitch, std::size_t width) {
+    for (std::size_t x = 0; x < width; ++x) {
+        std::uint16_t* const pixel = row + x * pitch;
+        const int shift = shiftOf(table, lumaOf(pixel[0], pixel[1], pixel[2]));
+        for (std::size_t c = 0; c < 3; ++c) pixel[c] = shiftedWord(pixel[c], shift);
+    }
+}
+
+}  // namespace tavra

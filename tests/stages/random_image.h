@@ -1,0 +1,54 @@
+// Images of random samples with every kind of row, for stages that work in place.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+namespace tavra::test {
+
+template <class Sample>
+struct RandomImage {
+    std::uint32_t width, height;
+    std::uint32_t stride;  // as the stage is told: 0 for rows of a multiple of four bytes
+    std::size_t pitch;     // samples of a pixel
+    std::size_t rowSamples;
+    std::vector<Sample> samples;
+
+    Sample& at(std::size_t x, std::size_t y, std::size_t channel) {
+        return samples[y * rowSamples + x * pitch + channel];
+    }
+    const Sample& at(std::size_t x, std::size_t y, std::size_t channel) const {
+        return samples[y * rowSamples + x * pitch + channel];
+    }
+};
+
+// Widths from 0 to a few hundred, the default stride or a larger one, samples up to `maximum`.
+template <class Sample>
+RandomImage<Sample> randomImage(std::mt19937& random, std::size_t pitch, unsigned maximum) {
+    RandomImage<Sample> image;
+    const auto upTo = [&random](unsigned largest) { return static_cast<unsigned>(random() % (largest + 1)); };
+    image.width = random() % 3 == 0 ? upTo(5) : upTo(300);
+    image.height = upTo(4);
+    image.pitch = pitch;
+    const std::size_t rowBytes = image.width * pitch * sizeof(Sample);
+    const bool dense = random() % 2 == 0;
+    const std::size_t strideBytes =
+        dense ? (rowBytes + 3) / 4 * 4 : rowBytes + sizeof(Sample) * (1 + upTo(40));
+    image.stride = dense ? 0 : static_cast<std::uint32_t>(strideBytes);
+    image.rowSamples = strideBytes / sizeof(Sample);
+    image.samples.resize(image.rowSamples * image.height);
+    for (Sample& sample : image.samples) sample = static_cast<Sample>(upTo(maximum));
+    return image;
+}
+
+// What a plain reference makes of each pixel, `change(pixel)` on the first of its samples.
+template <class Sample, class Change>
+std::vector<Sample> changedPixels(RandomImage<Sample> image, Change change) {
+    for (std::size_t y = 0; y < image.height; ++y)
+        for (std::size_t x = 0; x < image.width; ++x) change(&image.at(x, y, 0));
+    return image.samples;
+}
+
+}  // namespace tavra::test
