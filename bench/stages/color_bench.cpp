@@ -93,13 +93,12 @@ void addGammaImage(const std::string& name, std::uint32_t format) {
     add(name, [=] { stage->ApplyImage8(kWidth, kHeight, 0, format, image->data()); });
 }
 
-// Each pixel is out of the bands, in one, or in the other.
-void addChroma(const std::string& name, std::uint32_t format, std::uint16_t strength) {
+void addChroma(const std::string& name, std::uint32_t format, std::uint16_t low, std::uint16_t high) {
     const auto stage = std::make_shared<CChromaSuppress>();
-    stage->SetLowThreshold(80);
-    stage->SetLowStrength(strength);
-    stage->SetHighThreshold(170);
-    stage->SetHighStrength(strength);
+    stage->SetLowThreshold(low);
+    stage->SetLowStrength(3);
+    stage->SetHighThreshold(high);
+    stage->SetHighStrength(3);
     const auto image = noise(bytesOf(format));
     add(name, [=] { stage->Apply8(kWidth, kHeight, 0, format, image->data()); });
 }
@@ -138,8 +137,10 @@ std::vector<Pair> addAll() {
     addGammaImage("gamma grey", 1);
     addGammaImage("gamma bgr24", 4);
     addGammaImage("gamma bgr32", 8);
-    addChroma("chroma suppression bgr24", 4, 3);
-    addChroma("chroma suppression bgr32", 8, 3);
+    // A third of the pixels out of the bands, and all of them.
+    addChroma("chroma suppression bgr24", 4, 100, 150);
+    addChroma("chroma suppression bgr32", 8, 100, 150);
+    addChroma("chroma suppression, none", 4, 1, 254);
 
     constexpr double kEightTimes = 1.0 / 8;
     return {
@@ -155,6 +156,7 @@ std::vector<Pair> addAll() {
         {"gamma bgr32", "memcpy bgr32", kEightTimes},
         {"chroma suppression bgr24", "memcpy bgr24", kEightTimes},
         {"chroma suppression bgr32", "memcpy bgr32", kEightTimes},
+        {"chroma suppression, none", "memcpy bgr24", kEightTimes},
     };
 }
 

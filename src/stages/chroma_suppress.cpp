@@ -16,7 +16,7 @@ namespace {
 // The whole of the distance, in the unit of k.
 constexpr std::uint16_t kWhole = 16384;
 
-constexpr std::size_t kTile = 128;
+constexpr std::size_t kTile = 256;
 
 // Samples of a pixel: 0 for a mono format, which is left as it is, -1 for a format that is not taken.
 template <class Sample>
@@ -46,9 +46,9 @@ struct Side {
 
     // k at `past` levels beyond the threshold, 0 at none.
     std::uint16_t suppression(std::uint16_t past) const {
-        const auto levels = static_cast<std::uint16_t>(std::min(past, furthest) + 1);
-        const auto k = static_cast<std::uint16_t>(levels * strength);
-        return past == 0 ? std::uint16_t{0} : std::min(k, kWhole);
+        const auto extra = std::min<std::uint16_t>(past, 1);
+        const auto levels = static_cast<std::uint16_t>(std::min(past, furthest) + extra);
+        return std::min(static_cast<std::uint16_t>(levels * strength), kWhole);
     }
 
     std::uint16_t threshold, strength, furthest;

@@ -4,12 +4,14 @@
 #include <bit>
 #include <cstring>
 
+#include "stages/table_lookup.h"
+
 namespace tavra {
 namespace {
 
 static_assert(std::endian::native == std::endian::little, "the lowest field of a packed entry is blue");
 
-constexpr std::size_t kTile = 128;
+constexpr std::size_t kTile = 256;
 constexpr std::size_t kFields = 4;
 
 constexpr std::uint32_t kNegative = 0x10000000;
@@ -37,32 +39,27 @@ void transform(const ColorTables& tables, Sample* row, std::size_t pitch, std::s
     }
 }
 
-// The sums of a tile's pixels, four fields each; the fourth is 0.
-struct Sums {
-    alignas(32) std::uint16_t fields[kFields * kTile];
-};
-
-template <std::size_t kPitch>
-void addUp(const PackedColorTables& tables, const std::uint8_t* pixels, std::size_t count, Sums& sums) {
-    for (std::size_t i = 0; i < count; ++i, pixels += kPitch) {
-        const std::uint64_t sum = tables.blue[pixels[0]] + tables.green[pixels[1]] + tables.red[pixels[2]];
-        std::memcpy(sums.fields + kFields * i, &sum, sizeof sum);
-    }
-}
-
 // Sums to samples, still in fours.
-void narrow(const Sums& sums, std::uint16_t raised, std::uint16_t limit, std::uint8_t* __restrict samples) {
+void narrow(const std::uint16_t* sums, std::uint16_t raised, std::uint16_t limit,
+            std::uint8_t* __restrict samples) {
     for (std::size_t i = 0; i < kFields * kTile; ++i) {
-        const auto sum = static_cast<std::uint16_t>(std::max(sums.fields[i], raised) - raised);
+        const auto sum = static_cast<std::uint16_t>(std::max(sums[i], raised) - raised);
         samples[i] = static_cast<std::uint8_t>(std::min(sum, limit));
     }
 }
 
-// Pixels of four bytes written three apart: the byte too many is overwritten by the next pixel, but for the
-// last one's, which is not written.
+// Pixels of four bytes moved together to three. Four at a time as a vector, whose last four bytes, too many,
+// are overwritten by the next pixels; so the last ones go one by one.
 void closeUp(const std::uint8_t* samples, std::uint8_t* __restrict pixels, std::size_t count) {
-    for (std::size_t i = 0; i + 1 < count; ++i) std::memcpy(pixels + 3 * i, samples + kFields * i, kFields);
-    std::memcpy(pixels + 3 * (count - 1), samples + kFields * (count - 1), 3);
+    using Bytes = std::uint8_t __attribute__((vector_size(16)));
+    std::size_t i = 0;
+    for (; i + 6 <= count; i += 4) {
+        Bytes four;
+        std::memcpy(&four, samples + kFields * i, sizeof four);
+        four = __builtin_shufflevector(four, four, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15);
+        std::memcpy(pixels + 3 * i, &four, sizeof four);
+    }
+    for (; i < count; ++i) std::memcpy(pixels + 3 * i, samples + kFields * i, 3);
 }
 
 // The fourth byte is put back as it was.
@@ -91,18 +88,16 @@ void transformRow(const ColorTables& tables, std::uint16_t* row, std::size_t pit
 
 void transformRow(const PackedColorTables& tables, std::uint8_t* row, std::size_t pitch, std::size_t width,
                   std::uint8_t limit) {
-    Sums sums = {};
+    alignas(32) std::uint16_t sums[kFields * kTile] = {};
     alignas(32) std::uint8_t samples[kFields * kTile];
     for (std::size_t x = 0; x < width; x += kTile) {
         const std::size_t count = std::min(kTile, width - x);
         std::uint8_t* const pixels = row + x * pitch;
+        sumLookUps(tables.blue, tables.green, tables.red, pixels, pitch, sums, count);
+        narrow(sums, tables.raised, limit, samples);
         if (pitch == 3) {
-            addUp<3>(tables, pixels, count, sums);
-            narrow(sums, tables.raised, limit, samples);
             closeUp(samples, pixels, count);
         } else {
-            addUp<4>(tables, pixels, count, sums);
-            narrow(sums, tables.raised, limit, samples);
             mergeFour(samples, pixels, count);
         }
     }

@@ -5,11 +5,12 @@
 #include "stages/bgr_reader.h"
 #include "stages/interpolation/bgr_writer.h"
 #include "stages/luma_tables.h"
+#include "stages/table_lookup.h"
 
 namespace tavra {
 namespace {
 
-constexpr std::size_t kTile = 128;
+constexpr std::size_t kTile = 256;
 
 // The shift of a luminance. By design in 16 bits: entries from 32768 on, which only a caller's table has, can
 // turn a rise into a fall.
@@ -54,7 +55,7 @@ void LumaShift::apply(std::uint8_t* row, std::size_t pitch, std::size_t width) c
         const std::size_t count = std::min(kTile, width - x);
         readBgr(row + x * pitch, pitch, blue, green, red, count);
         lumaOfPlanes(blue, green, red, luma, kTile);
-        for (std::size_t i = 0; i < kTile; ++i) both[i] = shifts_[luma[i]];
+        lookUp(shifts_, luma, both, kTile);
         for (std::size_t i = 0; i < kTile; ++i) {
             shifts.rise[i] = static_cast<std::uint8_t>(both[i]);
             shifts.fall[i] = static_cast<std::uint8_t>(both[i] >> 8);

@@ -16,10 +16,11 @@ constexpr std::uint16_t kLastEntry = std::tuple_size_v<LumaTable> - 1;
 // The entry for a byte by arithmetic in words, which vectors do faster than look-ups: the product in 1/256 of
 // a level, rounded. The factors are 65536 times the weight, near enough that all 256 results are those of the
 // table.
-template <std::uint32_t kFactor>
+template <std::uint16_t kFactor>
 constexpr std::uint16_t byteShare(std::uint8_t value) {
-    const std::uint32_t product = (std::uint32_t{value} << 8) * kFactor;
-    return static_cast<std::uint16_t>(static_cast<std::uint16_t>((product >> 16) + 128) >> 8);
+    const auto scaled = static_cast<std::uint16_t>(value << 8);
+    const auto product = static_cast<std::uint16_t>((std::uint32_t{scaled} * kFactor) >> 16);
+    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(product + 128) >> 8);
 }
 
 // The entry for a word, with 19 fractional bits. The offset is a half and what the factor lacks.
