@@ -39,6 +39,9 @@ CColorMatrix::CColorMatrix() {
 void CColorMatrix::rebuild() {
     buildColorTables(tables_, settings_);
     packColorTables(packed_, tables_);
+    const ColorMatrix& m = settings_.matrix;
+    const auto levels = [](std::int16_t hundredths) { return static_cast<std::int16_t>(hundredths / 100); };
+    fitColorLines(lines_, tables_, {levels(m[11]), levels(m[7]), levels(m[3])});
 }
 
 std::uint32_t CColorMatrix::SetColorMatrix(std::uint8_t mode, const std::int16_t* matrix) {
@@ -91,7 +94,9 @@ std::uint32_t CColorMatrix::Apply8(std::uint32_t width, std::uint32_t height, st
     if (off()) return error::kNone;
     const auto limit = limitOf<std::uint8_t>(bits);
     eachRow(width, height, stride, pitch, pixels, [&](std::uint8_t* row, std::size_t) {
-        if (packed_.fits) {
+        if (lines_.fit) {
+            transformRow(lines_, row, pitch, width, limit);
+        } else if (packed_.fits) {
             transformRow(packed_, row, pitch, width, limit);
         } else {
             transformRow(tables_, row, pitch, width, limit);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <mutex>
 
+#include "stages/color_matrix_lines.h"
 #include "stages/color_matrix_tables.h"
 #include "stages/unknown.h"
 
@@ -69,6 +70,7 @@ class CColorMatrix final : public CountedStage<CColorMatrix, IColorMatrix> {
     ColorMatrixSettings settings_;
     ColorTables tables_;
     PackedColorTables packed_;
+    ColorLines lines_;
 };
 
 }  // namespace tavra

@@ -353,5 +353,26 @@ TEST_F(ColorMatrixStage, EqualsThePlainRuleOnRandomImages) {
     }
 }
 
+// Round hundredths are where the exact product is a whole number at many levels, and the sums just miss it or
+// not; every level of each channel, with offsets of whole levels and of parts.
+TEST_F(ColorMatrixStage, RoundMatricesEqualThePlainRuleAtEveryLevel) {
+    for (int k = -400; k <= 400; k += 3) {
+        const auto value = [k](int step) { return static_cast<std::int16_t>(k + step); };
+        const auto offset = static_cast<std::int16_t>(k % 2 == 0 ? 100 * (k / 40) : 150);
+        const Matrix matrix = {value(0), value(7),   value(-30), offset,    value(-100), value(60),
+                               value(1), value(-12), value(20),  value(-5), value(0),    value(13)};
+        set(matrix);
+        const auto reference = std::make_unique<Reference>(matrix, 0, 100);
+        std::vector<std::uint8_t> pixels, wanted;
+        for (int i = 0; i < 256; ++i) {
+            for (const int level : {i, 255 - i, i ^ 0x55}) pixels.push_back(static_cast<std::uint8_t>(level));
+        }
+        wanted = pixels;
+        for (std::size_t i = 0; i < wanted.size(); i += 3) reference->change(&wanted[i], 255);
+        ASSERT_EQ(stage->Apply8(256, 1, 0, 4, pixels.data(), 8), 0u);
+        ASSERT_EQ(pixels, wanted) << k;
+    }
+}
+
 }  // namespace
 }  // namespace tavra::test

@@ -33,7 +33,7 @@ extern "C" {
  *  \param matrix 12 values in hundredths, 100 is 1.0: three rows of four for R, G and B, each (from R, from
  *      G, from B, offset); an offset of 100 is one level. Not read with mode 0
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT another mode; nothing changes
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT another mode, or no matrix with mode 0xFF; nothing changes
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetColorMatrix(TavraHandle handle, uint8_t mode, const int16_t* matrix);

@@ -32,8 +32,8 @@ extern "C" {
  *  \param gamma gamma times 100, at least 1; used in modes 1 and 2. 100 is a straight line
  *  \param table 256 bytes, the output for each input; used in mode 255, may be null in the others
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT index above 4, another mode, or gamma 0 in mode 1 or 2; nothing
- *      changes
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT index above 4, another mode, gamma 0 in mode 1 or 2, or no table
+ *      in mode 255; nothing changes
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetGammaMode(TavraHandle handle, uint8_t index, uint8_t mode, uint16_t gamma,
@@ -63,8 +63,8 @@ TAVRA_API TavraBool Tavra_GetGammaMode(TavraHandle handle, uint8_t index, uint8_
  *  \param contrast levels cut off at each end of the input; above 127 acts as 127; used in modes 1 and 2
  *  \param table 256 bytes; used in mode 255, may be null in the others
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT index above 4, another mode, or gamma 0 in mode 1 or 2; nothing
- *      changes
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT index above 4, another mode, gamma 0 in mode 1 or 2, or no table
+ *      in mode 255; nothing changes
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetGammaModeEx(TavraHandle handle, uint8_t index, uint8_t mode, uint16_t gamma,
