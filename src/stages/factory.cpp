@@ -7,6 +7,8 @@
 #include "stages/multi_roi_image.h"
 #include "stages/color_matrix.h"
 #include "stages/gamma.h"
+#include "stages/sharpness.h"
+#include "stages/wb.h"
 
 namespace tavra {
 
@@ -29,7 +31,9 @@ constexpr StageClass kClasses[] = {
     {stage_code::kGamma, make<CGamma>},
     {stage_code::kColorMatrix, make<CColorMatrix>},
     {stage_code::kChromaSuppress, make<CChromaSuppress>},
+    {stage_code::kSharpness, make<CSharpness>},
     {stage_code::kColorInterpolation, make<CColorInterpolation>},
+    {stage_code::kWhiteBalance, make<CWB>},
     {stage_code::kSaveImageFile, makeSaveImageFile},
     {stage_code::kMultiRoiImage, make<CMultiROIImage>},
 };

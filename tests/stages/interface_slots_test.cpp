@@ -10,6 +10,8 @@
 #include "stages/color_matrix.h"
 #include "stages/gamma.h"
 #include "stages/multi_roi_image.h"
+#include "stages/sharpness.h"
+#include "stages/wb.h"
 
 namespace tavra {
 namespace {
@@ -73,6 +75,28 @@ class ChromaSlots final : public IChromaSuppress {
     u32 GetHighThreshold(u16*) override { return 113; }
     u32 SetHighStrength(u16) override { return 114; }
     u32 GetHighStrength(u16*) override { return 115; }
+}
+
+class SharpnessSlots final : public ISharpness {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 SetMode(u8, u16, u16) override { return 102; }
+    u32 GetMode(u8*, u16*, u16*) override { return 103; }
+    u32 Apply16(u32, u32, u32, u32, u16*, u16) override { return 104; }
+    u32 Apply8(u32, u32, u32, u32, u8*, u16) override { return 105; }
+};
+
+class WhiteBalanceSlots final : public IWB {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 Apply8(u32, u32, u32, u16, u8*, u16) override { return 102; }
+    u32 Apply16(u32, u32, u32, u16, u16*, u16) override { return 103; }
+    u32 SetMode(u8) override { return 104; }
+    u32 GetMode(u8*) override { return 105; }
+    u32 SetGains(const u16*) override { return 106; }
+    u32 GetGains(u16*) override { return 107; }
 };
 
 class SaveSlots final : public ISaveImageFile {
@@ -171,6 +195,33 @@ TEST(InterfaceSlots, OfChromaSuppress) {
         EXPECT_EQ(callSlot(&slots, setter, u16{}), 100 + setter);
         EXPECT_EQ(callSlot(&slots, setter + 1, outWords), 101 + setter);
     }
+}
+
+TEST(InterfaceSlots, OfSharpness) {
+    SharpnessSlots slots;
+    u8* const bytes = nullptr;
+    u16* const words = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u8{}, u16{}, u16{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, bytes, words, words), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u32{}, u32{}, u32{}, u32{}, words, u16{}), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, u32{}, u32{}, u32{}, u32{}, bytes, u16{}), 105u);
+}
+
+TEST(InterfaceSlots, OfWhiteBalance) {
+    WhiteBalanceSlots slots;
+    u8* const bytes = nullptr;
+    u16* const words = nullptr;
+    const u16* const gains = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u32{}, u32{}, u32{}, u16{}, bytes, u16{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, u32{}, u32{}, u32{}, u16{}, words, u16{}), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u8{}), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, bytes), 105u);
+    EXPECT_EQ(callSlot(&slots, 6, gains), 106u);
+    EXPECT_EQ(callSlot(&slots, 7, words), 107u);
 }
 
 TEST(InterfaceSlots, OfSaveImageFile) {

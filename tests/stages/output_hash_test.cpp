@@ -16,6 +16,9 @@
 #include "stages/gamma.h"
 #include "stages/grey_spread.h"
 #include "stages/multi_roi_image.h"
+#include "stages/noise_reduction.h"
+#include "stages/sharpness.h"
+#include "stages/wb.h"
 
 namespace tavra {
 namespace {
@@ -165,6 +168,59 @@ void addColorMatrix(Hash& hash, std::size_t offset) {
     }
 }
 
+// A stage on fixed samples in place; `apply` gives its result.
+template <class Sample, class Apply>
+void addInPlace(Hash& hash, std::size_t channels, unsigned maximum, std::size_t offset, Apply apply) {
+    auto image = fixedSamples<Sample>(std::size_t{kWidth + 3} * kHeight * channels, maximum, offset);
+    ASSERT_EQ(apply(image.data() + offset), 0u);
+    hash.add(image.data() + offset, image.size() - offset);
+}
+
+void addSharpness(Hash& hash, std::size_t offset) {
+    CSharpness stage;
+    stage.SetMode(1, 130, 5);
+    for (std::uint32_t format : {1, 4, 8}) {
+        addInPlace<std::uint8_t>(hash, 4, 0xFF, offset, [&](std::uint8_t* image) {
+            return stage.Apply8(kWidth, kHeight, 0, format, image, 8);
+        });
+    }
+    for (std::uint32_t format : {2, 256, 512}) {
+        addInPlace<std::uint16_t>(hash, 4, 0xFFF, offset, [&](std::uint16_t* image) {
+            return stage.Apply16(kWidth, kHeight, 0, format, image, 12);
+        });
+    }
+}
+
+void addWhiteBalance(Hash& hash, std::size_t offset) {
+    CWB stage;
+    const std::uint16_t gains[4] = {300, 128, 127, 77};
+    stage.SetGains(gains);
+    for (std::uint8_t mode : {1, 3}) {
+        stage.SetMode(mode);
+        addInPlace<std::uint8_t>(hash, 1, 0xFF, offset, [&](std::uint8_t* frame) {
+            return stage.Apply8(kWidth, kHeight, 0, 3, frame, 8);
+        });
+        stage.SetMode(mode);
+        addInPlace<std::uint16_t>(hash, 1, 0xFFF, offset, [&](std::uint16_t* frame) {
+            return stage.Apply16(kWidth, kHeight, 0, 4, frame, 12);
+        });
+    }
+}
+
+void addNoiseReduction(Hash& hash, std::size_t offset) {
+    CNoiseReduction stage;
+    for (std::uint16_t array : {1, 2}) {
+        for (std::uint32_t mode : {TAVRA_NOISE_REDUCTION_MEDIAN, TAVRA_NOISE_REDUCTION_TAKE_DARK_FRAME,
+                                   TAVRA_NOISE_REDUCTION_DARK_FRAME}) {
+            stage.setMode(mode);
+            const unsigned maximum = mode == TAVRA_NOISE_REDUCTION_TAKE_DARK_FRAME ? 0x1F : 0xFF;
+            addInPlace<std::uint8_t>(hash, 1, maximum, offset, [&](std::uint8_t* frame) {
+                return stage.Process(kWidth, kHeight, array, frame) ? 0u : 1u;
+            });
+        }
+    }
+}
+
 void addGamma(Hash& hash, std::size_t offset) {
     const auto stage = std::make_unique<CGamma>();
     for (std::uint8_t index = 0; index < 5; ++index) {
@@ -219,6 +275,9 @@ std::uint64_t hashAt(std::size_t offset) {
     addColorMatrix(hash, offset);
     addGamma(hash, offset);
     addChroma(hash, offset);
+    addSharpness(hash, offset);
+    addWhiteBalance(hash, offset);
+    addNoiseReduction(hash, offset);
     return hash.value();
 }
 

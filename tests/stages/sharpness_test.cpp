@@ -1,0 +1,463 @@
+// Sharpening beside a plain reference, one pixel at a time straight from the rule, and its edges by hand.
+#include "stages/sharpness.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "platform/last_error.h"
+#include "stages/factory.h"
+#include "support/failing_allocations.h"
+
+namespace tavra::test {
+namespace {
+
+struct Setting {
+    std::uint16_t gain, coring;
+};
+
+struct Layout {
+    std::size_t width, height, stride;  // stride in samples
+    std::size_t channels;
+    unsigned bits;
+};
+
+// The table's entry for a difference.
+int plainCorrection(Setting setting, int difference) {
+    float product = 0;
+    for (int k = setting.coring; k < difference; ++k) product += static_cast<float>(setting.gain) / 100.0F;
+    return product >= 4095.0F ? 4095 : static_cast<int>(product + 0.5F);
+}
+
+int plainLuma(const std::vector<int>& image, const Layout& layout, std::size_t x, std::size_t y) {
+    const int* const pixel = image.data() + y * layout.stride + x * layout.channels;
+    if (layout.channels == 1) return pixel[0];
+    const auto part = [](int weight, int value) { return (weight * value + 500) / 1000; };
+    return part(114, pixel[0]) + part(587, pixel[1]) + part(299, pixel[2]);
+}
+
+int plainDifference(const std::vector<int>& image, const Layout& layout, std::size_t x, std::size_t y) {
+    int sum = 0;
+    for (std::size_t ny = y - 1; ny <= y + 1; ++ny) {
+        for (std::size_t nx = x - 1; nx <= x + 1; ++nx) {
+            if (nx != x || ny != y) sum += plainLuma(image, layout, nx, ny);
+        }
+    }
+    return plainLuma(image, layout, x, y) - (sum + 4) / 8;
+}
+
+std::vector<int> plainSharpen(const std::vector<int>& image, const Layout& layout, Setting setting,
+                              bool bytes) {
+    const int maximum = (1 << layout.bits) - 1;
+    std::vector<int> result = image;
+    for (std::size_t y = 1; y + 1 < layout.height; ++y) {
+        for (std::size_t x = 1; x + 1 < layout.width; ++x) {
+            const int d = plainDifference(image, layout, x, y);
+            if (std::abs(d) <= setting.coring) continue;
+            int t = plainCorrection(setting, std::abs(d));
+            if (bytes && (d > 0 || layout.channels == 1)) t %= 256;
+            for (std::size_t c = 0; c < std::min<std::size_t>(layout.channels, 3); ++c) {
+                int& sample = result[y * layout.stride + x * layout.channels + c];
+                if (d > 0) {
+                    sample = maximum - sample <= t ? maximum : sample + t;
+                } else {
+                    sample = sample <= t ? 0 : sample - t;
+                }
+            }
+        }
+    }
+    return result;
+}
+
+// What the stage is called with beside the layout: the format, and the stride argument in bytes.
+struct Call {
+    std::uint32_t format;
+    std::uint32_t stride;
+};
+
+template <class Sample>
+std::uint32_t apply(CSharpness& stage, const Layout& layout, Call call, Sample* pixels) {
+    const auto width = static_cast<std::uint32_t>(layout.width);
+    const auto height = static_cast<std::uint32_t>(layout.height);
+    const auto bits = static_cast<std::uint16_t>(layout.bits);
+    if constexpr (sizeof(Sample) == 1) {
+        return stage.Apply8(width, height, call.stride, call.format, pixels, bits);
+    } else {
+        return stage.Apply16(width, height, call.stride, call.format, pixels, bits);
+    }
+}
+
+// The image ends with its last pixel, so that the address sanitizer sees what goes beyond. `maximum`: of the
+// samples in it, padding and fourth samples have any value.
+template <class Sample>
+void compare(const Layout& layout, Call call, Setting setting, int maximum, std::mt19937& random) {
+    SCOPED_TRACE(::testing::Message() << layout.width << " x " << layout.height << ", format " << call.format
+                                      << ", stride " << call.stride << ", " << layout.bits << " bits, gain "
+                                      << setting.gain << ", coring " << setting.coring);
+    const std::size_t row = layout.width * layout.channels;
+    std::vector<int> image(layout.stride * (layout.height - 1) + row);
+    for (std::size_t i = 0; i < image.size(); ++i) {
+        const std::size_t column = i % layout.stride;
+        const bool seen = column < row && (layout.channels != 4 || column % 4 != 3);
+        const unsigned roll = random();
+        const int sample = (roll & 15) == 0   ? 0
+                           : (roll & 15) == 1 ? maximum
+                                              : static_cast<int>((roll >> 4) % (maximum + 1u));
+        image[i] = seen ? sample : static_cast<Sample>(roll >> 8);
+    }
+    const std::vector<int> wanted = plainSharpen(image, layout, setting, sizeof(Sample) == 1);
+    std::vector<Sample> samples(image.begin(), image.end());
+    CSharpness stage;
+    stage.SetMode(1, setting.gain, setting.coring);
+    ASSERT_EQ(apply(stage, layout, call, samples.data()), 0u);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        ASSERT_EQ(samples[i], wanted[i])
+            << "row " << i / layout.stride << ", sample " << i % layout.stride << ", was " << image[i];
+    }
+}
+
+std::size_t channelsOf(std::uint32_t format) {
+    return format == 4 || format == 256 ? 3 : format == 8 || format == 512 ? 4 : 1;
+}
+
+// A setting that may be anything; most are near what people use.
+Setting randomSetting(std::mt19937& random) {
+    Setting setting{};
+    setting.gain = static_cast<std::uint16_t>(random() % (random() % 4 == 0 ? 65536 : 400));
+    setting.coring = static_cast<std::uint16_t>(random() % (random() % 8 == 0 ? 5000 : 40));
+    return setting;
+}
+
+template <class Sample>
+void compareRandom(std::mt19937& random, std::uint32_t format, unsigned bits, int maximum) {
+    Layout layout{};
+    layout.width = 1 + random() % (random() % 8 == 0 ? 300 : 40);
+    layout.height = 1 + random() % 9;
+    layout.channels = channelsOf(format);
+    layout.bits = bits;
+    const std::size_t row = layout.width * layout.channels;
+    layout.stride = (row * sizeof(Sample) + 3) / 4 * 4 / sizeof(Sample);
+    Call call{format, 0};
+    if (random() % 2 == 0) {
+        layout.stride = row + random() % 9;
+        call.stride = static_cast<std::uint32_t>(layout.stride * sizeof(Sample));
+    }
+    compare<Sample>(layout, call, randomSetting(random), maximum, random);
+}
+
+TEST(Sharpness, BytesEqualThePlainRule) {
+    std::mt19937 random(3);
+    for (int i = 0; i < 240; ++i) {
+        for (std::uint32_t format : {1, 4, 8}) {
+            compareRandom<std::uint8_t>(random, format, 8, 255);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST(Sharpness, WordsEqualThePlainRuleAtEveryDepth) {
+    std::mt19937 random(5);
+    for (int i = 0; i < 60; ++i) {
+        for (std::uint32_t format : {2, 16, 32, 64, 256, 512}) {
+            const unsigned bits = 9 + random() % 4;
+            // Now and then with samples above the depth's maximum.
+            compareRandom<std::uint16_t>(random, format, bits, i % 5 == 0 ? 4095 : (1 << bits) - 1);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST(Sharpness, EightBitsHeldInWordsHaveTheFormatsOfBytesAndRowsOfWords) {
+    std::mt19937 random(7);
+    for (int i = 0; i < 60; ++i) {
+        for (std::uint32_t format : {1, 4, 8}) {
+            compareRandom<std::uint16_t>(random, format, 8, 255);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+// The work goes in tiles of 128 columns: widths around their seams.
+TEST(Sharpness, EqualsThePlainRuleAroundTheSeamsOfItsTiles) {
+    std::mt19937 random(9);
+    for (std::size_t width = 127; width <= 132; ++width) {
+        for (std::uint32_t format : {1, 4, 8}) {
+            const std::size_t channels = channelsOf(format);
+            compare<std::uint8_t>({width, 4, (width * channels + 3) / 4 * 4, channels, 8}, {format, 0},
+                                  {90, 4}, 255, random);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+// Samples beyond 12 bits are the caller's mistake; what comes out is not told, but nothing else is touched.
+TEST(Sharpness, WordsBeyondTwelveBitsAreReadWithoutHarm) {
+    std::mt19937 random(11);
+    CSharpness stage;
+    stage.SetMode(1, 500, 0);
+    for (std::uint32_t format : {2, 256, 512}) {
+        std::vector<std::uint16_t> image(std::size_t{20} * 10 * channelsOf(format));
+        for (std::uint16_t& sample : image) sample = static_cast<std::uint16_t>(random());
+        const std::vector<std::uint16_t> before = image;
+        EXPECT_EQ(stage.Apply16(20, 10, 0, format, image.data(), 12), 0u);
+        const std::size_t row = 20 * channelsOf(format);
+        EXPECT_TRUE(
+            std::equal(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(row), before.begin()));
+        EXPECT_TRUE(std::equal(image.end() - static_cast<std::ptrdiff_t>(row), image.end(),
+                               before.end() - static_cast<std::ptrdiff_t>(row)));
+    }
+}
+
+// 5 x 5 bytes with one value in the middle of another.
+std::vector<std::uint8_t> spot(std::uint8_t around, std::uint8_t middle) {
+    std::vector<std::uint8_t> image(8 * 5, around);  // default stride
+    image[2 * 8 + 2] = middle;
+    return image;
+}
+
+std::uint8_t sharpenedMiddle(std::uint8_t around, std::uint8_t middle, std::uint16_t gain,
+                             std::uint16_t coring) {
+    CSharpness stage;
+    stage.SetMode(1, gain, coring);
+    std::vector<std::uint8_t> image = spot(around, middle);
+    EXPECT_EQ(stage.Apply8(5, 5, 0, 1, image.data(), 8), 0u);
+    return image[2 * 8 + 2];
+}
+
+TEST(Sharpness, AFlatImageStaysWhateverTheGain) {
+    for (std::uint16_t gain : {0, 1, 100, 65535}) {
+        CSharpness stage;
+        stage.SetMode(1, gain, 0);
+        std::vector<std::uint8_t> bytes(40 * 9, 77);
+        std::vector<std::uint16_t> words(40 * 9, 1000);
+        for (std::uint32_t format : {1, 4, 8}) EXPECT_EQ(stage.Apply8(10, 9, 0, format, bytes.data(), 8), 0u);
+        for (std::uint32_t format : {2, 256, 512})
+            EXPECT_EQ(stage.Apply16(10, 9, 0, format, words.data(), 12), 0u);
+        EXPECT_EQ(bytes, std::vector<std::uint8_t>(40 * 9, 77));
+        EXPECT_EQ(words, std::vector<std::uint16_t>(40 * 9, 1000));
+    }
+}
+
+// Neighbours sum to 0: the mean is 4 >> 3 = 0, d = 100. A neighbour of the spot has a mean of
+// (100 + 4) >> 3 = 13 and falls by 13 from 0.
+TEST(Sharpness, ABrightSpotIsDoubledAndItsNeighboursStayDark) {
+    CSharpness stage;
+    stage.SetMode(1, 100, 0);
+    std::vector<std::uint8_t> image = spot(0, 100);
+    ASSERT_EQ(stage.Apply8(5, 5, 0, 1, image.data(), 8), 0u);
+    EXPECT_EQ(image, spot(0, 200));
+}
+
+TEST(Sharpness, ADifferenceOfTheCoringStaysAndOneMoreCounts) {
+    EXPECT_EQ(sharpenedMiddle(100, 110, 300, 10), 110);
+    EXPECT_EQ(sharpenedMiddle(100, 111, 300, 10), 114);
+    EXPECT_EQ(sharpenedMiddle(100, 111, 149, 10), 112) << "1.49 rounds to 1";
+    EXPECT_EQ(sharpenedMiddle(100, 111, 150, 10), 113) << "1.5 rounds to 2";
+    EXPECT_EQ(sharpenedMiddle(100, 90, 300, 10), 90);
+    EXPECT_EQ(sharpenedMiddle(100, 89, 300, 10), 86);
+}
+
+TEST(Sharpness, SaturatesAtBothEnds) {
+    EXPECT_EQ(sharpenedMiddle(50, 150, 200, 0), 255) << "150 + 200";
+    EXPECT_EQ(sharpenedMiddle(150, 100, 200, 0), 0) << "100 - 100";
+    EXPECT_EQ(sharpenedMiddle(150, 99, 200, 0), 0) << "99 - 102";
+}
+
+// A gain of 300 on a difference of 100 gives 300, whose low byte is 44.
+TEST(Sharpness, InBytesTheLowByteOfACorrectionActs) {
+    EXPECT_EQ(sharpenedMiddle(0, 100, 300, 0), 144);
+    EXPECT_EQ(sharpenedMiddle(200, 100, 300, 0), 56);
+}
+
+// A grey pixel of B = G = R: the luminance is the value itself.
+TEST(Sharpness, InColourBytesOnlyBrighteningTakesTheLowByte) {
+    CSharpness stage;
+    stage.SetMode(1, 300, 0);
+    for (std::uint32_t format : {4, 8}) {
+        const std::size_t pixel = format == 4 ? 3 : 4, stride = format == 4 ? 12 : 12;
+        std::vector<std::uint8_t> image(stride * 3, 0);
+        std::uint8_t* const middle = image.data() + stride + pixel;
+        std::fill_n(middle, 3, 100);
+        ASSERT_EQ(stage.Apply8(3, 3, 0, format, image.data(), 8), 0u);
+        EXPECT_EQ(middle[0], 144);
+        EXPECT_EQ(middle[1], 144);
+        EXPECT_EQ(middle[2], 144);
+        std::fill(image.begin(), image.end(), 200);
+        std::fill_n(middle, 3, 100);
+        ASSERT_EQ(stage.Apply8(3, 3, 0, format, image.data(), 8), 0u);
+        EXPECT_EQ(middle[0], 0) << "100 - 300";
+        EXPECT_EQ(middle[1], 0);
+        EXPECT_EQ(middle[2], 0);
+    }
+}
+
+TEST(Sharpness, InWordsTheWholeCorrectionActs) {
+    CSharpness stage;
+    stage.SetMode(1, 300, 0);
+    std::uint16_t image[3 * 4] = {};
+    image[4 + 1] = 100;
+    ASSERT_EQ(stage.Apply16(3, 3, 0, 2, image, 12), 0u);
+    EXPECT_EQ(image[4 + 1], 400);
+    image[4 + 1] = 1000;
+    ASSERT_EQ(stage.Apply16(3, 3, 0, 2, image, 12), 0u);
+    EXPECT_EQ(image[4 + 1], 4000);
+    image[4 + 1] = 2000;
+    ASSERT_EQ(stage.Apply16(3, 3, 0, 2, image, 12), 0u);
+    EXPECT_EQ(image[4 + 1], 4095) << "the correction ends at 4095, the sample too";
+    image[4 + 1] = 500;
+    ASSERT_EQ(stage.Apply16(3, 3, 0, 2, image, 10), 0u);
+    EXPECT_EQ(image[4 + 1], 1023);
+}
+
+TEST(Sharpness, ACoringAboveEveryDifferenceChangesNothing) {
+    EXPECT_EQ(sharpenedMiddle(0, 255, 65535, 255), 255);
+    EXPECT_EQ(sharpenedMiddle(0, 200, 65535, 4095), 200);
+    EXPECT_EQ(sharpenedMiddle(0, 200, 65535, 65535), 200);
+}
+
+TEST(Sharpness, ModeZeroLooksAtNothing) {
+    CSharpness stage;
+    EXPECT_EQ(stage.Apply8(100, 100, 0, 12345, nullptr, 99), 0u) << "as it is made";
+    stage.SetMode(1, 100, 0);
+    stage.SetMode(0, 100, 0);
+    EXPECT_EQ(stage.Apply8(100, 100, 0, 12345, nullptr, 99), 0u);
+    EXPECT_EQ(stage.Apply16(100, 100, 0, 12345, nullptr, 99), 0u);
+}
+
+TEST(Sharpness, AnyOtherModeIsOn) {
+    for (std::uint8_t mode : {1, 2, 255}) {
+        CSharpness stage;
+        stage.SetMode(mode, 100, 0);
+        std::vector<std::uint8_t> image = spot(0, 50);
+        stage.Apply8(5, 5, 0, 1, image.data(), 8);
+        EXPECT_EQ(image, spot(0, 100));
+    }
+}
+
+TEST(Sharpness, NothingChangesBelowThreeRowsOrColumns) {
+    CSharpness stage;
+    stage.SetMode(1, 100, 0);
+    for (const auto& [width, height] : {std::pair{0u, 0u},
+                                        {0u, 5u},
+                                        {5u, 0u},
+                                        {1u, 1u},
+                                        {2u, 2u},
+                                        {1u, 7u},
+                                        {7u, 1u},
+                                        {2u, 7u},
+                                        {7u, 2u}}) {
+        for (std::uint32_t format : {1, 4, 8}) {
+            std::vector<std::uint8_t> image(256);
+            for (std::size_t i = 0; i < image.size(); ++i) image[i] = static_cast<std::uint8_t>(i * 91);
+            const std::vector<std::uint8_t> before = image;
+            EXPECT_EQ(stage.Apply8(width, height, 0, format, image.data(), 8), 0u);
+            EXPECT_EQ(image, before) << width << " x " << height;
+        }
+    }
+}
+
+TEST(Sharpness, AnotherDepthOrFormatIsABadArgument) {
+    CSharpness stage;
+    stage.SetMode(1, 100, 0);
+    std::vector<std::uint8_t> bytes = spot(0, 100);
+    std::vector<std::uint16_t> words(64, 3);
+    const auto refused = [](std::uint32_t result) {
+        const bool told = platform::lastSystemError() == 87;
+        platform::setLastSystemError(0);
+        return result == 87 && told;
+    };
+    platform::setLastSystemError(0);
+    for (std::uint16_t bits : {0, 1, 7, 13, 16, 65535}) {
+        EXPECT_TRUE(refused(stage.Apply8(5, 5, 0, 1, bytes.data(), bits))) << bits;
+        EXPECT_TRUE(refused(stage.Apply16(5, 5, 0, 2, words.data(), bits))) << bits;
+    }
+    for (std::uint32_t format : {0, 2, 3, 5, 16, 32, 64, 128, 256, 512, 1024}) {
+        EXPECT_TRUE(refused(stage.Apply8(5, 5, 0, format, bytes.data(), 8))) << format;
+        EXPECT_TRUE(refused(stage.Apply16(5, 5, 0, format, words.data(), 8))) << format;
+    }
+    for (std::uint32_t format : {0, 1, 3, 4, 8, 128, 1024}) {
+        EXPECT_TRUE(refused(stage.Apply16(5, 5, 0, format, words.data(), 12))) << format;
+        EXPECT_TRUE(refused(stage.Apply8(5, 5, 0, format, bytes.data(), 9))) << format;
+    }
+    EXPECT_EQ(bytes, spot(0, 100));
+    EXPECT_EQ(words, std::vector<std::uint16_t>(64, 3));
+}
+
+TEST(Sharpness, WithoutMemoryForItsLinesNothingIsWritten) {
+    CSharpness stage;
+    stage.SetMode(1, 100, 0);
+    std::vector<std::uint8_t> bytes = spot(0, 100);
+    std::vector<std::uint16_t> words(5 * 6, 0);
+    words[2 * 6 + 2] = 100;
+    const std::vector<std::uint16_t> wordsBefore = words;
+    platform::setLastSystemError(0);
+    std::uint32_t results[2];
+    {
+        const FailAllocationsFrom fromEightBytesAPixel(8 * 5);
+        results[0] = stage.Apply8(5, 5, 0, 1, bytes.data(), 8);
+    }
+    EXPECT_EQ(platform::lastSystemError(), 8u);
+    platform::setLastSystemError(0);
+    {
+        const FailAllocationsFrom fromTenBytesAPixel(10 * 5);
+        results[1] = stage.Apply16(5, 5, 0, 2, words.data(), 12);
+    }
+    EXPECT_EQ(platform::lastSystemError(), 8u);
+    EXPECT_EQ(results[0], 8u);
+    EXPECT_EQ(results[1], 8u);
+    EXPECT_EQ(bytes, spot(0, 100));
+    EXPECT_EQ(words, wordsBefore);
+    EXPECT_EQ(stage.Apply8(5, 5, 0, 1, bytes.data(), 8), 0u) << "the failure leaves the stage as it was";
+    EXPECT_EQ(bytes, spot(0, 200));
+}
+
+TEST(Sharpness, TheLineStoreIsAllThatIsAllocated) {
+    CSharpness stage;
+    stage.SetMode(1, 100, 0);
+    std::vector<std::uint8_t> image(4 * 100 * 10, 1);
+    const FailAllocationsFrom more(8 * 100 + 1);
+    for (std::uint32_t format : {1, 4, 8}) EXPECT_EQ(stage.Apply8(100, 10, 0, format, image.data(), 8), 0u);
+    EXPECT_EQ(FailAllocationsFrom::failures(), 0u);
+}
+
+TEST(Sharpness, TheFactoryMakesIt) {
+    auto* const stage = static_cast<ISharpness*>(CreateStageObject(16));
+    ASSERT_NE(stage, nullptr);
+    EXPECT_EQ(stage->SetMode(1, 100, 0), 0u);
+    std::vector<std::uint8_t> image = spot(0, 100);
+    EXPECT_EQ(stage->Apply8(5, 5, 0, 1, image.data(), 8), 0u);
+    EXPECT_EQ(image, spot(0, 200));
+    EXPECT_EQ(stage->AddRef(), 2u);
+    EXPECT_EQ(stage->Release(), 1u);
+    EXPECT_EQ(stage->Release(), 0u);
+}
+
+TEST(Sharpness, SettingsAreGivenBackWithTheModeOffToo) {
+    CSharpness stage;
+    std::uint8_t mode = 9;
+    std::uint16_t gain = 9, coring = 9;
+    EXPECT_EQ(stage.GetMode(&mode, &gain, &coring), 0u);
+    EXPECT_EQ(mode, 0);
+    EXPECT_EQ(gain, 0);
+    EXPECT_EQ(coring, 0);
+    EXPECT_EQ(stage.SetMode(0, 65535, 4711), 0u);
+    stage.GetMode(&mode, &gain, &coring);
+    EXPECT_EQ(mode, 0);
+    EXPECT_EQ(gain, 65535);
+    EXPECT_EQ(coring, 4711);
+}
+
+TEST(Sharpness, ANewSettingReplacesTheCorrections) {
+    CSharpness stage;
+    stage.SetMode(1, 1000, 0);
+    stage.SetMode(1, 100, 60);
+    std::vector<std::uint8_t> image = spot(0, 100);
+    stage.Apply8(5, 5, 0, 1, image.data(), 8);
+    EXPECT_EQ(image, spot(0, 140)) << "100 + (100 - 60)";
+}
+
+}  // namespace
+}  // namespace tavra::test
