@@ -18,6 +18,7 @@
 #include "stages/factory.h"
 #include "stages/multi_roi_image.h"
 #include "stages/gamma.h"
+#include "stages/sharpness.h"
 
 namespace tavra {
 namespace {
@@ -77,6 +78,13 @@ TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM() : TAVRA_COMMON_PARAM(configuredTransfer
 
 // What uses the camera goes before what it uses. Statistics, noise reduction and the recorder go between the
 // stage objects and the images.
+TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
+    : maximumTransferSize(configuredTransferSize()),
+      sharpness(makeStage<ISharpness>(stage_code::kSharpness)),
+      colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
+
+// What uses the camera goes before what it uses. Exposure control and white balance control come first;
+// statistics and the recorder between the stage objects and the images.
 TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     exposure.reset();
     whiteBalance.reset();
@@ -85,6 +93,7 @@ TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     geometry.reset();
     releaseStage(colorMatrix);
     releaseStage(gamma);
+    releaseStage(sharpness);
     releaseStage(colorInterpolation);
     releaseStage(chromaSuppress);
     imagesB.destroy();

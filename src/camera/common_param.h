@@ -22,6 +22,7 @@
 #include "control/average_pixel_value.h"
 #include "platform/event.h"
 #include "platform/thread.h"
+#include "stages/noise_reduction.h"
 #include "tavra/tavra_types.h"
 
 namespace tavra {
@@ -32,6 +33,7 @@ class IChromaSuppress;
 class IColorInterpolation;
 class IColorMatrix;
 class IGamma;
+class ISharpness;
 
 // Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
 // the close must not run beside other calls on the same handle.
@@ -159,6 +161,12 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
     // mutex), noise reduction, draw object, preview window.
     // mutex), noise reduction, frame statistics, white balance control, exposure control, draw object,
+    ISharpness* sharpness = nullptr;
+    IColorInterpolation* colorInterpolation = nullptr;
+    CNoiseReduction noiseReduction;
+
+    // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
+    // mutex), frame statistics, white balance control, exposure control, draw object,
     // preview window.
 
   private:

@@ -15,21 +15,23 @@ extern "C" {
  *  With A the mean of a pixel's eight neighbours, rounded, and d the pixel's difference from it, nothing
  *  happens while |d| is not above coring; else t = min(4095, trunc((|d| - coring) * gain / 100 + 0.5)) is
  *  added for a brighter and subtracted for a darker pixel, limited to 0 to 255. On a colour image d is taken
- *  on luminance and the same t goes to all three channels. Of t the low byte is used: a gain above 100 on
- *  strong edges can wrap (only the darkening of colour images takes it whole). The outermost rows and columns
- *  stay.
+ *  on luminance, Y = 0.299 R + 0.587 G + 0.114 B with each term rounded (ITU-R BT.601-7, 2.5.1), and the same
+ *  t goes to all three channels. Of t the low byte is used: a gain above 100 on strong edges can wrap (only
+ * the darkening of colour images takes it whole). The product with gain is a sum of gain / 100 in single
+ * precision, whose rounding can show where t lies half-way. The outermost rows and columns stay. A camera
+ * starts with mode 0, gain 0, coring 0; a change takes effect with the next frame.
  *
  *  \param handle camera
  *  \param mode 0: off, any other value: on
- *  \param gain hundredths; 100 adds the whole difference
- *  \param coring levels up to which a difference is left alone
+ *  \param gain hundredths, 0 to 65535; 100 adds the whole difference
+ *  \param coring levels up to which a difference is left alone, 0 to 255
  *  \return 1, or 0 with the last error set
  *  \errors none of its own
- *  \threads any
+ *  \threads any; waits for an image that is being sharpened
  */
 TAVRA_API TavraBool Tavra_SetSharpnessMode(TavraHandle handle, uint8_t mode, uint16_t gain, uint8_t coring);
 
-/** Reads the sharpening.
+/** Reads the sharpening, as Tavra_SetSharpnessMode() took it.
  *
  *  \param handle camera
  *  \param[out] mode 0: off
@@ -37,7 +39,7 @@ TAVRA_API TavraBool Tavra_SetSharpnessMode(TavraHandle handle, uint8_t mode, uin
  *  \param[out] coring levels
  *  \return 1, or 0 with the last error set
  *  \errors none of its own
- *  \threads any
+ *  \threads any; waits for an image that is being sharpened
  */
 TAVRA_API TavraBool Tavra_GetSharpnessMode(TavraHandle handle, uint8_t* mode, uint16_t* gain,
                                            uint8_t* coring);
@@ -45,15 +47,18 @@ TAVRA_API TavraBool Tavra_GetSharpnessMode(TavraHandle handle, uint8_t* mode, ui
 /** Sets the noise reduction on raw frames. It runs in triggered exposure modes only (a trigger on, and an
  *  exposure mode of trigger width or sub trigger in the trigger word), as they stood when the stream started.
  *
- *  TAVRA_NOISE_REDUCTION_MEDIAN lowers a sample to the median of itself and its neighbours of the same colour
- *  (left, right, above, below on mono frames) if it lies above: the third of five values, the mean of the
- *  middle two of four, the second of three. Dark samples stay.
+ *  TAVRA_NOISE_REDUCTION_MEDIAN lowers a sample to the median of itself and its neighbours if it lies above:
+ *  of their values in descending order the third of five, the second of three, the mean of the middle two of
+ *  four and of two, cut off. Neighbours are those left, right, above and below on mono frames; on a mosaic
+ * those two samples away for R and B, and the four diagonal ones for G; those outside the frame are left out.
+ * Dark samples stay.
  *
- *  TAVRA_NOISE_REDUCTION_TAKE_DARK_FRAME stores each frame, less the least value of each mosaic position, as
- *  the dark frame: run it for a frame with the lens capped. TAVRA_NOISE_REDUCTION_DARK_FRAME then subtracts
- *  it, not below 0; a sample that was saturated (253 and above) and fell below is raised to the median of its
- *  neighbours. The dark frame must match the frame in size and colour array, and is lost when the camera is
- *  closed.
+ *  TAVRA_NOISE_REDUCTION_TAKE_DARK_FRAME stores each frame, less the least value of each of the four
+ * positions of a 2 x 2 cell, as the dark frame, and gives the frame on as it is: run it for a frame with the
+ * lens capped. (An odd last row or column keeps its black level.) TAVRA_NOISE_REDUCTION_DARK_FRAME then
+ * subtracts it, not below 0; a sample that was saturated (253 and above) and fell below is raised to the
+ * third of itself and four neighbours in descending order, on mono frames the diagonal ones. The dark frame
+ * must match the frame in size and colour array, and is lost when the camera is closed.
  *
  *  Only frames of the mosaic transfer formats (TAVRA_TRANSFER_MOSAIC_) come here. The median serves the
  *  colour arrays 1, 2 and 5, saturated samples are raised for 1 and 2; a frame with another one, or without a
