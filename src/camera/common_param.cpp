@@ -19,6 +19,8 @@
 #include "stages/multi_roi_image.h"
 #include "stages/gamma.h"
 #include "stages/sharpness.h"
+#include "stages/flip.h"
+#include "stages/shading_correction.h"
 
 namespace tavra {
 namespace {
@@ -82,6 +84,9 @@ TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
     : maximumTransferSize(configuredTransferSize()),
       sharpness(makeStage<ISharpness>(stage_code::kSharpness)),
       colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
+      colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)),
+      flip(makeStage<IFlip>(stage_code::kFlip)),
+      shadingCorrection(makeStage<IShadingCorrection>(stage_code::kShadingCorrection)) {}
 
 // What uses the camera goes before what it uses. Exposure control and white balance control come first;
 // statistics and the recorder between the stage objects and the images.
@@ -96,6 +101,8 @@ TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     releaseStage(sharpness);
     releaseStage(colorInterpolation);
     releaseStage(chromaSuppress);
+    releaseStage(flip);
+    releaseStage(shadingCorrection);
     imagesB.destroy();
     imagesA.destroy();
 }

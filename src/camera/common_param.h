@@ -34,6 +34,8 @@ class IColorInterpolation;
 class IColorMatrix;
 class IGamma;
 class ISharpness;
+class IFlip;
+class IShadingCorrection;
 
 // Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
 // the close must not run beside other calls on the same handle.
@@ -157,6 +159,8 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     // Automatic control.
     CAveragePixelValue statistics;
     std::unique_ptr<CWhiteBalanceCtrlUSB> whiteBalance;
+    IFlip* flip = nullptr;
+    IShadingCorrection* shadingCorrection = nullptr;
 
     // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
     // mutex), noise reduction, draw object, preview window.

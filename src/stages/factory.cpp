@@ -9,6 +9,8 @@
 #include "stages/gamma.h"
 #include "stages/sharpness.h"
 #include "stages/wb.h"
+#include "stages/flip.h"
+#include "stages/shading_correction.h"
 
 namespace tavra {
 
@@ -34,6 +36,8 @@ constexpr StageClass kClasses[] = {
     {stage_code::kSharpness, make<CSharpness>},
     {stage_code::kColorInterpolation, make<CColorInterpolation>},
     {stage_code::kWhiteBalance, make<CWB>},
+    {stage_code::kFlip, make<CFlip>},
+    {stage_code::kShadingCorrection, make<CShadingCorrection>},
     {stage_code::kSaveImageFile, makeSaveImageFile},
     {stage_code::kMultiRoiImage, make<CMultiROIImage>},
 };

@@ -1,0 +1,31 @@
+// Exchange of rows and columns of an image. Pure functions but for the work memory, which one call at a time
+// may use.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace tavra::flip {
+
+// What is read and what is written: pixel (x, y) of the source becomes pixel (y, x) of the destination. The
+// strides are bytes from row to row and may be negative, which mirrors along with the exchange; row 0 is
+// where the pointer points. The two images do not overlap.
+struct Transposition {
+    const std::uint8_t* source;
+    std::ptrdiff_t sourceStride;
+    std::size_t width, height;  // of the source
+    std::uint8_t* destination;
+    std::ptrdiff_t destinationStride;
+};
+
+// Room for a piece of the destination, kept near the processor while it is put together.
+struct alignas(64) WorkTile {
+    std::array<std::uint8_t, 160 * 1024> bytes;
+};
+
+// Pixels of 1, 2, 3 or 6 bytes, which move whole, and of 4 or 8 bytes, of which the last quarter stays as it
+// is in the destination (but is rewritten with the value it had).
+void transpose(std::size_t pixelBytes, const Transposition& image, WorkTile& tile);
+
+}  // namespace tavra::flip
