@@ -26,10 +26,6 @@ std::u16string nameOf(const TAVRA_COMMON_PARAM& camera) {
     return productName(camera.info, camera.capabilities.samePid());
 }
 
-constexpr std::uint8_t kSoftwareMirror = 3;
-constexpr std::uint8_t kCameraMirror16 = 16;
-constexpr std::uint8_t kCameraMirror32 = 32;
-
 }  // namespace
 
 TavraBool Tavra_HasFunction(TavraHandle handle, std::uint32_t function, std::uint32_t* present) {
@@ -139,15 +135,6 @@ TavraBool Tavra_GetEnableClock(TavraHandle handle, std::uint32_t* mask, std::uin
 TavraBool Tavra_GetEnableTriggerVersion(TavraHandle handle, std::uint32_t* version) {
     return api::getNumber(handle, version, [](TAVRA_COMMON_PARAM& camera, std::uint32_t& value) {
         value = camera.info.enableTriggerVersion;
-        return Status();
-    });
-}
-
-TavraBool Tavra_GetEnableMirrorMode(TavraHandle handle, std::uint8_t* mask) {
-    return api::getNumber(handle, mask, [](TAVRA_COMMON_PARAM& camera, std::uint32_t& value) {
-        value = kSoftwareMirror;
-        if (camera.can(1, 6)) value |= kCameraMirror16;
-        if (camera.can(1, 7)) value |= kCameraMirror32;
         return Status();
     });
 }

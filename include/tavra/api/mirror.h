@@ -4,7 +4,7 @@
  *  Two mirror bits are done in the library, two by the camera where it can. Raw callbacks and raw snapshots
  *  see the camera's part only. On a mosaic both change the colour array: Tavra_GetColorArray() follows the
  *  camera's part, the chain inside follows both. Rotation is a quarter turn and exchanges width and height of
- *  all that comes after.
+ *  all that comes after. Both modes stay while the stream is stopped and started again.
  *
  *  A horizontal mirror exchanges the colour arrays 2 and 3, and 4 and 5; a vertical one 2 and 4, and 3 and 5;
  *  so do the codes 12 to 15 and 16 to 19 among themselves. The code does not follow mirroring in the camera
@@ -27,7 +27,8 @@ extern "C" {
  *  \param mode TAVRA_MIRROR_ bits
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT a bit outside the mask of Tavra_GetEnableMirrorMode(), nothing
- *      changes; TAVRA_ERROR_CONTROL_TRANSFER the camera did not take its bits, which are stored all the same
+ *      changes; TAVRA_ERROR_CONTROL_TRANSFER the camera did not take its bits (on a camera with a mirror of
+ *      its own these are sent with every mode), which are stored all the same
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetMirrorMode(TavraHandle handle, uint8_t mode);
@@ -45,7 +46,7 @@ TAVRA_API TavraBool Tavra_GetMirrorMode(TavraHandle handle, uint8_t* mode);
 /** Reads which bits Tavra_SetMirrorMode() takes.
  *
  *  \param handle camera
- *  \param[out] mask 3, plus 16 (capability word 1 bit 6), plus 32 (bit 7)
+ *  \param[out] mask 3, plus 16 (capability word 1 bit 6), plus 32 (bit 7); 3 on the oldest types
  *  \return 1, or 0 with the last error set
  *  \errors none of its own
  *  \threads any
