@@ -1,7 +1,9 @@
 #include "stages/flip/transpose.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#include <utility>
 
 namespace tavra::flip {
 namespace {
@@ -17,37 +19,51 @@ constexpr std::size_t kBlockBytes = 16;                      // a row of a block
 constexpr std::size_t kRowsAhead = 32;                       // what is asked for before it is needed
 constexpr std::size_t kTileStride = kRunBytes + kCacheLine;  // not a power of two, which shares cache sets
 
-// Interleaves the halves of a square block of `kSide` x `kSide` words: one bit of the row number becomes the
-// lowest of the column number, and the others move up. After as many rounds as the side has bits, rows and
-// columns have changed places.
-template <class Word, std::size_t kCount>
-inline void interleaveHalves(const Word* __restrict in, Word* __restrict out) {
-    for (std::size_t i = 0; i < kCount / 2; ++i) {
-        out[2 * i] = in[i];
-        out[2 * i + 1] = in[i + kCount / 2];
+// A row of a block in a register. Vectors of the compiler's own, the same on every processor: it knows an
+// interleaving of two of them as one instruction.
+template <class Word>
+struct Row {
+    using Vector [[gnu::vector_size(kBlockBytes)]] = Word;
+    static constexpr std::size_t kWords = kBlockBytes / sizeof(Word);
+};
+
+// The words of the lower (kHalf 0) or upper halves (1) of two rows in turn.
+template <class Word, std::size_t kHalf, class Vector, std::size_t... kIndex>
+inline Vector interleaved(Vector a, Vector b, std::index_sequence<kIndex...>) {
+    constexpr std::size_t kWords = Row<Word>::kWords;
+    return __builtin_shufflevector(a, b, (kIndex % 2 * kWords + kHalf * kWords / 2 + kIndex / 2)...);
+}
+
+// Interleaves the halves of a square block, row by row: one bit of the row number becomes the lowest of the
+// column number, and the others move up. After as many rounds as the side has bits, rows and columns have
+// changed places.
+template <class Word, class Vector>
+inline void interleaveHalves(const Vector* in, Vector* out) {
+    constexpr std::size_t kSide = Row<Word>::kWords;
+    constexpr auto kIndices = std::make_index_sequence<kSide>();
+    for (std::size_t r = 0; r < kSide / 2; ++r) {
+        out[2 * r] = interleaved<Word, 0>(in[r], in[r + kSide / 2], kIndices);
+        out[2 * r + 1] = interleaved<Word, 1>(in[r], in[r + kSide / 2], kIndices);
     }
 }
 
-template <class Word, std::size_t kSide>
-inline void transposeBlock(Word* block) {
-    constexpr std::size_t kCount = kSide * kSide;
-    Word other[kCount];
-    for (std::size_t side = 1; side < kSide; side *= 4) {
-        interleaveHalves<Word, kCount>(block, other);
-        if (2 * side < kSide) {
-            interleaveHalves<Word, kCount>(other, block);
-        } else {
-            std::memcpy(block, other, sizeof other);
-        }
-    }
+template <class Word, std::size_t kRounds = std::bit_width(Row<Word>::kWords) - 1, class Vector>
+inline void transposeBlock(Vector* block) {
+    Vector next[Row<Word>::kWords];
+    interleaveHalves<Word>(block, next);
+    if constexpr (kRounds > 1) transposeBlock<Word, kRounds - 1>(next);
+    for (std::size_t r = 0; r < Row<Word>::kWords; ++r) block[r] = next[r];
 }
 
-// How pixels become words of a block, and how the words of a row become pixels.
+// How pixels become a row of words, and how the words of a row become pixels.
 template <class W>
 struct WholeWords {
     using Word = W;
     static constexpr std::size_t kPixelBytes = sizeof(Word);
-    static void load(const std::uint8_t* pixels, Word* words) { std::memcpy(words, pixels, kBlockBytes); }
+    static constexpr std::size_t kLeastWidth = Row<Word>::kWords;
+    static void load(const std::uint8_t* pixels, bool, typename Row<Word>::Vector& row) {
+        std::memcpy(&row, pixels, sizeof row);
+    }
     static void store(const Word* words, std::size_t count, std::uint8_t* pixels) {
         std::memcpy(pixels, words, count * sizeof(Word));
     }
@@ -57,7 +73,10 @@ struct WholeWords {
 struct Bgr32 {
     using Word = std::uint32_t;
     static constexpr std::size_t kPixelBytes = 4;
-    static void load(const std::uint8_t* pixels, Word* words) { std::memcpy(words, pixels, kBlockBytes); }
+    static constexpr std::size_t kLeastWidth = Row<Word>::kWords;
+    static void load(const std::uint8_t* pixels, bool, Row<Word>::Vector& row) {
+        std::memcpy(&row, pixels, sizeof row);
+    }
     static void store(const Word* __restrict words, std::size_t count, std::uint8_t* __restrict pixels) {
         for (std::size_t i = 0; i < count; ++i) {
             Word old;
@@ -72,19 +91,31 @@ struct Bgr32 {
 struct Bgr24 {
     using Word = std::uint32_t;
     static constexpr std::size_t kPixelBytes = 3;
-    static void load(const std::uint8_t* pixels, Word* words) {
-        for (std::size_t i = 0; i < 3; ++i) std::memcpy(words + i, pixels + 3 * i, sizeof(Word));
-        std::memcpy(words + 3, pixels + 8, sizeof(Word));  // not a byte behind the block
-        words[3] >>= 8;
+    static constexpr std::size_t kLeastWidth = 6;  // 16 bytes and more
+    using Bytes = Row<std::uint8_t>::Vector;
+
+    // Four pixels are 12 bytes. The other four that a register takes lie ahead of them where there are
+    // pixels, since behind them the image may end.
+    static void load(const std::uint8_t* pixels, bool first, Row<Word>::Vector& row) {
+        Bytes bytes;
+        if (first) {
+            std::memcpy(&bytes, pixels, sizeof bytes);
+            bytes = __builtin_shufflevector(bytes, bytes, 0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0);
+        } else {
+            std::memcpy(&bytes, pixels - 4, sizeof bytes);
+            bytes =
+                __builtin_shufflevector(bytes, bytes, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 0, 13, 14, 15, 0);
+        }
+        std::memcpy(&row, &bytes, sizeof row);
     }
-    static void store(const Word* __restrict words, std::size_t count, std::uint8_t* __restrict pixels) {
+    static void store(const Word* words, std::size_t count, std::uint8_t* pixels) {
         std::size_t i = 0;
         // Four pixels are stored as 16 bytes, of which the next pixels replace the last four.
         for (; 3 * i + kBlockBytes <= 3 * count; i += 4) {
-            std::uint8_t in[kBlockBytes], out[kBlockBytes];
-            std::memcpy(in, words + i, kBlockBytes);
-            for (std::size_t b = 0; b < kBlockBytes; ++b) out[b] = in[b < 12 ? b / 3 * 4 + b % 3 : b];
-            std::memcpy(pixels + 3 * i, out, kBlockBytes);
+            Bytes bytes;
+            std::memcpy(&bytes, words + i, sizeof bytes);
+            bytes = __builtin_shufflevector(bytes, bytes, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0);
+            std::memcpy(pixels + 3 * i, &bytes, sizeof bytes);
         }
         for (; i < count; ++i) std::memcpy(pixels + 3 * i, words + i, 3);
     }
@@ -108,36 +139,54 @@ struct Span {
         : first(std::min(begin, size - side)), end(std::min(begin + length, size)) {}
 };
 
+// Asks for the lines of some rows of a band.
+template <class Format>
+void prefetchRows(const Transposition& image, const Span& columns, std::size_t y, std::size_t count) {
+    const std::uint8_t* line = pixelAt(image, columns.first, y, Format::kPixelBytes);
+    const std::size_t bytes = (columns.end - columns.first) * Format::kPixelBytes;
+    for (; count > 0; --count, line += image.sourceStride) {
+        for (std::size_t at = 0; at < bytes; at += kCacheLine) __builtin_prefetch(line + at);
+    }
+}
+
+// One row of blocks into the work tile.
+template <class Format>
+void transposeBlocks(const Transposition& image, const Span& columns, std::size_t y, std::uint8_t* out) {
+    using Word = typename Format::Word;
+    constexpr std::size_t kSide = Row<Word>::kWords;
+    const std::uint8_t* const rows = pixelAt(image, columns.first, y, Format::kPixelBytes);
+    const std::size_t count = columns.end - columns.first;
+    for (std::size_t start = 0; start < count; start += kSide) {
+        const std::size_t x = std::min(start, count - kSide);
+        const std::uint8_t* pixels = rows + x * Format::kPixelBytes;
+        typename Row<Word>::Vector block[kSide];
+        for (std::size_t r = 0; r < kSide; ++r, pixels += image.sourceStride) {
+            Format::load(pixels, columns.first + x == 0, block[r]);
+        }
+        transposeBlock<Word>(block);
+        for (std::size_t r = 0; r < kSide; ++r) {
+            std::memcpy(out + (x + r) * kTileStride, &block[r], kBlockBytes);
+        }
+    }
+}
+
 template <class Format>
 void transposePiece(const Transposition& image, const Span& columns, const Span& rows, WorkTile& tile) {
     using Word = typename Format::Word;
-    constexpr std::size_t kSide = kBlockBytes / sizeof(Word);
-    for (std::size_t rowStart = rows.first; rowStart < rows.end; rowStart += kSide) {
-        const std::size_t y = std::min(rowStart, rows.end - kSide);
-        for (std::size_t r = 0; r < kSide; ++r) {
-            const std::size_t ahead = std::min(y + r + kRowsAhead, image.height - 1);
-            for (std::size_t x = columns.first; x < columns.end; x += kCacheLine / Format::kPixelBytes) {
-                __builtin_prefetch(pixelAt(image, x, ahead, Format::kPixelBytes));
-            }
-        }
-        for (std::size_t columnStart = columns.first; columnStart < columns.end; columnStart += kSide) {
-            const std::size_t x = std::min(columnStart, columns.end - kSide);
-            Word block[kSide * kSide];
-            for (std::size_t r = 0; r < kSide; ++r) {
-                Format::load(pixelAt(image, x, y + r, Format::kPixelBytes), block + kSide * r);
-            }
-            transposeBlock<Word, kSide>(block);
-            std::uint8_t* const out =
-                tile.bytes.data() + (x - columns.first) * kTileStride + (y - rows.first) * sizeof(Word);
-            for (std::size_t r = 0; r < kSide; ++r) {
-                std::memcpy(out + r * kTileStride, block + kSide * r, kBlockBytes);
-            }
-        }
+    constexpr std::size_t kSide = Row<Word>::kWords;
+    for (std::size_t start = rows.first; start < rows.end; start += kSide) {
+        const std::size_t y = std::min(start, rows.end - kSide);
+        if (y + kRowsAhead + kSide <= image.height)
+            prefetchRows<Format>(image, columns, y + kRowsAhead, kSide);
+        transposeBlocks<Format>(image, columns, y, tile.bytes.data() + (y - rows.first) * sizeof(Word));
     }
+    std::uint8_t* pixels = resultAt(image, columns.first, rows.first, Format::kPixelBytes);
+    const std::uint8_t* words = tile.bytes.data();
     for (std::size_t x = columns.first; x < columns.end; ++x) {
-        const void* const words = tile.bytes.data() + (x - columns.first) * kTileStride;
-        Format::store(static_cast<const Word*>(words), rows.end - rows.first,
-                      resultAt(image, x, rows.first, Format::kPixelBytes));
+        Format::store(static_cast<const Word*>(static_cast<const void*>(words)), rows.end - rows.first,
+                      pixels);
+        pixels += image.destinationStride;
+        words += kTileStride;
     }
 }
 
@@ -157,7 +206,7 @@ void transposePixels(const Transposition& image) {
 template <class Format>
 void transposeBands(const Transposition& image, WorkTile& tile) {
     using Word = typename Format::Word;
-    constexpr std::size_t kSide = kBlockBytes / sizeof(Word);
+    constexpr std::size_t kSide = Row<Word>::kWords;
     constexpr std::size_t kColumns = kBandBytes / sizeof(Word);
     constexpr std::size_t kRows = kRunBytes / sizeof(Word);
     static_assert(kColumns * kTileStride <= sizeof tile.bytes);
@@ -171,8 +220,7 @@ void transposeBands(const Transposition& image, WorkTile& tile) {
 
 template <class Format, std::size_t kMoved>
 void transposeFormat(const Transposition& image, WorkTile& tile) {
-    constexpr std::size_t kSide = kBlockBytes / sizeof(typename Format::Word);
-    if (image.width < kSide || image.height < kSide) {
+    if (image.width < Format::kLeastWidth || image.height < Row<typename Format::Word>::kWords) {
         transposePixels<Format::kPixelBytes, kMoved>(image);
     } else {
         transposeBands<Format>(image, tile);
