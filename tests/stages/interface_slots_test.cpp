@@ -8,8 +8,10 @@
 #include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
 #include "stages/color_matrix.h"
+#include "stages/flip.h"
 #include "stages/gamma.h"
 #include "stages/multi_roi_image.h"
+#include "stages/shading_correction.h"
 #include "stages/sharpness.h"
 #include "stages/wb.h"
 
@@ -122,6 +124,34 @@ class RegionSlots final : public IMultiROIImage {
 
     u8 places[110] = {};
     bool cleared = false;
+}
+
+class FlipSlots final : public IFlip {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 Flip8(u8, u8, u32*, u32*, const u8*, u8*, u16) override { return 102; }
+    u32 Flip16(u8, u8, u32*, u32*, const u16*, u16*, u16) override { return 103; }
+    u32 FlipRaw8(u8, u8, u32*, u32*, const u8*, u8*, u16*) override { return 104; }
+    u32 FlipRaw16(u8, u8, u32*, u32*, const u16*, u16*, u16*) override { return 105; }
+};
+
+class ShadingSlots final : public IShadingCorrection {
+  public:
+    u32 AddRef() override { return 100; }
+    u32 Release() override { return 101; }
+    u32 SetMode(u32) override { return 102; }
+    u32 GetMode(u32*) override { return 103; }
+    u32 Apply16(u32, u32, u32, u16*, u16) override { return 104; }
+    u32 Apply8(u32, u32, u32, u8*, u16) override { return 105; }
+    u32 SetTarget(u16) override { return 106; }
+    u32 GetTarget(u16*) override { return 107; }
+    u32 SetTargets(u64) override { return 108; }
+    u32 GetTargets(u64*) override { return 109; }
+    u32 SetColorArray(u16) override { return 110; }
+    u32 GetColorArray(u16*) override { return 111; }
+    u32 SetMap(u32, u32, u32, const void*) override { return 112; }
+    u32 GetMap(u32*, u32*, u32*, void*) override { return 113; }
 };
 
 // Calls what stands in a slot of the object's table, with the object as the hidden first argument.
@@ -254,6 +284,59 @@ TEST(InterfaceSlots, OfMultiRoiImage) {
     callSlot<void>(&slots, 9);
     EXPECT_TRUE(slots.cleared);
 }
+
+TEST(InterfaceSlots, OfFlip) {
+    FlipSlots slots;
+    u32* const size = nullptr;
+    const u8* const bytes = nullptr;
+    u8* const outBytes = nullptr;
+    const u16* const words = nullptr;
+    u16* const outWords = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u8{}, u8{}, size, size, bytes, outBytes, u16{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, u8{}, u8{}, size, size, words, outWords, u16{}), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u8{}, u8{}, size, size, bytes, outBytes, outWords), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, u8{}, u8{}, size, size, words, outWords, outWords), 105u);
+}
+
+TEST(InterfaceSlots, OfShadingCorrection) {
+    ShadingSlots slots;
+    u32* const out32 = nullptr;
+    u16* const out16 = nullptr;
+    u64* const out64 = nullptr;
+    u8* const bytes = nullptr;
+    void* const data = nullptr;
+    const void* const constData = nullptr;
+    EXPECT_EQ(callSlot(&slots, 0), 100u);
+    EXPECT_EQ(callSlot(&slots, 1), 101u);
+    EXPECT_EQ(callSlot(&slots, 2, u32{}), 102u);
+    EXPECT_EQ(callSlot(&slots, 3, out32), 103u);
+    EXPECT_EQ(callSlot(&slots, 4, u32{}, u32{}, u32{}, out16, u16{}), 104u);
+    EXPECT_EQ(callSlot(&slots, 5, u32{}, u32{}, u32{}, bytes, u16{}), 105u);
+    EXPECT_EQ(callSlot(&slots, 6, u16{}), 106u);
+    EXPECT_EQ(callSlot(&slots, 7, out16), 107u);
+    EXPECT_EQ(callSlot(&slots, 8, u64{}), 108u);
+    EXPECT_EQ(callSlot(&slots, 9, out64), 109u);
+    EXPECT_EQ(callSlot(&slots, 10, u16{}), 110u);
+    EXPECT_EQ(callSlot(&slots, 11, out16), 111u);
+    EXPECT_EQ(callSlot(&slots, 12, u32{}, u32{}, u32{}, constData), 112u);
+    EXPECT_EQ(callSlot(&slots, 13, out32, out32, out32, data), 113u);
+}
+
+#if !defined(_WIN32)
+// Behind its operations the class has its destructor: of the two kinds that stand there, the second also
+// frees the object.
+TEST(InterfaceSlots, ShadingCorrectionEndsWithItsDestructor) {
+    using Destroy = void (*)(IShadingCorrection*);
+    auto* const stage = new CShadingCorrection;
+    const unsigned char* table = nullptr;
+    std::memcpy(&table, static_cast<const void*>(stage), sizeof table);
+    Destroy destroy = nullptr;
+    std::memcpy(&destroy, table + 15 * sizeof destroy, sizeof destroy);
+    destroy(stage);  // a leak or a second destruction is the sanitizer's to tell
+}
+#endif
 
 }  // namespace
 }  // namespace tavra

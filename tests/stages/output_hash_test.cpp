@@ -13,10 +13,12 @@
 #include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
 #include "stages/color_matrix.h"
+#include "stages/flip.h"
 #include "stages/gamma.h"
 #include "stages/grey_spread.h"
 #include "stages/multi_roi_image.h"
 #include "stages/noise_reduction.h"
+#include "stages/shading_correction.h"
 #include "stages/sharpness.h"
 #include "stages/wb.h"
 
@@ -266,6 +268,63 @@ void addChroma(Hash& hash, std::size_t offset) {
     }
 }
 
+// Every mirror and turn, into another buffer and in place.
+template <class Sample>
+void addFlips(Hash& hash, std::size_t offset) {
+    CFlip stage;
+    for (std::uint16_t samples : {1, 3, 4}) {
+        const std::size_t count = std::size_t{kWidth} * kHeight * samples;
+        for (std::uint8_t modes = 1; modes < 12; ++modes) {
+            auto image = fixedSamples<Sample>(count, 0xFFFF, offset);
+            std::vector<Sample> turned(image.size(), 0x11);
+            for (Sample* const out : {turned.data() + offset, image.data() + offset}) {
+                std::uint32_t width = kWidth, height = kHeight, result = 0;
+                const auto mirror = static_cast<std::uint8_t>(modes & 3);
+                const auto rotation = static_cast<std::uint8_t>(modes >> 2);
+                if constexpr (sizeof(Sample) == 1) {
+                    result =
+                        stage.Flip8(mirror, rotation, &width, &height, image.data() + offset, out, samples);
+                } else {
+                    result =
+                        stage.Flip16(mirror, rotation, &width, &height, image.data() + offset, out, samples);
+                }
+                ASSERT_EQ(result, 0u);
+                hash.add(out, count);
+            }
+        }
+    }
+}
+
+// A calibration of two frames, and all corrections by its maps.
+template <class Sample>
+void addShading(Hash& hash, std::size_t offset) {
+    constexpr std::uint16_t kBits = sizeof(Sample) == 1 ? 8 : 12;
+    CShadingCorrection stage;
+    const auto apply = [&](std::uint32_t mode, std::uint32_t stride, unsigned maximum) {
+        auto frame = fixedSamples<Sample>(std::size_t{kWidth} * kHeight * 4, maximum, offset);
+        Sample* const samples = frame.data() + offset;
+        if (mode != 0) stage.SetMode(mode);  // else the calibration goes on
+        if constexpr (sizeof(Sample) == 1) {
+            ASSERT_EQ(stage.Apply8(kWidth, kHeight, stride, samples, kBits), 0u);
+        } else {
+            ASSERT_EQ(stage.Apply16(kWidth, kHeight, stride, samples, kBits), 0u);
+        }
+        hash.add(samples, frame.size() - offset);
+    };
+    for (std::uint32_t correction : {2, 4}) {
+        stage.SetColorArray(2);
+        stage.SetTargets(200);  // of position 0; the others are measured
+        apply(1, 4 * kWidth, 0xFF);
+        apply(0, 4 * kWidth, 0x3F);
+        apply(correction, 0, (1u << kBits) - 1);
+        apply(correction, 4 * kWidth, 0x7F);
+        apply(255, 0, 0xFF);
+        std::vector<std::uint32_t> map(std::size_t{kWidth} * kHeight);
+        stage.GetMap(nullptr, nullptr, nullptr, map.data());
+        hash.add(map.data(), map.size());
+    }
+}
+
 std::uint64_t hashAt(std::size_t offset) {
     Hash hash;
     addInterpolation<std::uint8_t>(hash, offset);
@@ -278,6 +337,10 @@ std::uint64_t hashAt(std::size_t offset) {
     addSharpness(hash, offset);
     addWhiteBalance(hash, offset);
     addNoiseReduction(hash, offset);
+    addFlips<std::uint8_t>(hash, offset);
+    addFlips<std::uint16_t>(hash, offset);
+    addShading<std::uint8_t>(hash, offset);
+    addShading<std::uint16_t>(hash, offset);
     return hash.value();
 }
 

@@ -1,4 +1,6 @@
 // Mirror and rotation modes: what is taken, what is sent, what follows.
+#include <memory>
+
 #include "camera_api/camera_fixture.h"
 
 namespace tavra::test {
@@ -161,9 +163,8 @@ TEST_F(Orientation, GettersNeedAPlaceForTheirResult) {
 
 TEST_F(Orientation, AMissingOrClosedHandleIsRefused) {
     std::uint8_t mode = 9;
-    open();
-    record().control.detach();
-    for (const TavraHandle each : {TavraHandle{nullptr}, handle}) {
+    const auto closed = std::make_unique<TAVRA_COMMON_PARAM>();
+    for (const TavraHandle each : {TavraHandle{nullptr}, TavraHandle{closed.get()}}) {
         EXPECT_EQ(Tavra_SetMirrorMode(each, 1), 0);
         EXPECT_EQ(Tavra_GetMirrorMode(each, &mode), 0);
         EXPECT_EQ(Tavra_SetRotationMode(each, 1), 0);
@@ -171,7 +172,7 @@ TEST_F(Orientation, AMissingOrClosedHandleIsRefused) {
         EXPECT_EQ(Tavra_GetLastError(each), 0xE0000003u);
     }
     EXPECT_EQ(mode, 9);
-    EXPECT_EQ(record().mirrorMode, 0);
+    EXPECT_EQ(closed->mirrorMode, 0);
 }
 
 }  // namespace

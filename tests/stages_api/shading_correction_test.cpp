@@ -1,6 +1,8 @@
 // Shading correction of a camera: the exports and the stage behind them.
 #include "stages/shading_correction.h"
 
+#include <memory>
+
 #include "camera_api/camera_fixture.h"
 #include "support/failing_allocations.h"
 
@@ -104,9 +106,8 @@ TEST_F(ShadingExports, ABadMapIsRefused) {
 TEST_F(ShadingExports, AMissingOrClosedHandleIsRefused) {
     std::uint32_t word = 9;
     std::uint16_t target = 9;
-    open();
-    record().control.detach();
-    for (const TavraHandle each : {TavraHandle{nullptr}, handle}) {
+    const auto closed = std::make_unique<TAVRA_COMMON_PARAM>();
+    for (const TavraHandle each : {TavraHandle{nullptr}, TavraHandle{closed.get()}}) {
         EXPECT_EQ(Tavra_SetShadingCorrectionMode(each, 1), 0);
         EXPECT_EQ(Tavra_GetShadingCorrectionMode(each, &word), 0);
         EXPECT_EQ(Tavra_SetShadingCorrectionTarget(each, 1), 0);
