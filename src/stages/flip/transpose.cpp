@@ -9,15 +9,17 @@ namespace tavra::flip {
 namespace {
 
 // The image is worked in bands of columns, a band in pieces of rows, a piece in square blocks that fit in the
-// registers. A band takes whole cache lines of each source row. The rows that a piece becomes are put
-// together in the work tile, and go to the destination in long runs: where rows are a page apart, every
-// line that is touched twice may have left the cache in between.
-constexpr std::size_t kBandBytes = 128;
+// registers. The rows that a piece becomes are put together in the work tile, and go to the destination in
+// long runs. What decides about the speed of a large image is how often a page of memory is come back to, in
+// the source and in the destination, and that the next lines of both are asked for in time.
+constexpr std::size_t kBandColumns = 256;
 constexpr std::size_t kRunBytes = 1024;
 constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kBlockBytes = 16;                      // a row of a block
-constexpr std::size_t kRowsAhead = 32;                       // what is asked for before it is needed
 constexpr std::size_t kTileStride = kRunBytes + kCacheLine;  // not a power of two, which shares cache sets
+constexpr std::size_t kSourceRowsAhead = 8;
+constexpr std::size_t kResultRowsAhead = 4;
+static_assert(kBandColumns * kTileStride <= sizeof(WorkTile));
 
 // A row of a block in a register. Vectors of the compiler's own, the same on every processor: it knows an
 // interleaving of two of them as one instruction.
@@ -139,13 +141,11 @@ struct Span {
         : first(std::min(begin, size - side)), end(std::min(begin + length, size)) {}
 };
 
-// Asks for the lines of some rows of a band.
-template <class Format>
-void prefetchRows(const Transposition& image, const Span& columns, std::size_t y, std::size_t count) {
-    const std::uint8_t* line = pixelAt(image, columns.first, y, Format::kPixelBytes);
-    const std::size_t bytes = (columns.end - columns.first) * Format::kPixelBytes;
-    for (; count > 0; --count, line += image.sourceStride) {
-        for (std::size_t at = 0; at < bytes; at += kCacheLine) __builtin_prefetch(line + at);
+// Asks for the lines of some rows: to be read (0) or to be written (1).
+template <int kWrite>
+void prefetchRows(const std::uint8_t* row, std::ptrdiff_t stride, std::size_t rowBytes, std::size_t count) {
+    for (; count > 0; --count, row += stride) {
+        for (std::size_t at = 0; at < rowBytes; at += kCacheLine) __builtin_prefetch(row + at, kWrite);
     }
 }
 
@@ -170,24 +170,37 @@ void transposeBlocks(const Transposition& image, const Span& columns, std::size_
     }
 }
 
+// The work tile's rows into the destination.
+template <class Format>
+void storePiece(const Transposition& image, const Span& columns, const Span& rows, const WorkTile& tile) {
+    const std::size_t count = rows.end - rows.first;
+    const std::uint8_t* words = tile.bytes.data();
+    std::uint8_t* pixels = resultAt(image, columns.first, rows.first, Format::kPixelBytes);
+    for (std::size_t x = columns.first; x < columns.end; ++x) {
+        if (x + kResultRowsAhead < columns.end) {
+            const std::ptrdiff_t ahead = kResultRowsAhead * image.destinationStride;
+            prefetchRows<1>(pixels + ahead, 0, count * Format::kPixelBytes, 1);
+        }
+        Format::store(static_cast<const typename Format::Word*>(static_cast<const void*>(words)), count,
+                      pixels);
+        pixels += image.destinationStride;
+        words += kTileStride;
+    }
+}
+
 template <class Format>
 void transposePiece(const Transposition& image, const Span& columns, const Span& rows, WorkTile& tile) {
     using Word = typename Format::Word;
     constexpr std::size_t kSide = Row<Word>::kWords;
     for (std::size_t start = rows.first; start < rows.end; start += kSide) {
         const std::size_t y = std::min(start, rows.end - kSide);
-        if (y + kRowsAhead + kSide <= image.height)
-            prefetchRows<Format>(image, columns, y + kRowsAhead, kSide);
+        if (const std::size_t ahead = y + kSourceRowsAhead; ahead + kSide <= image.height) {
+            prefetchRows<0>(pixelAt(image, columns.first, ahead, Format::kPixelBytes), image.sourceStride,
+                            (columns.end - columns.first) * Format::kPixelBytes, kSide);
+        }
         transposeBlocks<Format>(image, columns, y, tile.bytes.data() + (y - rows.first) * sizeof(Word));
     }
-    std::uint8_t* pixels = resultAt(image, columns.first, rows.first, Format::kPixelBytes);
-    const std::uint8_t* words = tile.bytes.data();
-    for (std::size_t x = columns.first; x < columns.end; ++x) {
-        Format::store(static_cast<const Word*>(static_cast<const void*>(words)), rows.end - rows.first,
-                      pixels);
-        pixels += image.destinationStride;
-        words += kTileStride;
-    }
+    storePiece<Format>(image, columns, rows, tile);
 }
 
 // Pixel by pixel: what is too narrow for blocks, and the rare formats.
@@ -207,11 +220,9 @@ template <class Format>
 void transposeBands(const Transposition& image, WorkTile& tile) {
     using Word = typename Format::Word;
     constexpr std::size_t kSide = Row<Word>::kWords;
-    constexpr std::size_t kColumns = kBandBytes / sizeof(Word);
     constexpr std::size_t kRows = kRunBytes / sizeof(Word);
-    static_assert(kColumns * kTileStride <= sizeof tile.bytes);
-    for (std::size_t x = 0; x < image.width; x += kColumns) {
-        const Span columns(x, kColumns, image.width, kSide);
+    for (std::size_t x = 0; x < image.width; x += kBandColumns) {
+        const Span columns(x, kBandColumns, image.width, kSide);
         for (std::size_t y = 0; y < image.height; y += kRows) {
             transposePiece<Format>(image, columns, Span(y, kRows, image.height, kSide), tile);
         }
