@@ -211,8 +211,8 @@ void CWhiteBalanceCtrl::decide(const FrameMeans& means) {
     const double distance = std::sqrt(static_cast<double>(dR * dR + dB * dB));
     // An adjustment starts at twice the distance at which one that runs ends, or it would never rest.
     const std::uint32_t limit = (lastAdjusted_ ? 1u : 2u) * band_.threshold;
-    const bool near = static_cast<std::uint32_t>(distance * 10) < limit;
-    lastAdjusted_ = !near && adjustGains(means, wantR, wantB);
+    const bool isClose = static_cast<std::uint32_t>(distance * 10) < limit;
+    lastAdjusted_ = !isClose && adjustGains(means, wantR, wantB);
     const bool isOnePush = whiteBalanceMode_ == TAVRA_WHITE_BALANCE_ONE_PUSH;
     if (isOnePush && !lastAdjusted_) whiteBalanceMode_ = TAVRA_WHITE_BALANCE_MANUAL;
 }
