@@ -9,18 +9,13 @@ constexpr std::uint8_t kHostModes = 0x0F;
 
 bool isLegalMode(std::uint8_t mode) {
     return mode <= alc_mode::kGainOnce || mode == alc_mode::kCameraShutter || mode == alc_mode::kCameraGain ||
-           mode == (alc_mode::kCameraShutter | alc_mode::kCameraGain);
+           mode == alc_mode::kCameraBoth;
 }
 
 }  // namespace
 
-void CLuminanceCtrl::setCameraTraits(bool digitalGain, bool clockUnit, std::uint16_t maxGain) {
-    digitalGainAvailable_ = digitalGain;
-    clockUnitShutter_ = clockUnit;
+void CLuminanceCtrl::restoreDefaults(std::uint16_t maxGain) {
     maxGain_ = maxGain;
-}
-
-void CLuminanceCtrl::restoreDefaults() {
     gain_ = defaults_.gain;
     digitalGain_ = defaults_.digitalGain;
     shutter_ = defaults_.shutter;
@@ -29,7 +24,7 @@ void CLuminanceCtrl::restoreDefaults() {
     speed_ = ControlSpeed();
     weights_.fill(1);
     gainRange_ = {defaults_.gain, maxGain_};
-    const bool inClocks = clockUnitShutter_ && GetMaxClock() != 0;
+    const bool inClocks = traits_.clockUnit && GetMaxClock() != 0;
     shutterRange_ = {inClocks ? Shutter{0, 1} : Shutter{1, 0}, Shutter()};
     lastAdjusted_ = false;
     skipCounter_ = 0;
@@ -38,7 +33,7 @@ void CLuminanceCtrl::restoreDefaults() {
 }
 
 ShutterScale CLuminanceCtrl::scale() const {
-    return {GetMaxClock(), GetMaxShortExposure(), GetMaxLongExposure(), clockUnitShutter_};
+    return {GetMaxClock(), GetMaxShortExposure(), GetMaxLongExposure(), traits_.clockUnit};
 }
 
 ShutterScale CLuminanceCtrl::shutterScale() const {
@@ -152,7 +147,7 @@ float CLuminanceCtrl::gainDecibels(std::uint16_t gain) const {
 Status CLuminanceCtrl::setDigitalGain(std::uint16_t gain) {
     const std::lock_guard lock(controlMutex_);
     digitalGain_ = gain;
-    return digitalGainAvailable_ ? WriteDigitalGain() : Status();
+    return traits_.digitalGain ? WriteDigitalGain() : Status();
 }
 
 std::uint16_t CLuminanceCtrl::digitalGain() const {

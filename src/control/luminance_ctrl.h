@@ -52,7 +52,7 @@ class CLuminanceCtrl {
     // Kept also on cameras that have none to set.
     Status setDigitalGain(std::uint16_t gain);
     std::uint16_t digitalGain() const;
-    bool hasDigitalGain() const { return digitalGainAvailable_; }
+    bool hasDigitalGain() const { return traits_.digitalGain; }
 
     // The shutter as it stands, and cut to the longest exposure.
     Status shutter(Shutter& shutter);
@@ -71,7 +71,12 @@ class CLuminanceCtrl {
         std::uint16_t digitalGain = 0;
         Shutter shutter;
     };
-    explicit CLuminanceCtrl(const Defaults& defaults) : defaults_(defaults) {}
+    // What a camera is for its whole life.
+    struct Traits {
+        bool digitalGain = true;
+        bool clockUnit = false;  // the clock part of the shutter takes effect
+    };
+    CLuminanceCtrl(const Defaults& defaults, const Traits& traits) : defaults_(defaults), traits_(traits) {}
     ~CLuminanceCtrl() = default;
 
     // The slot order is part of the contract.
@@ -93,10 +98,8 @@ class CLuminanceCtrl {
     virtual Shutter GetMaxLongExposure() const = 0;   // the longest exposure
     virtual Shutter GetMaxShortExposure() const = 0;  // the longest that fits a frame
 
-    // What the camera is; called before its settings are restored.
-    void setCameraTraits(bool digitalGain, bool clockUnit, std::uint16_t maxGain);
     // All settings and the state of the loop, in memory only.
-    void restoreDefaults();
+    void restoreDefaults(std::uint16_t maxGain);
     // Takes a shutter within the longest exposure, and writes it. 87: out of range.
     Status changeShutter(const Shutter& shutter);
     // The limits as the camera has them now; they change with its geometry.
@@ -125,9 +128,8 @@ class CLuminanceCtrl {
     bool adjustShutter(std::uint8_t average, bool tooDark);
     bool adjustGain(std::uint8_t average, bool tooDark);
 
-    bool digitalGainAvailable_ = true;
-    bool clockUnitShutter_ = false;
-    Defaults defaults_;
+    const Defaults defaults_;
+    const Traits traits_;
 
     std::uint8_t alcMode_ = alc_mode::kOff;
     ControlSpeed speed_;

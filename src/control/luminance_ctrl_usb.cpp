@@ -26,20 +26,19 @@ constexpr std::uint16_t kGainTop = 75;
 constexpr std::uint16_t kReadGainBottom = 76;
 constexpr std::uint16_t kWriteGainBottom = 0x804C;
 
+bool hasClockPart(const CameraInfo& info) {
+    return (info.enableShutterSpeed & kClockPart) != 0;
+}
+
 }  // namespace
 
 CLuminanceCtrlUSB::CLuminanceCtrlUSB(IExposureCamera& camera)
-    : CLuminanceCtrl({camera.scanRecord().defaultGain(), camera.scanRecord().defaultDigitalGain(), {}}),
+    : CLuminanceCtrl(
+          {camera.scanRecord().defaultGain(), camera.scanRecord().defaultDigitalGain(), {}},
+          {!isLegacyType(camera.exposureIdentity().productType), hasClockPart(camera.exposureIdentity())}),
       camera_(camera),
       gainScale_(GainScale::of(camera.exposureCapabilities())) {
-    restoreAllDefaults();
-}
-
-void CLuminanceCtrlUSB::restoreAllDefaults() {
-    const CameraInfo& info = camera_.exposureIdentity();
-    setCameraTraits(!isLegacyType(info.productType), (info.enableShutterSpeed & kClockPart) != 0,
-                    camera_.scanRecord().maximumGain());
-    restoreDefaults();
+    restoreDefaults(camera.scanRecord().maximumGain());
 }
 
 // False on the oldest types, which have no capability words.
@@ -59,7 +58,7 @@ Status CLuminanceCtrlUSB::LoadFromCamera() {
 
 Status CLuminanceCtrlUSB::reset() {
     const std::lock_guard lock(controlMutex());
-    restoreAllDefaults();
+    restoreDefaults(camera_.scanRecord().maximumGain());
     TAVRA_RETURN_IF_ERROR(WriteShutterAndGain());
     return hasDigitalGain() ? WriteDigitalGain() : Status();
 }

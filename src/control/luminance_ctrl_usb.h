@@ -51,7 +51,6 @@ class CLuminanceCtrlUSB final : public CLuminanceCtrl {
     Shutter GetMaxShortExposure() const override;
 
   private:
-    void restoreAllDefaults();
     bool controlsShutter() const;
     bool controlsGain() const;
     bool controlsAnything() const { return controlsShutter() || controlsGain(); }

@@ -3,20 +3,23 @@
 
 #include <cstdint>
 
+#include "tavra/tavra_types.h"
+
 namespace tavra {
 
 // What the host controls: the low nibble of the public mode. The once modes go back to kOff.
 namespace alc_mode {
-inline constexpr std::uint8_t kOff = 0;
-inline constexpr std::uint8_t kBoth = 1;
-inline constexpr std::uint8_t kShutter = 2;
-inline constexpr std::uint8_t kGain = 3;
-inline constexpr std::uint8_t kBothOnce = 4;
-inline constexpr std::uint8_t kShutterOnce = 5;
-inline constexpr std::uint8_t kGainOnce = 6;
+inline constexpr std::uint8_t kOff = TAVRA_ALC_OFF;
+inline constexpr std::uint8_t kBoth = TAVRA_ALC_SHUTTER_AND_GAIN;
+inline constexpr std::uint8_t kShutter = TAVRA_ALC_SHUTTER;
+inline constexpr std::uint8_t kGain = TAVRA_ALC_GAIN;
+inline constexpr std::uint8_t kBothOnce = TAVRA_ALC_SHUTTER_AND_GAIN_ONCE;
+inline constexpr std::uint8_t kShutterOnce = TAVRA_ALC_SHUTTER_ONCE;
+inline constexpr std::uint8_t kGainOnce = TAVRA_ALC_GAIN_ONCE;
 // What the camera controls by itself: the high nibble.
-inline constexpr std::uint8_t kCameraShutter = 0x10;
-inline constexpr std::uint8_t kCameraGain = 0x20;
+inline constexpr std::uint8_t kCameraShutter = TAVRA_ALC_CAMERA_SHUTTER;
+inline constexpr std::uint8_t kCameraGain = TAVRA_ALC_CAMERA_GAIN;
+inline constexpr std::uint8_t kCameraBoth = TAVRA_ALC_CAMERA_SHUTTER_AND_GAIN;
 }  // namespace alc_mode
 
 struct ControlSpeed {

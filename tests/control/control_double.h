@@ -14,13 +14,12 @@ namespace tavra::test {
 // Lines of 100 clocks; a frame takes 50 lines and 20 clocks, the longest exposure 200 lines and 30.
 class ControlDouble final : public CLuminanceCtrl {
   public:
-    explicit ControlDouble(bool clockUnit = true, unsigned gainClass = 4) : CLuminanceCtrl({20, 64, {}}) {
-        gainScale = GainScale(gainClass);
-        setCameraTraits(true, clockUnit, 680);
+    explicit ControlDouble(bool clockUnit = true, unsigned gainClass = 4)
+        : CLuminanceCtrl({20, 64, {}}, {true, clockUnit}), gainScale(gainClass) {
         restoreDefaults();
     }
 
-    using CLuminanceCtrl::restoreDefaults;
+    void restoreDefaults() { CLuminanceCtrl::restoreDefaults(680); }
 
     // What a write to the camera gives, and what was written.
     struct Block {

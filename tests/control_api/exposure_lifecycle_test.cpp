@@ -1,4 +1,6 @@
 // Exposure control from the open to the reset, and what a step of the loop sends.
+#include <thread>
+
 #include "control_api/exposure_fixture.h"
 
 namespace tavra::test {
@@ -211,6 +213,22 @@ TEST_F(ExposureLifecycle, ACameraWithoutClockPartMovesByLines) {
     traffic();
     EXPECT_TRUE(decide(0).ok());
     EXPECT_THAT(traffic(), ElementsAre(writeExposure(21, 0, 20)));
+}
+
+// Shutter and gain travel in one block, which the loop and an application write.
+TEST_F(ExposureLifecycle, CameraAndMemoryAgreeWhereTheLoopAndAnApplicationMeet) {
+    open(limitedCamera());
+    expectSuccess(Tavra_SetALCControlSpeed(handle, 0, 0, 0, 1));
+    expectSuccess(Tavra_SetALCMode(handle, 2));
+    std::thread application([this] {
+        for (std::uint16_t gain = 100; gain < 300; ++gain) EXPECT_EQ(Tavra_SetGain(handle, gain), 1);
+    });
+    for (int i = 0; i < 200; ++i) EXPECT_TRUE(decide(i % 2 == 0 ? 100 : 160).ok());
+    application.join();
+    std::uint32_t line = 0, clock = 0;
+    expectSuccess(Tavra_GetShutterSpeed2(handle, &line, &clock));
+    expectGain(299);
+    EXPECT_EQ(usb.camera().exposureBlock, writeExposure(line, static_cast<std::uint16_t>(clock), 299).data);
 }
 
 }  // namespace

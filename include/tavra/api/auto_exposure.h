@@ -13,10 +13,13 @@
  *  control themselves.
  *
  *  A step of the shutter goes to exposure * target / mean, but no further than exposure / (shutterSpeed + 1)
- *  and one unit more (a clock, or a line where the clock part has no effect). A step of the gain does the
- *  same with the gain as a factor, by at least one setting value. While the shutter is below its top, the
- *  modes that move both hold the gain at its lowest. One decision costs one request at most, and only when
- *  something changes.
+ *  and one unit more (a clock, or a line where the clock part has no effect). From the longest exposure of
+ * all on it becomes (0, 0). Where the clock part has no effect, the exposure goes to a multiple of
+ * shutterSpeed + 1 clocks; if that is no whole number of lines, the next decision takes the shutter to the
+ * longest exposure that fits a frame. A step of the gain does the same with the gain as a factor, by at least
+ * one setting value. While the shutter is below its top, the modes that move both hold the gain at its
+ * lowest. One decision costs one request at most, and only when something changes. Shutter and gain outside
+ * their ranges are first brought to the nearer end, which is a decision of its own.
  *
  *  Calls wait for a step of the loop in work. Where the camera takes part, TAVRA_ERROR_CONTROL_TRANSFER tells
  *  that it did not take or give a value.
@@ -31,6 +34,8 @@ extern "C" {
 #endif
 
 /** Sets who controls the exposure.
+ *
+ *  On a camera with a control of its own, shutter and gain are read from it afterwards.
  *
  *  \param handle camera
  *  \param mode TAVRA_ALC_ code. The once modes go back to 0 at the first decision that changes nothing, also
@@ -156,7 +161,7 @@ TAVRA_API TavraBool Tavra_SetControlArea(TavraHandle handle, const uint16_t* x, 
 TAVRA_API TavraBool Tavra_GetControlArea(TavraHandle handle, uint16_t* x, uint16_t* y);
 
 /** Sets the range of the gain for the automatic control; at first from the camera's default gain to its
- *  maximum.
+ *  maximum, or as a camera that controls its gain or shutter tells. A camera that controls its gain is told.
  *
  *  \param handle camera
  *  \param minGain lowest setting value
@@ -196,6 +201,9 @@ TAVRA_API TavraBool Tavra_SetShutterControlRange(TavraHandle handle, uint16_t mi
 
 /** Sets the range of the shutter for the automatic control. (0, 0) stands for the longest exposure that fits
  *  a frame, at both ends.
+ *
+ *  At first it begins at one clock, or one line where the clock part has no effect, and ends at (0, 0), or is
+ *  as a camera that controls its gain or shutter tells. A camera that controls its shutter is told the lines.
  *
  *  \param handle camera
  *  \param minLine shortest exposure, lines

@@ -8,9 +8,10 @@
  *  Tavra_GetMaxShortExposureClock(). Longer ones up to Tavra_GetMaxLongExposureClock() slow the frame rate
  *  down.
  *
- *  Settings are kept by the library and written to the camera when they are set; with the control in the
- *  camera (TAVRA_ALC_CAMERA_SHUTTER) they are read back from it. If the camera does not take a write, the
- *  value stays in memory all the same. Calls wait for a step of the automatic control in work.
+ *  Settings are kept by the library and written to the camera when they are set; with a control in the camera
+ *  (TAVRA_ALC_CAMERA_SHUTTER, TAVRA_ALC_CAMERA_GAIN) they are read back from it. They are also read at open
+ *  and whenever the image size or the like changes. If the camera does not take a write, the value stays in
+ *  memory all the same. Calls wait for a step of the automatic control in work.
  *  TAVRA_ERROR_CONTROL_TRANSFER is the error of every write and read that fails.
  */
 #ifndef TAVRA_API_EXPOSURE_H
@@ -22,10 +23,11 @@
 extern "C" {
 #endif
 
-/** Sets the exposure as lines and clocks.
+/** Sets the exposure as lines and clocks, and sends the frame timing, which may follow from it.
  *
  *  \param handle camera
- *  \param line lines, 0 to those of the longest exposure
+ *  \param line lines, 0 to those of the longest exposure; there the clock may be above that exposure's, and
+ *      has no effect
  *  \param clock clocks, 0 to Tavra_GetShutterMaxClock()
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT line or clock out of range, nothing changes;
@@ -155,7 +157,7 @@ TAVRA_API TavraBool Tavra_GetEnableShutterSpeed(TavraHandle handle, uint16_t* ma
  *  \param[out] clock exposure clock, at most Tavra_GetMaxLongExposureClock(); a result below 2 becomes 1.
  *      Unchanged if the camera's timing could not be read
  *  \return 1, also if the camera's timing could not be read
- *  \errors none of its own
+ *  \errors none of its own; what could not be read is left as last error
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetExposureClockFromTime(TavraHandle handle, float seconds, uint32_t* clock);
@@ -167,7 +169,7 @@ TAVRA_API TavraBool Tavra_GetExposureClockFromTime(TavraHandle handle, float sec
  *      Tavra_GetMaxShortExposureClock()
  *  \param[out] seconds exposure time. Unchanged if the camera's timing could not be read
  *  \return 1, also if the camera's timing could not be read
- *  \errors none of its own
+ *  \errors none of its own; what could not be read is left as last error
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetExposureTimeFromClock(TavraHandle handle, uint32_t clock, float* seconds);
