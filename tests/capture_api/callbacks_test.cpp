@@ -1,11 +1,11 @@
 // The three callback lists, and what callbacks are given.
-#include <cairo/cairo.h>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "capture_api/stream_fixture.h"
+#include "support/drawing.h"
+#include "support/failing_allocations.h"
 
 namespace tavra::test {
 namespace {
@@ -141,6 +141,33 @@ TYPED_TEST(CallbackLists, RefuseMissingPointersAndHandles) {
     EXPECT_EQ(this->count(), 0u);
     EXPECT_FALSE(this->exports.removeAll(nullptr));
     EXPECT_EQ(Tavra_GetLastError(nullptr), TAVRA_ERROR_INVALID_HANDLE);
+}
+
+TYPED_TEST(CallbackLists, RefuseWhatNoMemoryHolds) {
+    std::uint32_t identifier = 77;
+    {
+        const FailAllocationsFrom failing(1);
+        EXPECT_FALSE(this->exports.add(this->handle, TypeParam::function, nullptr, &identifier));
+    }
+    EXPECT_EQ(this->lastError(), TAVRA_ERROR_OUT_OF_MEMORY);
+    EXPECT_EQ(this->count(), 0u);
+    EXPECT_EQ(this->add(), 1u);
+}
+
+// What is in the list when the device is closed, the last thing that a close does with it.
+TYPED_TEST(CallbackLists, AreEmptyBeforeACloseLetsTheDeviceGo) {
+    static TavraHandle closing;
+    static std::uint32_t left;
+    this->add();
+    this->add();
+    closing = this->handle;
+    left = 99;
+    this->operations().close = [](TavraUsbDevice device) {
+        TypeParam::kExports.count(closing, &left);
+        return StreamTest::doublesOperations->close(device);
+    };
+    Tavra_Close(std::exchange(this->handle, nullptr));
+    EXPECT_EQ(left, 0u);
 }
 
 class Callbacks : public StreamTest {};
@@ -298,19 +325,8 @@ struct Drawn {
         drawn.height = height;
         drawn.number = number;
         drawn.word = word;
-        if (drawn.draw) whiten(dc);
+        if (drawn.draw) drawn.draw = fillRectangle(dc, {2, 1, 1, 1}, {255, 255, 255});
         drawn.called.set();
-    }
-
-    // The pixel (2, 1), with the library's cairo.
-    static void whiten(TavraDC dc) {
-        void* const library = dlopen("libcairo.so.2", RTLD_NOW | RTLD_NOLOAD);
-        auto* const context = static_cast<cairo_t*>(dc);
-        reinterpret_cast<decltype(&cairo_set_source_rgb)>(dlsym(library, "cairo_set_source_rgb"))(context, 1,
-                                                                                                  1, 1);
-        reinterpret_cast<decltype(&cairo_rectangle)>(dlsym(library, "cairo_rectangle"))(context, 2, 1, 1, 1);
-        reinterpret_cast<decltype(&cairo_fill)>(dlsym(library, "cairo_fill"))(context);
-        dlclose(library);
     }
 };
 
@@ -323,8 +339,9 @@ TEST_F(Callbacks, OfTheGdiKindDrawOnTheImageThatIsPublished) {
     start();
     sendFrame(21, pattern(1));
     ASSERT_TRUE(drawn.called.wait(kPatienceMs));
+    EXPECT_TRUE(drawn.draw) << "the pixel (2, 1) could be drawn on";
     EXPECT_EQ(expectMessage(TAVRA_MESSAGE_FRAME_FINISHED), 21u);
-    EXPECT_EQ(static_cast<TAVRA_COMMON_PARAM*>(handle)->imagesA.image(1).frameNumber, 21u);
+    EXPECT_EQ(record().imagesA.image(1).frameNumber, 21u);
     EXPECT_EQ(drawn.width, 6u);
     EXPECT_EQ(drawn.height, 4u);
     EXPECT_EQ(drawn.number, 21u);
@@ -372,19 +389,18 @@ TEST_F(Callbacks, AreCalledRawThenBitmapThenGdi) {
 
 TEST_F(Callbacks, APixelOfARotatedPreviewIsOfTheExchangedSize) {
     openCamera(1, 1, 6, 4);
-    auto& record = *static_cast<TAVRA_COMMON_PARAM*>(handle);
-    ASSERT_EQ(record.imagesB.shape().width, 4u);
-    record.imagesB.image(2).bitmap.pixels()[5 * 4 + 3] = 0x42;
-    record.imagesB.publish(2);
-    record.displayRotation = 1;
+    ASSERT_EQ(record().imagesB.shape().width, 4u);
+    record().imagesB.image(2).bitmap.pixels()[5 * 4 + 3] = 0x42;
+    record().imagesB.publish(2);
+    record().displayRotation = 1;
     std::uint32_t value = 0;
     ASSERT_TRUE(Tavra_GetPreviewImagePixelValue(handle, 3, 5, &value));
     EXPECT_EQ(value, 0x424242u);
     ASSERT_TRUE(Tavra_GetPreviewImagePixelValue(handle, 5, 3, &value));
     EXPECT_EQ(value, 0u) << "outside";
     // The display has the image now, so that the capture thread leaves it alone.
-    record.imagesB.publish(0);
-    EXPECT_EQ(record.imagesB.chooseFree(1), 1u);
+    record().imagesB.publish(0);
+    EXPECT_EQ(record().imagesB.chooseFree(1), 1u);
 }
 
 class PixelValue : public StreamTest, public testing::WithParamInterface<std::uint32_t> {};

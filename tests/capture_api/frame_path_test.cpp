@@ -293,7 +293,7 @@ TEST_F(FramePathOf, AFailedInterpolationEndsTheRunWithItsCode) {
     sendFrame(1, pattern(1));
     EXPECT_EQ(expectMessage(TAVRA_MESSAGE_TRANSFER_ENDED), TAVRA_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(images.count(), 0u);
-    auto& set = static_cast<TAVRA_COMMON_PARAM*>(handle)->imagesA;
+    auto& set = record().imagesA;
     EXPECT_EQ(set.takeReady(), 1u) << "the image that was begun is published at the end";
     EXPECT_EQ(set.image(1).frameNumber, 1u);
 }
@@ -333,8 +333,7 @@ TEST_F(FramePathOf, WithoutPreviewConsumersNoImageIsMade) {
     sendFrame(1, pattern(1));
     ASSERT_EQ(raws.waitFor(1).size(), 1u);
     stopAndExpectCode(0);
-    auto& record = *static_cast<TAVRA_COMMON_PARAM*>(handle);
-    for (std::uint32_t i = 0; i < 3; ++i) EXPECT_EQ(record.imagesA.image(i).frameNumber, 0u);
+    for (std::uint32_t i = 0; i < 3; ++i) EXPECT_EQ(record().imagesA.image(i).frameNumber, 0u);
 }
 
 }  // namespace

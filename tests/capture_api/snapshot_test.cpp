@@ -26,7 +26,7 @@ class Snapshot : public StreamTest {
 
     // Frames sent behind this are the snapshot's.
     void waitUntilActive() {
-        SnapshotRequest& request = static_cast<TAVRA_COMMON_PARAM*>(handle)->rawSnapshot;
+        SnapshotRequest& request = record().rawSnapshot;
         for (bool active = false; !active; std::this_thread::yield()) {
             const std::lock_guard lock(request.mutex);
             active = request.active;
@@ -224,7 +224,7 @@ TEST_F(Snapshot, OfThePreviewAloneNeitherPublishesNorPosts) {
 
 TEST_F(Snapshot, OfThePreviewNeedsRoomForARotatedImage) {
     openCamera(1, 1, 6, 4);  // rotated: rows of 4 bytes, 6 of them; not rotated: 4 rows of 8
-    static_cast<TAVRA_COMMON_PARAM*>(handle)->rotationMode = 1;
+    record().rotationMode = 1;
     buffer.assign(32, 0xCD);
     EXPECT_FALSE(Tavra_TakePreviewSnapShot(handle, buffer.data(), 23, &written, nullptr, 5));
     EXPECT_EQ(lastError(), TAVRA_ERROR_INVALID_ARGUMENT);
@@ -236,17 +236,16 @@ TEST_F(Snapshot, OfThePreviewNeedsRoomForARotatedImage) {
 TEST_F(Snapshot, AStartAfterALostStreamIsATimeOut) {
     openCamera();
     ASSERT_TRUE(Tavra_SetReceiveMsgWindow(handle, nullptr));
-    auto& record = *static_cast<TAVRA_COMMON_PARAM*>(handle);
     for (int i = 0; i < 30; ++i) {
         usb.locked([&] { usb.camera().gone = false; });
         ASSERT_TRUE(Tavra_StartTransfer(handle));
         std::thread taker([&] { EXPECT_FALSE(take(rawSize, 0)); });
         waitUntilActive();
         usb.unplug(0);
-        EXPECT_TRUE(record.captureThread.ended().wait(kPatienceMs));
+        EXPECT_TRUE(record().captureThread.ended().wait(kPatienceMs));
         usb.locked([&] { usb.camera().gone = false; });
         if (i % 2 == 0) {
-            EXPECT_FALSE(record.transferRunning());
+            EXPECT_FALSE(record().transferRunning());
         }
         EXPECT_TRUE(Tavra_StartTransfer(handle));
         taker.join();
@@ -262,7 +261,6 @@ class SpentSnapshot : public Snapshot {
         request.active = active;
         request.framesLeft = 0;
     }
-    TAVRA_COMMON_PARAM& record() { return *static_cast<TAVRA_COMMON_PARAM*>(handle); }
 };
 
 TEST_F(SpentSnapshot, OfRawFramesPassesFramesOver) {

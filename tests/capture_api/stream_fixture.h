@@ -13,9 +13,10 @@
 
 #include "camera/common_param.h"
 #include "platform/event.h"
+#include "platform/usb_access.h"
+#include "support/message_receiver.h"
 #include "support/usb_double/usb_double_fixture.h"
 #include "tavra/tavra_api.h"
-#include "tavra/tavra_host.h"
 
 namespace tavra::test {
 
@@ -71,7 +72,6 @@ class StreamTest : public UsbDoubleTest {
   protected:
     ~StreamTest() override {
         if (handle != nullptr) Tavra_Close(handle);
-        TavraHost_DestroyReceiver(receiver);
     }
 
     // Describes a camera of 6 x 4 pixels.
@@ -90,7 +90,7 @@ class StreamTest : public UsbDoubleTest {
     void open() {
         handle = Tavra_Open(0);
         ASSERT_NE(handle, nullptr);
-        ASSERT_TRUE(Tavra_SetReceiveMsgWindow(handle, receiver));
+        ASSERT_TRUE(Tavra_SetReceiveMsgWindow(handle, receiver.window()));
         ASSERT_TRUE(Tavra_GetRawDataSize(handle, &rawSize));
         usb.forgetTraffic();
     }
@@ -100,6 +100,21 @@ class StreamTest : public UsbDoubleTest {
         describe(transferBits, colorArray, width, height);
         open();
     }
+
+    TAVRA_COMMON_PARAM& record() { return *static_cast<TAVRA_COMMON_PARAM*>(handle); }
+
+    // The operations that the open camera uses, for a test that puts one of its own in place of the double's.
+    platform::UsbAccess& operations() {
+        static platform::UsbAccess replaced;
+        ControlChannel& control = record().control;
+        if (control.access() != &replaced) {
+            doublesOperations = control.access();
+            replaced = *doublesOperations;
+            control.attach(replaced, control.device());
+        }
+        return replaced;
+    }
+    static inline const platform::UsbAccess* doublesOperations = nullptr;
 
     // A header with a frame number, and a transfer of header and data.
     static Bytes header(std::uint32_t number) {
@@ -128,15 +143,15 @@ class StreamTest : public UsbDoubleTest {
 
     // The next message, which must be this one of this camera; its second parameter.
     std::uint64_t expectMessage(std::uint32_t message) {
-        TavraMessage got{};
-        EXPECT_TRUE(TavraHost_WaitMessage(receiver, &got, kPatienceMs)) << "no message came";
+        ReceivedMessage got;
+        EXPECT_TRUE(receiver.wait(got, kPatienceMs)) << "no message came";
         EXPECT_EQ(got.message, message);
         EXPECT_EQ(got.parameter1, reinterpret_cast<std::uintptr_t>(handle));
         return got.parameter2;
     }
     void expectNoMessage() {
-        TavraMessage got{};
-        EXPECT_FALSE(TavraHost_WaitMessage(receiver, &got, 0)) << "message " << got.message;
+        ReceivedMessage got;
+        EXPECT_FALSE(receiver.wait(got, 0)) << "message " << got.message;
     }
 
     // Starts and waits until the stream runs.
@@ -191,7 +206,7 @@ class StreamTest : public UsbDoubleTest {
     }
 
     TavraHandle handle = nullptr;
-    TavraWindow receiver = TavraHost_CreateReceiver();
+    MessageReceiver receiver;
     std::uint32_t rawSize = 0;
     Collected<SeenRaw> raws;
     Collected<SeenImage> images;
