@@ -56,7 +56,8 @@ TEST(Callbacks, ThatStallLoseNothingThatTheCameraKeeps) {
 }
 
 // The frames of another camera of the same rate are the clock. Four blocks fill, and the four reads that are
-// queued; then nothing is read, and the camera's further frames are lost with their numbers.
+// queued; then nothing is read, and the camera's further frames are lost with their numbers. A few may be
+// lost before, where a busy system lets the reader run late.
 TEST(Callbacks, ThatStallHoldNoMoreThanFourFramesAndTheReadsUnderWay) {
     useCameras("mono:width=32:height=8:userid=1,mono:width=32:height=8:userid=2");
     Camera stalled(1), clock(2);
@@ -75,11 +76,10 @@ TEST(Callbacks, ThatStallHoldNoMoreThanFourFramesAndTheReadsUnderWay) {
     clock.stop();
     expectRisingNumbers(frames);
     std::size_t held = 1;
-    while (held < frames.size() && frames[held].number == frames[held - 1].number + 1) ++held;
+    while (held < frames.size() && frames[held].number <= frames[held - 1].number + 20) ++held;
+    ASSERT_LT(held, frames.size()) << "the camera went on meanwhile";
     EXPECT_GE(held, 4u);
     EXPECT_LE(held, 9u);
-    ASSERT_LT(held, frames.size());
-    EXPECT_GT(frames[held].number, frames[held - 1].number + 20) << "the camera went on meanwhile";
 }
 
 TEST(Callbacks, ThatStallHoldUpAStopAndNothingElse) {

@@ -10,16 +10,14 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <iterator>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "support/message_receiver.h"
+#include "support/process.h"
 #include "tavra/tavra_api.h"
-#include "tavra/tavra_host.h"
 
 namespace tavra::e2e {
 
@@ -35,15 +33,10 @@ inline const std::string kSmallSensor =
 
 // Makes the cameras of the list the only ones, freshly powered up.
 inline void useCameras(const std::string& list) {
-    setenv("TAVRA_USBD", TAVRA_USBD_LIBRARY, 1);
-    setenv("TAVRA_VIRTUAL_CAMERAS", "", 1);
+    test::setEnvironment("TAVRA_USBD", TAVRA_USBD_LIBRARY);
+    test::setEnvironment("TAVRA_VIRTUAL_CAMERAS", "");
     ASSERT_EQ(Tavra_CameraCount(), 0u) << "a real camera is connected";
-    setenv("TAVRA_VIRTUAL_CAMERAS", list.c_str(), 1);
-}
-
-inline std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+    test::setEnvironment("TAVRA_VIRTUAL_CAMERAS", list);
 }
 
 inline std::uint32_t rawSizeOf(TavraHandle handle) {
@@ -80,17 +73,13 @@ inline Bytes takePreview(TavraHandle handle, std::uint32_t timeoutMs = kPatience
 // An open camera that posts its messages to a receiver of its own.
 class Camera {
   public:
-    explicit Camera(std::uint32_t userId = 0)
-        : handle_(Tavra_Open(userId)), receiver_(TavraHost_CreateReceiver()) {
-        EXPECT_NE(receiver_, nullptr);
+    explicit Camera(std::uint32_t userId = 0) : handle_(Tavra_Open(userId)) {
+        EXPECT_NE(receiver_.window(), nullptr);
         if (handle_ != nullptr) {
-            EXPECT_TRUE(Tavra_SetReceiveMsgWindow(handle_, receiver_));
+            EXPECT_TRUE(Tavra_SetReceiveMsgWindow(handle_, receiver_.window()));
         }
     }
-    ~Camera() {
-        close();
-        TavraHost_DestroyReceiver(receiver_);
-    }
+    ~Camera() { close(); }
     Camera(const Camera&) = delete;
     Camera& operator=(const Camera&) = delete;
 
@@ -103,14 +92,14 @@ class Camera {
 
     // The next message, which must be this one. Its second parameter.
     std::uint64_t expect(std::uint32_t message) {
-        TavraMessage got{};
-        EXPECT_TRUE(TavraHost_WaitMessage(receiver_, &got, kPatienceMs)) << message << " did not come";
+        test::ReceivedMessage got;
+        EXPECT_TRUE(receiver_.wait(got, kPatienceMs)) << message << " did not come";
         EXPECT_EQ(got.message, message);
         return got.parameter2;
     }
     void expectNoMessage() {
-        TavraMessage got{};
-        EXPECT_FALSE(TavraHost_WaitMessage(receiver_, &got, 0)) << got.message;
+        test::ReceivedMessage got;
+        EXPECT_FALSE(receiver_.wait(got, 0)) << got.message;
     }
     void start() {
         ASSERT_TRUE(Tavra_StartTransfer(handle_));
@@ -124,7 +113,7 @@ class Camera {
 
   private:
     TavraHandle handle_;
-    TavraWindow receiver_;
+    test::MessageReceiver receiver_;
 };
 
 struct Frame {

@@ -1,16 +1,15 @@
 // The library as an application meets it: opened at run time, by name.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "platform/usb_access.h"
+#include "support/process.h"
 
 namespace tavra::platform {
 namespace {
 
 TEST(UsbAccessLibrary, HasEveryOperationAndShowsNamedCameras) {
-    setenv("TAVRA_USBD", TAVRA_USBD_LIBRARY, 1);
-    setenv("TAVRA_VIRTUAL_CAMERAS", "bayer", 1);
+    test::setEnvironment("TAVRA_USBD", TAVRA_USBD_LIBRARY);
+    test::setEnvironment("TAVRA_VIRTUAL_CAMERAS", "bayer");
     const UsbAccess* usb = nullptr;
     ASSERT_TRUE(loadUsbAccess(usb).ok());
     EXPECT_NE(usb->readControllerMemory, nullptr);

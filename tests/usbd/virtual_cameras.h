@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -13,15 +12,16 @@
 
 #include "base/little_endian.h"
 #include "platform/event.h"
+#include "support/process.h"
 #include "tavra/tavra_usbd.h"
 
 namespace tavra::usbd::test {
 
 // Makes the cameras of the list the only ones, freshly powered up.
 inline void useCameras(const std::string& list) {
-    setenv("TAVRA_VIRTUAL_CAMERAS", "", 1);
+    tavra::test::setEnvironment("TAVRA_VIRTUAL_CAMERAS", "");
     ASSERT_EQ(UsbOpenByIndex(0), 0u) << "a real camera is connected, or the list of before is still in force";
-    setenv("TAVRA_VIRTUAL_CAMERAS", list.c_str(), 1);
+    tavra::test::setEnvironment("TAVRA_VIRTUAL_CAMERAS", list);
 }
 
 // An open camera.

@@ -94,9 +94,9 @@ TEST(Faults, ACameraThatVanishesAtAFrame) {
     for (const std::uint32_t code : {1167u, 5u}) {
         useCameras(kSmall + "fault.vanish_at_frame=2:fault.vanish_error=" + std::to_string(code));
         Camera camera;
-        ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
         Read first(8192), second(8192), third(8192);
         for (Read* read : {&first, &second, &third}) ASSERT_EQ(read->start(camera), 997u);
+        ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
         EXPECT_EQ(first.finish(camera), kFrame);
         EXPECT_EQ(second.finish(camera), code);
         EXPECT_EQ(third.finish(camera), code) << "every read in flight";
