@@ -1,30 +1,15 @@
 #include "platform/bitmap.h"
 
-#include <cairo/cairo.h>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 
+#include "support/drawing.h"
+
 namespace tavra::platform {
 namespace {
-
-// Fills a rectangle the way a callback would, with the cairo that the context was made by.
-void fill(TavraDC dc, double red, double green, double blue, int x, int y, int width, int height) {
-    void* const library = dlopen("libcairo.so.2", RTLD_NOW | RTLD_NOLOAD);
-    ASSERT_NE(library, nullptr);
-    const auto source =
-        reinterpret_cast<decltype(&cairo_set_source_rgb)>(dlsym(library, "cairo_set_source_rgb"));
-    const auto rectangle = reinterpret_cast<decltype(&cairo_rectangle)>(dlsym(library, "cairo_rectangle"));
-    const auto paint = reinterpret_cast<decltype(&cairo_fill)>(dlsym(library, "cairo_fill"));
-    auto* const context = static_cast<cairo_t*>(dc);
-    source(context, red, green, blue);
-    rectangle(context, x, y, width, height);
-    paint(context);
-    dlclose(library);
-}
 
 class BitmapOfDepth : public testing::TestWithParam<std::uint32_t> {
   protected:
@@ -55,7 +40,7 @@ TEST_P(BitmapOfDepth, ARectangleIsDrawnAndTheRestStays) {
     {
         MemoryContext context(bitmap);
         ASSERT_NE(context.dc(), nullptr);
-        fill(context.dc(), 1.0, 0.0, 0.0, 10, 2, 20, 4);
+        ASSERT_TRUE(test::fillRectangle(context.dc(), {10, 2, 20, 4}, {255, 0, 0}));
     }
     // Pure red: grey 0.299 x 255 = 76.245.
     const std::array<std::uint8_t, 3> red = {0, 0, 255};

@@ -40,6 +40,20 @@ TEST_F(MessageWindow, PostingToADestroyedWindowFails) {
     window = nullptr;
 }
 
+TEST_F(MessageWindow, AFullQueueLosesTheMessage) {
+    constexpr int kNoQueueIsLonger = 20000;
+    int posted = 0;
+    Status status;
+    while (posted <= kNoQueueIsLonger && (status = postMessage(window, 45067, 0, 0)).ok()) ++posted;
+    if (status.ok()) GTEST_SKIP() << "no queue of this system is ever full";
+    EXPECT_EQ(status.code(), 1816u);
+    EXPECT_EQ(lastSystemError(), 1816u);
+    MSG message{};
+    for (int i = 0; i < posted; ++i) ASSERT_TRUE(take(message)) << i;
+    EXPECT_FALSE(take(message)) << "the one too many is not in the queue";
+    EXPECT_TRUE(postMessage(window, 45067, 0, 0).ok());
+}
+
 TEST(Messages, NoWindowIsNoReceiverAndNotTheCallersOwnQueue) {
     EXPECT_EQ(postMessage(nullptr, 45057, 0, 0).code(), 1400u);
     EXPECT_EQ(lastSystemError(), 1400u);
