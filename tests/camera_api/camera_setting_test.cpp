@@ -62,6 +62,26 @@ TEST_F(CameraSetting, Bit13GoesToTheSetupMemoryOfTwoTypes) {
     EXPECT_THAT(usb.calls(), IsEmpty());
 }
 
+TEST_F(CameraSetting, BitsThatTheSetupMemoryHasStaySet) {
+    DoubleCamera camera;
+    camera.setIdentity16(4, 273);
+    open(camera);
+    const struct {
+        std::uint16_t before, command, after;
+    } rows[] = {{0x0834, 0x2400, 0x1C34},  // bit 11 was there, bit 10 comes
+                {0xEFCB, 0x2000, 0xFFCB},  // nothing but bit 12 comes
+                {0xFFFF, 0x2800, 0xFFFF},  // nothing is cleared
+                {0x0000, 0x2BFF, 0x1800},  // nothing but bits 10 and 11 is taken from the command
+                {0x0000, 0x6400, 0x1400}};
+    for (const auto& row : rows) {
+        Bytes& memory = usb.camera().setupMemory;
+        memory[14] = static_cast<std::uint8_t>(row.before);
+        memory[15] = static_cast<std::uint8_t>(row.before >> 8);
+        expectSuccess(Tavra_CameraSetting(handle, row.command));
+        EXPECT_EQ(memory[14] | memory[15] << 8, row.after) << std::hex << row.command;
+    }
+}
+
 TEST_F(CameraSetting, AStateThatCannotBeReadIsTheResult) {
     open();
     for (std::uint32_t nth = 0; nth < 4; ++nth) {

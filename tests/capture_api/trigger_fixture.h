@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <vector>
 
 #include "support/usb_double/usb_double_fixture.h"
@@ -84,6 +85,15 @@ class TriggerTest : public UsbDoubleTest {
         const std::uint32_t place = registerWord(page, offset);
         return toDevice(130, static_cast<std::uint16_t>(place), static_cast<std::uint16_t>(place >> 16),
                         word32(value));
+    }
+
+    // The next write of the command word fails, or is over after so many bytes.
+    void failCommand(std::optional<std::uint32_t> transferred = std::nullopt) {
+        UsbDouble::Fault fault;
+        fault.request = 128;
+        fault.value = 80;
+        fault.transferred = transferred;
+        usb.addFault(fault);
     }
 
     using Traffic = std::vector<ControlTransfer>;

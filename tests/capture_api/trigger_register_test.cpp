@@ -81,6 +81,88 @@ TEST_F(TriggerTest, ARegisterOutsideItsPageGives87AndStillClearsAndApplies) {
     EXPECT_EQ(traffic(), (Traffic{clearBuffer(), command(1)}));
 }
 
+// The requests behind a register write that went well: each goes out whatever became of the one before.
+TEST_F(TriggerTest, AFailedClearIsToldAndTheChangeIsStillApplied) {
+    openRegisterCamera(true);
+    usb.failRequest(32);
+    EXPECT_EQ(Tavra_SetTriggerMode2(handle, 1, 1), 0);
+    EXPECT_EQ(lastError(), 0xE0000005u);
+    EXPECT_EQ(traffic(), (Traffic{writeRegister(2, 64, 1), clearBuffer(), command(1)}));
+    EXPECT_EQ(acquisition(64), 1u);
+}
+
+TEST_F(TriggerTest, AFailedApplyIsTold) {
+    openRegisterCamera(true);
+    failCommand();
+    EXPECT_EQ(Tavra_SetTriggerMode2(handle, 2, 1), 0);
+    EXPECT_EQ(lastError(), 0xE0000005u);
+    EXPECT_EQ(traffic(), (Traffic{writeRegister(2, 88, 1), clearBuffer(), command(1)}));
+    EXPECT_EQ(Tavra_SetTriggerMode2(handle, 2, 0), 1) << "the fault was for one";
+}
+
+TEST_F(TriggerTest, AnApplyThatComesShortIsTold) {
+    openRegisterCamera(true);
+    failCommand(1);
+    EXPECT_EQ(Tavra_SetTriggerMode2(handle, 0, 1), 0);
+    EXPECT_EQ(lastError(), 0xE0000005u);
+}
+
+TEST_F(TriggerTest, TheFailureOfTheRegisterWriteWinsOverThoseBehindIt) {
+    DoubleCamera& camera = describe();
+    camera.addRegisterPages(40);  // bytes: offset 44 is not in the page
+    camera.setCapability(kSeparateSetsWord, kSeparateSetsBit);
+    open();
+    usb.failRequest(32);
+    failCommand();
+    EXPECT_EQ(Tavra_SetTriggerMode2(handle, 0, 1), 0);
+    EXPECT_EQ(lastError(), 87u) << "not that of the two transfers that failed as well";
+    EXPECT_EQ(traffic(), (Traffic{clearBuffer(), command(1)}));
+}
+
+TEST_F(TriggerTest, AnExposureModeThatCannotBeReadEndsSelector3) {
+    openRegisterCamera(false);
+    usb.failRequest(130);
+    EXPECT_EQ(Tavra_SetTriggerMode2(handle, 3, 1), 0);
+    EXPECT_EQ(lastError(), 0xE0000005u);
+    EXPECT_EQ(traffic(), (Traffic{readRegister(2, 24)}));
+}
+
+// Selector 4 has its source in the trigger word only.
+TEST_F(TriggerTest, Selector4HasNoSourceRegister) {
+    for (const bool separateSets : {true, false}) {
+        usb.reset();
+        openRegisterCamera(separateSets);
+        ASSERT_EQ(Tavra_IsTriggerSelectorSupported(handle, 4), 1);
+        for (const std::uint32_t source : {0u, 1u, 2u}) {
+            EXPECT_EQ(Tavra_SetTriggerSource(handle, 4, source), 0);
+            EXPECT_EQ(lastError(), 87u);
+        }
+        std::uint32_t source = 77;
+        EXPECT_EQ(Tavra_GetTriggerSource(handle, 4, &source), 0);
+        EXPECT_EQ(lastError(), 87u);
+        EXPECT_EQ(source, 0u);
+        EXPECT_TRUE(traffic().empty());
+        Tavra_Close(handle);
+        handle = nullptr;
+    }
+}
+
+TEST_F(TriggerTest, AFailedApplyOfASourceIsTold) {
+    openRegisterCamera(true);
+    failCommand();
+    EXPECT_EQ(Tavra_SetTriggerSource(handle, 0, 1), 0);
+    EXPECT_EQ(lastError(), 0xE0000005u);
+    EXPECT_EQ(acquisition(48), 1u);
+}
+
+TEST_F(TriggerTest, AFailedSourceRegisterIsNotApplied) {
+    openRegisterCamera(true);
+    usb.failRequest(130);
+    EXPECT_EQ(Tavra_SetTriggerSource(handle, 0, 1), 0);
+    EXPECT_EQ(lastError(), 0xE0000005u);
+    EXPECT_EQ(traffic(), (Traffic{writeRegister(2, 48, 1)}));
+}
+
 TEST_F(TriggerTest, SourcesWithSeparateSetsAreBelow6) {
     openRegisterCamera(true);
     for (std::uint32_t selector = 0; selector < 4; ++selector) {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "media/save_image_file.h"
 #include "media/still_support.h"
 #include "platform/last_error.h"
 #include "support/temp_folder.h"
@@ -148,6 +149,25 @@ TEST(StillFaults, APlaceThatTakesNoFilesGives110) {
     ASSERT_EQ(save(TestImage(2, 2, 1), folder / "file.raw"), 0u);
     EXPECT_EQ(save(TestImage(2, 2, 1), folder / "file.raw" / "a.bmp"), 110u) << "below a file";
     EXPECT_EQ(save(TestImage(2, 2, 1), "/proc/tavra.bmp"), 110u) << "nobody makes files there";
+}
+
+// Half of a pair of units: no encoding of the system has bytes for it, and a name with a question mark in its
+// place would be that of another file.
+TEST(StillFaults, ANameThatTheSystemCannotExpressGives110AndNoFile) {
+    const TempFolder folder;
+    const std::uint8_t pixels[8] = {};
+    CSaveImageFile* const saver = new CSaveImageFile;
+    saver->AddRef();
+    for (const char16_t* const extension : {u".raw", u".bmp", u".tif", u".png"}) {
+        for (const char16_t half : {char16_t{0xD800}, char16_t{0xDFFF}}) {
+            const std::u16string name = wideName(folder.path()) + u"/a" + half + u"b" + extension;
+            platform::setLastSystemError(0);
+            EXPECT_EQ(saver->SaveImageFile(4, 2, 1, pixels, name.c_str(), 0), 110u);
+            EXPECT_EQ(platform::lastSystemError(), 110u);
+        }
+    }
+    saver->Release();
+    EXPECT_TRUE(folder.isEmpty());
 }
 
 // With UndefinedBehaviorSanitizer, which comes together with the other, writes cannot be counted: it looks
