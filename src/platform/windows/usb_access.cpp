@@ -1,12 +1,10 @@
-#include "platform/usb_access.h"
+#include "platform/usb_access_library.h"
 
 #include <windows.h>
 
 #include <cstddef>
-#include <mutex>
 
 #include "platform/event.h"
-#include "platform/last_error.h"
 
 namespace tavra::platform {
 namespace {
@@ -72,12 +70,8 @@ void lookUpOptional(HMODULE library, UsbAccess& a) {
     look(library, 19, a.readControllerMemory);
     look(library, 20, a.writeControllerMemory);
     look(library, 27, a.parseSecondImage);
-    const bool alloc = look(library, "UsbAllocReadMemory", a.allocReadMemory);
-    const bool free = look(library, "UsbFreeReadMemory", a.freeReadMemory);
-    if (!alloc || !free) {  // optional as a pair
-        a.allocReadMemory = nullptr;
-        a.freeReadMemory = nullptr;
-    }
+    look(library, "UsbAllocReadMemory", a.allocReadMemory);
+    look(library, "UsbFreeReadMemory", a.freeReadMemory);
 }
 
 void lookUpUnnumbered(HMODULE library, UsbAccess& a) {
@@ -91,8 +85,18 @@ void lookUpUnnumbered(HMODULE library, UsbAccess& a) {
     }
 }
 
-// False when an operation that must exist is missing.
-bool lookUpAll(HMODULE library, UsbAccess& a) {
+}  // namespace
+
+void* openUsbLibrary() {
+    return LoadLibraryW(kLibraryName);
+}
+
+void closeUsbLibrary(void* library) {
+    FreeLibrary(static_cast<HMODULE>(library));
+}
+
+bool lookUpUsbOperations(void* opened, UsbAccess& a) {
+    const auto library = static_cast<HMODULE>(opened);
     lookUpOptional(library, a);
     lookUpUnnumbered(library, a);
     return look(library, 1, a.openByIndex) && look(library, 2, a.close) &&
@@ -108,28 +112,6 @@ bool lookUpAll(HMODULE library, UsbAccess& a) {
            look(library, 45, a.readSetupMemory) && look(library, 46, a.writeSetupMemory) &&
            look(library, 47, a.openByPathW) && look(library, 48, a.openByPathA) &&
            look(library, 49, a.openByIndexPath);
-}
-
-}  // namespace
-
-Status loadUsbAccess(const UsbAccess*& access) {
-    static std::mutex mutex;
-    static UsbAccess operations;
-    static bool loaded = false;
-    const std::lock_guard lock(mutex);
-    if (!loaded) {
-        const HMODULE library = LoadLibraryW(kLibraryName);
-        if (library == nullptr) return failWith(error::kModuleNotFound);
-        UsbAccess found{};
-        if (!lookUpAll(library, found)) {
-            FreeLibrary(library);
-            return failWith(error::kOperationNotFound);
-        }
-        operations = found;
-        loaded = true;
-    }
-    access = &operations;
-    return Status();
 }
 
 }  // namespace tavra::platform
