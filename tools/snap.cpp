@@ -3,6 +3,7 @@
 #include <iostream>
 #include <vector>
 
+#include "base/pixel_format.h"
 #include "camera.h"
 #include "commands.h"
 #include "image_format.h"
@@ -46,9 +47,9 @@ Image takePreview(const Camera& camera, double timeoutSeconds) {
 
 // A frame as the camera sent it. Rows of a still file are padded to four bytes, those of a frame are not.
 void padRows(Image& image, std::uint32_t rowBytes) {
-    const std::uint32_t stride = (rowBytes + 3) & ~3u;
+    const std::size_t stride = roundUpTo4(rowBytes);
     if (stride == rowBytes) return;
-    std::vector<std::uint8_t> padded(static_cast<std::size_t>(stride) * image.height);
+    std::vector<std::uint8_t> padded(stride * image.height);
     for (std::size_t y = 0; y < image.height; ++y) {
         std::copy_n(image.pixels.begin() + static_cast<std::ptrdiff_t>(y * rowBytes), rowBytes,
                     padded.begin() + static_cast<std::ptrdiff_t>(y * stride));

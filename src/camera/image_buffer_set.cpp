@@ -3,18 +3,17 @@
 #include <cstddef>
 #include <limits>
 
+#include "base/pixel_format.h"
+
 namespace tavra {
 namespace {
 
-// Rows and images are counted in 32 bits and in pointer differences: a camera that lies about its size must
+// The bits of a row and the bytes of an image are counted in 32 bits: a camera that lies about its size must
 // not get a small image for a large one.
 bool canExist(const platform::BitmapShape& shape) {
-    constexpr std::uint64_t kMostRowBits = std::numeric_limits<std::uint32_t>::max() - 31;
-    constexpr std::uint64_t kMostBytes = std::numeric_limits<std::uint32_t>::max();
-    const std::uint64_t rowBits = std::uint64_t{shape.width} * shape.bitCount;
-    if (rowBits > kMostRowBits) return false;
-    const std::uint64_t stride = (rowBits + 31) / 32 * 4;
-    return shape.height == 0 || stride <= kMostBytes / shape.height;
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
+    const std::uint64_t rowBytes = paddedStride(shape.width, shape.bitCount / 8);
+    return rowBytes <= kMost / 8 && (shape.height == 0 || rowBytes <= kMost / shape.height);
 }
 
 }  // namespace

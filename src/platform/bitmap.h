@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/pixel_format.h"
 #include "base/status.h"
 #include "tavra/tavra_types.h"
 
@@ -19,7 +20,7 @@ struct BitmapShape {
     std::uint32_t height = 0;
     std::uint32_t bitCount = 0;  // 8 (with a gray palette), 24 or 32
 
-    std::uint32_t stride() const { return ((width * bitCount + 31) / 32) * 4; }
+    std::uint32_t stride() const { return static_cast<std::uint32_t>(paddedStride(width, bitCount / 8)); }
     std::size_t bytes() const { return static_cast<std::size_t>(stride()) * height; }
 };
 
