@@ -46,7 +46,7 @@ typedef void* TavraDC;        /**< Windows: HDC. Linux: cairo_t* */
 #define TAVRA_ERROR_DEVICE_GONE UINT32_C(5)               /**< end of the stream: the camera went away */
 #define TAVRA_ERROR_OUT_OF_MEMORY UINT32_C(8)             /**< an allocation failed */
 #define TAVRA_ERROR_WRITE_FAULT UINT32_C(29)              /**< a file could not be written whole */
-#define TAVRA_ERROR_NOT_SUPPORTED UINT32_C(50)            /**< this camera has no priority mode */
+#define TAVRA_ERROR_NOT_SUPPORTED UINT32_C(50)            /**< the camera or this library lacks it */
 #define TAVRA_ERROR_INVALID_ARGUMENT UINT32_C(87)         /**< argument out of range, or no such setting */
 #define TAVRA_ERROR_OPEN_FAILED UINT32_C(110)             /**< a file could not be opened */
 #define TAVRA_ERROR_MODULE_NOT_FOUND UINT32_C(126)        /**< USB access library not found */
