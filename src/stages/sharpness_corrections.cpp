@@ -13,6 +13,10 @@ constexpr std::int16_t negative(std::int16_t value) {
     return static_cast<std::int16_t>(-value);
 }
 
+constexpr PixelCorrection ofPixel(std::int16_t value) {
+    return {{value, value, value, 0}};
+}
+
 }  // namespace
 
 // The product of excess and gain is a running sum of single precision, whose rounding is part of the result.
@@ -22,8 +26,9 @@ void Corrections::build(std::uint16_t gain, std::uint16_t coring) {
     float product = 0;
     for (std::int16_t difference = 0; difference <= kLargestDifference; ++difference) {
         if (difference > coring_) product += step;
-        const auto correction =
-            product >= 4095.0F ? kLargestDifference : static_cast<std::int16_t>(product + 0.5F);
+        const float rounded = product + 0.5F;  // cut off to the nearest, halves up
+        const std::int16_t correction =
+            product >= 4095.0F ? kLargestDifference : static_cast<std::int16_t>(rounded);
         words_[std::size_t{kLargestDifference} + difference] = correction;
         words_[std::size_t{kLargestDifference} - difference] = negative(correction);
         if (difference > kLargestByteDifference) continue;
@@ -31,8 +36,8 @@ void Corrections::build(std::uint16_t gain, std::uint16_t coring) {
         // colour pixel that becomes darker takes it whole.
         greyBytes_[std::size_t{kLargestByteDifference} + difference] = lowByte(correction);
         greyBytes_[std::size_t{kLargestByteDifference} - difference] = negative(lowByte(correction));
-        colorBytes_[std::size_t{kLargestByteDifference} + difference] = lowByte(correction);
-        colorBytes_[std::size_t{kLargestByteDifference} - difference] = negative(correction);
+        colorBytes_[std::size_t{kLargestByteDifference} + difference] = ofPixel(lowByte(correction));
+        colorBytes_[std::size_t{kLargestByteDifference} - difference] = ofPixel(negative(correction));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "stages/sharpness_kernel.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "stages/luma_tables.h"
@@ -18,11 +19,55 @@ void sumRow(const Sample* __restrict grey, std::size_t width, std::uint16_t* __r
     }
 }
 
-template <class Sample, unsigned kChannels>
-void lumaRow(const Sample* __restrict row, std::size_t width, Sample* __restrict luma) {
+template <unsigned kChannels>
+void lumaRow(const std::uint16_t* __restrict row, std::size_t width, std::uint16_t* __restrict luma) {
     for (std::size_t x = 0; x < width; ++x) {
-        const Sample* const pixel = row + x * kChannels;
-        luma[x] = static_cast<Sample>(lumaOf(pixel[0], pixel[1], pixel[2]));
+        const std::uint16_t* const pixel = row + x * kChannels;
+        luma[x] = lumaOf(pixel[0], pixel[1], pixel[2]);
+    }
+}
+
+// The weights of B, G and R in 1/65536, over and over. For bytes, sample * weight, rounded half up, is what
+// the luminance tables have.
+template <unsigned kChannels>
+class ByteWeights {
+  public:
+    constexpr ByteWeights() {
+        constexpr std::uint16_t kWeights[] = {7472, 38470, 19595, 0};
+        for (std::size_t i = 0; i < kTile * kChannels; ++i) weights_[i] = kWeights[i % kChannels];
+    }
+    constexpr const std::uint16_t* data() const { return weights_; }
+
+  private:
+    alignas(32) std::uint16_t weights_[kTile * kChannels] = {};
+};
+
+template <unsigned kChannels>
+constexpr ByteWeights<kChannels> kByteWeights{};
+
+// Sample by sample, which vectorises: the parts that the channels have in the luminance, then the sum of each
+// part with the two that follow. Of the sums, those that begin with a pixel's first channel are wanted.
+template <unsigned kChannels>
+void lumaTile(const std::uint8_t* __restrict samples, std::size_t pixels, std::uint8_t* __restrict luma) {
+    const std::uint16_t* const weights = kByteWeights<kChannels>.data();
+    const std::size_t count = pixels * kChannels;
+    alignas(32) std::uint8_t parts[kTile * kChannels];
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint16_t sample = samples[i];
+        const auto high = static_cast<std::uint16_t>((std::uint32_t{sample} * weights[i]) >> 16);
+        const auto low = static_cast<std::uint16_t>(sample * weights[i]);
+        parts[i] = static_cast<std::uint8_t>(high + (low >> 15));
+    }
+    for (std::size_t i = 0; i + 2 < count; ++i) {
+        parts[i] = static_cast<std::uint8_t>(parts[i] + parts[i + 1] + parts[i + 2]);
+    }
+    for (std::size_t i = 0; i < pixels; ++i) luma[i] = parts[i * kChannels];
+}
+
+template <unsigned kChannels>
+void lumaRow(const std::uint8_t* row, std::size_t width, std::uint8_t* luma) {
+    for (std::size_t x = 0; x < width; x += kTile) {
+        lumaTile<kChannels>(row + x * kChannels, std::min(kTile, width - x), luma + x);
     }
 }
 
@@ -46,10 +91,19 @@ void spread(Number value, std::size_t i, Number* samples) {
     }
 }
 
-template <unsigned kChannels>
 void lookUp(const std::int16_t* __restrict difference, const std::int16_t* __restrict table,
             std::size_t count, std::int16_t* __restrict amount) {
-    for (std::size_t i = 0; i < count; ++i) spread<kChannels>(table[difference[i]], i, amount);
+    for (std::size_t i = 0; i < count; ++i) amount[i] = table[difference[i]];
+}
+
+// Of three samples a pixel, the fourth amount is overwritten by the next pixel's first; the last one's lies
+// behind the tile.
+template <unsigned kChannels>
+void lookUp(const std::int16_t* __restrict difference, const PixelCorrection* __restrict table,
+            std::size_t count, std::int16_t* __restrict amount) {
+    for (std::size_t i = 0; i < count; ++i) {
+        std::memcpy(amount + i * kChannels, &table[difference[i]], sizeof(PixelCorrection));
+    }
 }
 
 // Bytes never lie above the maximum, so that one limit does for all of them.
@@ -120,7 +174,7 @@ class Sharpener {
     // What later rows need to know of a row, before it changes.
     void prepare(std::size_t y) {
         if constexpr (kChannels > 1) {
-            lumaRow<Sample, kChannels>(image_.row(y), image_.width, lines_.luma(y));
+            lumaRow<kChannels>(image_.row(y), image_.width, lines_.luma(y));
         }
         sumRow(grey(y), image_.width, lines_.sums(y));
     }
@@ -131,9 +185,11 @@ class Sharpener {
                     difference);
         Sample* const samples = image_.row(y) + x * kChannels;
         if constexpr (sizeof(Sample) == 1) {
-            const std::int16_t* const table =
-                kChannels == 1 ? corrections_.greyBytes() : corrections_.colorBytes();
-            lookUp<kChannels>(difference, table, count, amount_);
+            if constexpr (kChannels == 1) {
+                lookUp(difference, corrections_.greyBytes(), count, amount_);
+            } else {
+                lookUp<kChannels>(difference, corrections_.colorBytes(), count, amount_);
+            }
             add(samples, count * kChannels, amount_, image_.maximum);
         } else {
             lookUpWords<kChannels>(difference, corrections_, image_.maximum, count, amount_, ceiling_);
@@ -145,7 +201,7 @@ class Sharpener {
     const Corrections& corrections_;
     LineStore<Sample> lines_;
     // For each sample of a tile. A fourth one keeps what it has from the start: nothing, and no ceiling.
-    alignas(32) std::int16_t amount_[kTile * kChannels] = {};
+    alignas(32) std::int16_t amount_[kTile * kChannels + 1] = {};
     alignas(32) std::uint16_t ceiling_[kTile * kChannels];
 };
 
