@@ -16,11 +16,11 @@
 #include "stages/color_interpolation.h"
 #include "stages/color_matrix.h"
 #include "stages/factory.h"
-#include "stages/multi_roi_image.h"
-#include "stages/gamma.h"
-#include "stages/sharpness.h"
 #include "stages/flip.h"
+#include "stages/gamma.h"
+#include "stages/multi_roi_image.h"
 #include "stages/shading_correction.h"
+#include "stages/sharpness.h"
 
 namespace tavra {
 namespace {
@@ -71,25 +71,18 @@ void releaseStage(Interface*& stage) {
 
 TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM(std::uint32_t transferSize) : maximumTransferSize(transferSize) {}
 
+// The stages are made and released in fixed orders.
 TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM() : TAVRA_COMMON_PARAM(configuredTransferSize()) {
     colorMatrix = makeStage<IColorMatrix>(stage_code::kColorMatrix);
+    sharpness = makeStage<ISharpness>(stage_code::kSharpness);
     gamma = makeStage<IGamma>(stage_code::kGamma);
     colorInterpolation = makeStage<IColorInterpolation>(stage_code::kColorInterpolation);
+    flip = makeStage<IFlip>(stage_code::kFlip);
+    shadingCorrection = makeStage<IShadingCorrection>(stage_code::kShadingCorrection);
     chromaSuppress = makeStage<IChromaSuppress>(stage_code::kChromaSuppress);
 }
 
-// What uses the camera goes before what it uses. Statistics, noise reduction and the recorder go between the
-// stage objects and the images.
-TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM()
-    : maximumTransferSize(configuredTransferSize()),
-      sharpness(makeStage<ISharpness>(stage_code::kSharpness)),
-      colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)) {}
-      colorInterpolation(makeStage<IColorInterpolation>(stage_code::kColorInterpolation)),
-      flip(makeStage<IFlip>(stage_code::kFlip)),
-      shadingCorrection(makeStage<IShadingCorrection>(stage_code::kShadingCorrection)) {}
-
-// What uses the camera goes before what it uses. Exposure control and white balance control come first;
-// statistics and the recorder between the stage objects and the images.
+// What uses the camera goes before what it uses. The recorder goes between the stage objects and the images.
 TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     exposure.reset();
     whiteBalance.reset();
@@ -97,12 +90,12 @@ TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     if (geometry != nullptr) releaseStage(geometry->multiRoi);
     geometry.reset();
     releaseStage(colorMatrix);
-    releaseStage(gamma);
     releaseStage(sharpness);
+    releaseStage(gamma);
     releaseStage(colorInterpolation);
-    releaseStage(chromaSuppress);
     releaseStage(flip);
     releaseStage(shadingCorrection);
+    releaseStage(chromaSuppress);
     imagesB.destroy();
     imagesA.destroy();
 }

@@ -113,8 +113,7 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     std::array<std::uint16_t, 4> maximumGains{640, 640, 640, 640};
     std::unique_ptr<CRegisterPageMap> registerPages;  // null on cameras that have none
     std::unique_ptr<CFrameFeature> geometry;
-    std::unique_ptr<CLuminanceCtrlUSB> exposure;  // from the open on
-    std::uint32_t maximumTransferSize = 0;        // read at construction; nothing looks at it afterwards
+    std::uint32_t maximumTransferSize = 0;  // read at construction; nothing looks at it afterwards
 
     // Results.
     std::atomic<std::uint32_t> lastError{0};
@@ -149,29 +148,23 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     ImageSize previewMask;
     ImageSize previewDestination;
 
-    // The stages, by the code of the factory that makes them. Those not built yet stay null and are passed
-    // over.
+    // The stages, from the construction on.
     IColorMatrix* colorMatrix = nullptr;
+    ISharpness* sharpness = nullptr;
     IGamma* gamma = nullptr;
     IColorInterpolation* colorInterpolation = nullptr;
-    IChromaSuppress* chromaSuppress = nullptr;
-
-    // Automatic control.
-    CAveragePixelValue statistics;
-    std::unique_ptr<CWhiteBalanceCtrlUSB> whiteBalance;
     IFlip* flip = nullptr;
     IShadingCorrection* shadingCorrection = nullptr;
-
-    // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
-    // mutex), noise reduction, draw object, preview window.
-    // mutex), noise reduction, frame statistics, white balance control, exposure control, draw object,
-    ISharpness* sharpness = nullptr;
-    IColorInterpolation* colorInterpolation = nullptr;
+    IChromaSuppress* chromaSuppress = nullptr;
     CNoiseReduction noiseReduction;
 
+    // Automatic control. The controls are there from the open on.
+    CAveragePixelValue statistics;
+    std::unique_ptr<CLuminanceCtrlUSB> exposure;
+    std::unique_ptr<CWhiteBalanceCtrlUSB> whiteBalance;
+
     // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
-    // mutex), frame statistics, white balance control, exposure control, draw object,
-    // preview window.
+    // mutex), draw object, preview window.
 
   private:
     // The record without its stages. Behind it a failing constructor has something to destroy.

@@ -40,7 +40,7 @@ bool CaptureThread::prepare() {
     readTriggerWord();
     readGeometry();
     startDrawWorker();
-    // Place of region composition: its object is noted here for the run.
+    run_.regions = camera_.geometry->multiRoi;
     return startReadEngine() && announceStart();
 }
 

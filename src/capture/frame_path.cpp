@@ -4,18 +4,39 @@
 
 #include "base/pixel_format.h"
 #include "capture/consumers.h"
+#include "capture/roi_pixel_format.h"
 #include "capture/snapshot.h"
+#include "capture/trigger_registers.h"
+#include "control/luminance_ctrl_usb.h"
+#include "control/white_balance_ctrl_usb.h"
 #include "platform/bitmap.h"
+#include "platform/last_error.h"
 #include "platform/messages.h"
 #include "stages/bgr_conversion.h"
 #include "stages/bit_reduction.h"
+#include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
+#include "stages/color_matrix.h"
+#include "stages/flip.h"
+#include "stages/gamma.h"
 #include "stages/grey_spread.h"
+#include "stages/multi_roi_image.h"
+#include "stages/shading_correction.h"
+#include "stages/sharpness.h"
 
 namespace tavra {
 namespace {
 
 constexpr std::uint32_t kGreyFormat = 1;
+constexpr std::uint8_t kImageBits = 8;  // of a sample, in the frame and in the image
+constexpr std::uint16_t kBgrBytes =
+    3;  // of a pixel that arrives with its colours, as mirror and rotation take it
+constexpr std::uint8_t kSoftwareMirror = 3;  // of the mirror mode; the camera does the rest
+
+// Other values turn nothing.
+constexpr bool isQuarterTurn(std::uint8_t rotation) {
+    return rotation == 1 || rotation == 2;
+}
 
 }  // namespace
 
@@ -35,21 +56,22 @@ FramePath::Image FramePath::workOnFrame() {
     if (!serveRawSnapshot()) return Image::None;
     callRawCallbacks();
     decideWhatIsDue();
-    // Places of the white balance and exposure controls: a frame that is due for one goes on without a
-    // preview.
-    if (!previewWanted_) return Image::None;
-    // Place of region composition (pixel format codes in roi_pixel_format.h): its image takes the frame's
-    // place; none abandons the frame.
+    if (!previewWanted_ && !controlIsDue()) return Image::None;
+    if (!composeRegions()) return Image::Abandoned;
     classify();
     if (!frameHoldsImage()) return Image::Abandoned;
     reduceToBytes();
-    // Raw path only. Place of noise reduction, with the trigger word's bits 0 or 1 and 12 or 13 set.
-    // Raw path only. Place of the white balance gains on the mosaic.
-    // Raw path only. Place of the frame statistics, then of one exposure step and one white balance step.
-    // From here on a frame without a preview has nothing to do. Raw path only. Places of shading correction,
-    // of the gamma of the mosaic's positions, and of mirror and rotation, which changes width, height and
-    // colour array; a failure abandons the frame. Not raw path and not YCbCr. Place of mirror and rotation
-    // with the frame's own bytes a pixel.
+    if (takesRawPath(class_)) {
+        reduceNoise();
+        applyWhiteBalance();
+        if (!controlCamera()) return Image::Abandoned;
+    }
+    if (!previewWanted_) return Image::None;
+    if (takesRawPath(class_)) {
+        correctShading();
+        applyRawGamma();
+    }
+    if (class_ != PixelClass::Ycbcr && !turnFrame()) return Image::Abandoned;
     if (!chooseTarget()) return Image::Abandoned;
     // Raw path only. Place of a recorder that takes raw frames.
     const Status made = makeImage();
@@ -57,15 +79,16 @@ FramePath::Image FramePath::workOnFrame() {
         endRun(made.code());
         return Image::Abandoned;
     }
-    // YCbCr only. Place of mirror and rotation in the image.
+    if (class_ == PixelClass::Ycbcr && !turnImage()) return Image::Abandoned;
     return Image::Made;
 }
 
 // Everything that needs only the image. The read thread may already reuse the frame's data.
 void FramePath::finishImage() {
-    // Places of luminance gamma and of sharpness, whose failure ends the run.
-    spreadGrey();
-    // Colour frames only. Places of colour matrix and of chroma suppression, whose failure ends the run.
+    if (!finishPixels()) {
+        endRun(platform::lastSystemError());
+        return;
+    }
     // Place of a recorder that takes finished images.
     if (!servePreviewSnapshot()) {
         run_.goOn = false;
@@ -98,14 +121,34 @@ void FramePath::callRawCallbacks() {
     });
 }
 
+// The controls are asked once a frame: each counts down the frames that it leaves out.
 void FramePath::decideWhatIsDue() {
     previewWanted_ = previewWanted(camera_);
+    whiteBalanceDue_ = camera_.whiteBalance->frameIsDue();
+    exposureDue_ = camera_.exposure->due();
+    mirror_ = camera_.mirrorMode & kSoftwareMirror;
     rotation_ = camera_.rotationMode;
 }
 
-void FramePath::classify() {
+// The frame itself with fewer than two regions, else the image composed of them. False: none came out.
+bool FramePath::composeRegions() {
     width_ = run_.image.width;
     height_ = run_.image.height;
+    dataSize_ = run_.rawSize;
+    IMultiROIImage* const regions = run_.regions;
+    if (regions == nullptr || regions->GetRegionCount() < 2) return true;
+    regions->ClearComposed();
+    std::uint8_t* const composed =
+        regions->Compose(0, data_, dataSize_, roiPixelFormat(run_.transferBits, run_.colorArray));
+    if (composed == nullptr) return false;
+    if (composed != data_) {
+        dataSize_ = static_cast<std::uint32_t>(regions->GetComposedStride() * regions->GetComposedSize(1));
+    }
+    data_ = composed;
+    return true;
+}
+
+void FramePath::classify() {
     class_ = pixelClass(run_.transferBits);
     mono_ = isMonoFrame(class_, run_.colorArray);
 }
@@ -115,20 +158,88 @@ void FramePath::classify() {
 bool FramePath::frameHoldsImage() const {
     if (class_ == PixelClass::Unknown) return false;
     const std::uint64_t rowBytes = (std::uint64_t{width_} * transferBitsStored(run_.transferBits) + 7) / 8;
-    return rowBytes == 0 || height_ <= run_.rawSize / rowBytes;
+    return rowBytes == 0 || height_ <= dataSize_ / rowBytes;
 }
 
 void FramePath::reduceToBytes() {
     if (needsReduction(class_)) reduceTo8Bits(width_, height_, run_.transferBits, data_, data_);
 }
 
+// Only where a trigger also makes the exposure. What it cannot do leaves the frame as it is.
+void FramePath::reduceNoise() {
+    if ((run_.triggerWord & trigger::kOnMask) == 0 || (run_.triggerWord & trigger::kExposureMask) == 0)
+        return;
+    static_cast<void>(camera_.noiseReduction.Process(width_, height_, run_.colorArray, data_));
+}
+
+// Not on cameras that have balanced the frame themselves.
+void FramePath::applyWhiteBalance() {
+    static_cast<void>(camera_.whiteBalance->ApplyGain(width_, height_, run_.colorArray, data_));
+}
+
+// Measures the frame, and lets the controls that are due take a step. False: exposure control has failed, the
+// run ends.
+bool FramePath::controlCamera() {
+    // Place of the information overlay, which wants the statistics of every frame.
+    if (!controlIsDue()) return true;
+    camera_.statistics.Accumulate(width_, height_, run_.colorArray, data_);
+    if (exposureDue_ && !camera_.exposure->step(camera_.statistics).ok()) {
+        endRun(platform::lastSystemError());
+        return false;
+    }
+    if (whiteBalanceDue_) static_cast<void>(camera_.whiteBalance->controlStep(camera_.statistics));
+    return true;
+}
+
+void FramePath::correctShading() {
+    static_cast<void>(camera_.shadingCorrection->Apply8(width_, height_, 0, data_, kImageBits));
+}
+
+// The rows of a raw frame are dense.
+void FramePath::applyRawGamma() {
+    if (mono_) return;
+    static_cast<void>(camera_.gamma->ApplyRaw8(width_, height_, width_, run_.colorArray, data_));
+}
+
+// Mirror and rotation of the frame, in place. A mosaic's colour array turns along for what follows. A failure
+// costs this frame its preview, and nothing more, and stands as the code of the run's end.
+bool FramePath::turnFrame() {
+    if (mirror_ == 0 && rotation_ == 0) return true;
+    std::uint32_t failure = 0;
+    if (takesRawPath(class_)) {
+        failure =
+            camera_.flip->FlipRaw8(mirror_, rotation_, &width_, &height_, data_, data_, &run_.colorArray);
+    } else {
+        failure =
+            camera_.flip->Flip8(mirror_, rotation_, &width_, &height_, data_, data_, mono_ ? 1 : kBgrBytes);
+    }
+    if (failure != 0) run_.error = failure;
+    return failure == 0;
+}
+
+// The same for frames that become an image as they come, in the image.
+// By design: pixels count as three bytes, in an image of four too.
+bool FramePath::turnImage() {
+    if (mirror_ == 0 && rotation_ == 0) return true;
+    const std::uint16_t pixelBytes = run_.previewFormat == kGreyFormat ? 1 : kBgrBytes;
+    const std::uint32_t failure =
+        camera_.flip->Flip8(mirror_, rotation_, &width_, &height_, imagePixels(), imagePixels(), pixelBytes);
+    if (failure != 0) run_.error = failure;
+    return failure == 0;
+}
+
 // Also makes sure that the image has the size and depth that the stages will write.
 bool FramePath::chooseTarget() {
     if (!camera_.buffersExist) return false;
-    ImageBufferSet& set = rotation_ != 0 ? camera_.imagesB : camera_.imagesA;
+    ImageBufferSet& set = isQuarterTurn(rotation_) ? camera_.imagesB : camera_.imagesA;
     const platform::BitmapShape& shape = set.shape();
-    if (shape.width != width_ || shape.height != height_) return false;
     if (shape.bitCount != 8 * bytesPerPixel(run_.previewFormat)) return false;
+    const bool turnsLater = class_ == PixelClass::Ycbcr && isQuarterTurn(rotation_);
+    if (shape.width != (turnsLater ? height_ : width_)) return false;
+    if (shape.height != (turnsLater ? width_ : height_)) return false;
+    // Before its turn the image may take more bytes, as rows are padded.
+    if (turnsLater && paddedStride(width_, bytesPerPixel(run_.previewFormat)) * height_ > shape.bytes())
+        return false;
     chosen_ = set.chooseFree(run_.frameNumber);
     target_ = &set;
     return true;
@@ -164,11 +275,22 @@ void FramePath::releaseBlock() {
     queue_.release();
 }
 
+// The stages of the finished image, each under its own switch. False: one has failed, with the thread's last
+// error.
+bool FramePath::finishPixels() {
+    const std::uint32_t format = mono_ ? kGreyFormat : run_.previewFormat;
+    const auto stride = static_cast<std::uint32_t>(paddedStride(width_, bytesPerPixel(format)));
+    std::uint8_t* const pixels = imagePixels();
+    static_cast<void>(camera_.gamma->ApplyImage8(width_, height_, stride, format, pixels));
+    if (camera_.sharpness->Apply8(width_, height_, stride, format, pixels, kImageBits) != 0) return false;
+    if (mono_) return spreadGrey();
+    if (camera_.colorMatrix->Apply8(width_, height_, stride, format, pixels, kImageBits) != 0) return false;
+    return camera_.chromaSuppress->Apply8(width_, height_, stride, format, pixels, kImageBits) == 0;
+}
+
 // A mono image's rows are its width rounded up to 4 until here.
-void FramePath::spreadGrey() {
-    if (!mono_) return;
-    const Status spread = spreadGreyInPlace(width_, height_, run_.previewFormat, imagePixels());
-    if (!spread.ok()) endRun(spread.code());  // not with the formats that can be set
+bool FramePath::spreadGrey() {
+    return spreadGreyInPlace(width_, height_, run_.previewFormat, imagePixels()).ok();
 }
 
 bool FramePath::servePreviewSnapshot() {

@@ -38,15 +38,25 @@ class FramePath {
     bool serveRawSnapshot();
     void callRawCallbacks();
     void decideWhatIsDue();
+    bool controlIsDue() const { return exposureDue_ || whiteBalanceDue_; }
+    bool composeRegions();
     void classify();
     bool frameHoldsImage() const;
     void reduceToBytes();
+    void reduceNoise();
+    void applyWhiteBalance();
+    bool controlCamera();
+    void correctShading();
+    void applyRawGamma();
+    bool turnFrame();
     bool chooseTarget();
     Status makeImage();
     Status interpolateMosaic();
     Status convertYcbcr();
+    bool turnImage();
     void releaseBlock();
-    void spreadGrey();
+    bool finishPixels();
+    bool spreadGrey();
     bool servePreviewSnapshot();
     void callPreviewBitmapCallbacks();
     bool imageIsShown();
@@ -63,9 +73,13 @@ class FramePath {
     FrameQueue& queue_;
     [[maybe_unused]] CWorkerDrawTimming& drawWorker_;  // asked once there is a preview window
 
-    // The frame at hand.
+    // The frame at hand: in the read memory, or composed of its regions.
     std::uint8_t* data_ = nullptr;
+    std::uint32_t dataSize_ = 0;  // bytes
     bool previewWanted_ = false;
+    bool whiteBalanceDue_ = false;
+    bool exposureDue_ = false;
+    std::uint8_t mirror_ = 0;  // what is left to software
     std::uint8_t rotation_ = 0;
     std::uint32_t width_ = 0;  // as the stages see it, after mirror and rotation
     std::uint32_t height_ = 0;

@@ -7,11 +7,14 @@
 
 namespace tavra {
 
+class IMultiROIImage;
+
 // A member of the capture thread's object, touched by that thread only. What is read at the start holds for
 // the whole run: changes of geometry and formats are refused meanwhile.
 struct RunState {
-    ImageSize image;  // of preview images before rotation, composed of the regions in use
-    ImageSize raw;    // of what the camera sends
+    ImageSize image;                    // of preview images before rotation, composed of the regions in use
+    ImageSize raw;                      // of what the camera sends
+    IMultiROIImage* regions = nullptr;  // composes them; null on a camera without several
     std::uint32_t headerSize = 0;
     std::uint32_t rawSize = 0;  // bytes
     std::uint32_t transferBits = 0;

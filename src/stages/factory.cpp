@@ -4,13 +4,13 @@
 
 #include "stages/chroma_suppress.h"
 #include "stages/color_interpolation.h"
-#include "stages/multi_roi_image.h"
 #include "stages/color_matrix.h"
+#include "stages/flip.h"
 #include "stages/gamma.h"
+#include "stages/multi_roi_image.h"
+#include "stages/shading_correction.h"
 #include "stages/sharpness.h"
 #include "stages/wb.h"
-#include "stages/flip.h"
-#include "stages/shading_correction.h"
 
 namespace tavra {
 
@@ -30,16 +30,16 @@ struct StageClass {
 };
 
 constexpr StageClass kClasses[] = {
+    {stage_code::kSharpness, make<CSharpness>},
     {stage_code::kGamma, make<CGamma>},
     {stage_code::kColorMatrix, make<CColorMatrix>},
     {stage_code::kChromaSuppress, make<CChromaSuppress>},
-    {stage_code::kSharpness, make<CSharpness>},
     {stage_code::kColorInterpolation, make<CColorInterpolation>},
-    {stage_code::kWhiteBalance, make<CWB>},
     {stage_code::kFlip, make<CFlip>},
-    {stage_code::kShadingCorrection, make<CShadingCorrection>},
+    {stage_code::kWhiteBalance, make<CWB>},
     {stage_code::kSaveImageFile, makeSaveImageFile},
     {stage_code::kMultiRoiImage, make<CMultiROIImage>},
+    {stage_code::kShadingCorrection, make<CShadingCorrection>},
 };
 
 }  // namespace
