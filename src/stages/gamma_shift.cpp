@@ -41,8 +41,8 @@ std::uint16_t shiftedWord(std::uint16_t word, int shift) {
 }  // namespace
 
 LumaShift::LumaShift(const GammaTable& table) {
-    for (std::uint16_t luma = 0; luma < shifts_.size(); ++luma) {
-        const int shift = std::clamp(shiftOf(table, luma), -255, 255);
+    for (std::size_t luma = 0; luma < shifts_.size(); ++luma) {
+        const int shift = std::clamp(shiftOf(table, static_cast<std::uint16_t>(luma)), -255, 255);
         shifts_[luma] = static_cast<std::uint16_t>(shift >= 0 ? shift : -shift << 8);
     }
 }
