@@ -130,8 +130,7 @@ TYPED_TEST(FlipOf, EveryOperationOnSmallImagesOfEverySize) {
 
 TYPED_TEST(FlipOf, EveryOperationOnImagesOfSeveralPieces) {
     std::mt19937 random(2);
-    const std::array<u32, 2> sizes[] = {{300, 41},  {41, 1100}, {129, 257}, {1025, 17}, {16, 1030},
-                                        {128, 128}, {33, 2100}, {2100, 3},  {700, 5},   {5, 2090}};
+    const std::array<u32, 2> sizes[] = {{300, 41}, {20, 1100}, {257, 33}, {513, 17}, {700, 3}, {3, 700}};
     for (const auto& [w, h] : sizes) {
         for (const u16 samples : {1, 3, 4}) checkAllOperations<TypeParam>(random, w, h, samples);
     }
@@ -139,7 +138,7 @@ TYPED_TEST(FlipOf, EveryOperationOnImagesOfSeveralPieces) {
 
 TYPED_TEST(FlipOf, RandomSizes) {
     std::mt19937 random(3);
-    for (int i = 0; i < 12; ++i) {
+    for (int i = 0; i < 5; ++i) {
         constexpr u16 kSamples[] = {1, 3, 4};
         checkAllOperations<TypeParam>(random, 1 + random() % 200, 1 + random() % 200, kSamples[random() % 3]);
     }

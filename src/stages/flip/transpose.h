@@ -21,7 +21,7 @@ struct Transposition {
 
 // Room for a piece of the destination, which stays in a near cache while it is put together.
 struct alignas(64) WorkTile {
-    std::array<std::uint8_t, 272 * 1024> bytes;
+    std::array<std::uint8_t, std::size_t{272} * 1024> bytes;
 };
 
 // Pixels of 1, 2, 3 or 6 bytes, which move whole, and of 4 or 8 bytes, of which the last quarter stays as it
