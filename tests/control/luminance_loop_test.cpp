@@ -66,6 +66,13 @@ TEST_F(LuminanceLoop, FourFramesAreAveragedAndThreeLeftOut) {
     }
 }
 
+TEST_F(LuminanceLoop, ADecisionThatChangesNothingLeavesFramesOutToo) {
+    EXPECT_EQ(control.decide(128), 0u);
+    EXPECT_EQ(writes(), 0u);
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(control.due());
+    EXPECT_TRUE(control.due());
+}
+
 TEST_F(LuminanceLoop, FramesLeftOutAreCountedDownWhileItIsOff) {
     control.decide(kBlack);
     ASSERT_TRUE(control.setMode(0).ok());
