@@ -114,7 +114,9 @@ Status readScanInformation(TAVRA_COMMON_PARAM& camera) {
 
 Status refreshGeometry(TAVRA_COMMON_PARAM& camera, PreviewUpdate update) {
     Status status = readScanInformation(camera);
-    if (status.ok()) status = rebuildFor(camera, [] {});
+    // The images of a stream are in use, and have the right size: what would change it is refused while it
+    // runs. A rotation, which is not, only exchanges the sides that the preview shows.
+    if (status.ok() && !camera.transferRunning()) status = rebuildFor(camera, [] {});
     if (update == PreviewUpdate::Yes) updatePreview(camera);
     // Place of the draw object, which learns size and depth.
     return status.ok() ? camera.reloadExposure() : status;

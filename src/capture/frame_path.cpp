@@ -285,7 +285,7 @@ bool FramePath::finishPixels() {
     if (camera_.sharpness->Apply8(width_, height_, stride, format, pixels, kImageBits) != 0) return false;
     if (mono_) return spreadGrey();
     if (camera_.colorMatrix->Apply8(width_, height_, stride, format, pixels, kImageBits) != 0) return false;
-    return camera_.chromaSuppress->Apply8(width_, height_, stride, format, pixels, kImageBits) == 0;
+    return camera_.chromaSuppress->Apply8(width_, height_, stride, format, pixels) == 0;
 }
 
 // A mono image's rows are its width rounded up to 4 until here.

@@ -57,6 +57,7 @@ TEST(Settings, AreChangedByOtherThreadsWhileTheStreamRuns) {
 TEST(Settings, OfInterpolationAreTakenOverWithTheNextImage) {
     useCameras("bayer:width=64:height=48:noise=off:pace=off");
     Camera camera;
+    ASSERT_TRUE(Tavra_SetWhiteBalanceMode(camera, TAVRA_WHITE_BALANCE_OFF));
     FrameLog log;
     log.takeRawOf(camera);
     camera.start();

@@ -77,7 +77,7 @@ class ChromaSlots final : public IChromaSuppress {
     u32 GetHighThreshold(u16*) override { return 113; }
     u32 SetHighStrength(u16) override { return 114; }
     u32 GetHighStrength(u16*) override { return 115; }
-}
+};
 
 class SharpnessSlots final : public ISharpness {
   public:
@@ -124,7 +124,7 @@ class RegionSlots final : public IMultiROIImage {
 
     u8 places[110] = {};
     bool cleared = false;
-}
+};
 
 class FlipSlots final : public IFlip {
   public:

@@ -119,7 +119,7 @@ TEST_F(Orientation, TheColorArrayFollowsTheCamerasMirrorAlone) {
 TEST_F(Orientation, ARotationExchangesTheSidesOfThePreview) {
     open();
     expectSuccess(Tavra_SetRotationMode(handle, 1));
-    EXPECT_THAT(traffic(), ElementsAre(readScan()));
+    EXPECT_THAT(traffic(), ElementsAre(readScan(), readExposure(), readStatus(20)));
     EXPECT_EQ(rotationMode(), 1u);
     expectPreview(480, 640);
     expectSuccess(Tavra_SetRotationMode(handle, 0));

@@ -31,23 +31,24 @@ DoubleCamera::DoubleCamera()
       settingReply(64),
       memory(1536),
       setupMemory(16) {
-    put16(identity, 2, 0x2E6B);     // vendor
-    put16(identity, 4, 8214);       // product type
-    put16(identity, 6, 1);          // hardware revision
-    put16(identity, 8, 256);        // firmware revision
-    put16(identity, 10, 5);         // colour array
-    put16(identity, 12, 64);        // frame header size
-    put32(identity, 14, 1);         // enable image size
-    put32(identity, 18, 1);         // enable transfer bits
-    put16(identity, 26, 1);         // enable scan modes
-    put32(identity, 28, 48000000);  // clock maximum
-    put32(identity, 32, 12000000);  // clock minimum
-    put32(identity, 36, 24545455);  // clock value
-    put32(identity, 40, 1);         // enable clock
-    put16(identity, 44, 1);         // enable shutter speed
-    put32(identity, 52, 7);         // enable trigger version
-    put32(identity, 56, 640);       // maximum width
-    put32(identity, 60, 480);       // maximum height
+    for (std::size_t offset : {2, 4, 6, 8}) put16(words35, offset, 128);  // white balance gains of 1.0
+    put16(identity, 2, 0x2E6B);                                           // vendor
+    put16(identity, 4, 8214);                                             // product type
+    put16(identity, 6, 1);                                                // hardware revision
+    put16(identity, 8, 256);                                              // firmware revision
+    put16(identity, 10, 5);                                               // colour array
+    put16(identity, 12, 64);                                              // frame header size
+    put32(identity, 14, 1);                                               // enable image size
+    put32(identity, 18, 1);                                               // enable transfer bits
+    put16(identity, 26, 1);                                               // enable scan modes
+    put32(identity, 28, 48000000);                                        // clock maximum
+    put32(identity, 32, 12000000);                                        // clock minimum
+    put32(identity, 36, 24545455);                                        // clock value
+    put32(identity, 40, 1);                                               // enable clock
+    put16(identity, 44, 1);                                               // enable shutter speed
+    put32(identity, 52, 7);                                               // enable trigger version
+    put32(identity, 56, 640);                                             // maximum width
+    put32(identity, 60, 480);                                             // maximum height
     scanRecord[0] = 64;
     scanRecord[1] = 18;
     put32(scanRecord, 6, 640);
