@@ -10,40 +10,15 @@
 
 #include "control/average_pixel_value.h"
 #include "control/white_balance_gains.h"
+#include "support/full_hd.h"
 #include "support/ratio_reporter.h"
 
 namespace tavra::bench {
 namespace {
 
-constexpr std::uint32_t kWidth = 1920;
-constexpr std::uint32_t kHeight = 1080;
-constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
-
-std::vector<std::uint8_t> noise() {
-    std::mt19937 random(1);
-    std::uniform_int_distribution<unsigned> sample(0, 255);
-    std::vector<std::uint8_t> samples(kPixels);
-    for (std::uint8_t& s : samples) s = static_cast<std::uint8_t>(sample(random));
-    return samples;
-}
-
 const std::vector<std::uint8_t>& mosaic() {
-    static const auto samples = noise();
+    static const auto samples = noise<std::uint8_t>(kPixels, 255);
     return samples;
-}
-
-void add(const std::string& name, const std::function<void()>& work) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [work](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         work();
-                                         benchmark::ClobberMemory();
-                                     }
-                                 })
-        ->Unit(benchmark::kMillisecond)
-        ->MinTime(0.03)
-        ->Repetitions(12)
-        ->ReportAggregatesOnly(false);
 }
 
 void addStatistics(const std::string& name, std::uint16_t colorArray) {

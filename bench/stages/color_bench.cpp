@@ -15,45 +15,21 @@
 #include "stages/chroma_suppress.h"
 #include "stages/color_matrix.h"
 #include "stages/gamma.h"
+#include "support/full_hd.h"
 #include "support/ratio_reporter.h"
 
 namespace tavra::bench {
 namespace {
 
-constexpr std::uint32_t kWidth = 1920;
-constexpr std::uint32_t kHeight = 1080;
-constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
-
 using Image = std::vector<std::uint8_t>;
 
-// Noise, the worst case for tables and branches, that a stage does not use up in place: the bytes of every
-// repetition are still all over the range.
-std::shared_ptr<Image> noise(std::size_t bytes) {
-    const auto image = std::make_shared<Image>(bytes);
-    std::uint32_t state = 1;
-    for (std::uint8_t& byte : *image) {
-        state = state * 1664525u + 1013904223u;
-        byte = static_cast<std::uint8_t>(state >> 24);
-    }
-    return image;
-}
-
-void add(const std::string& name, const std::function<void()>& work) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [work](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         work();
-                                         benchmark::ClobberMemory();
-                                     }
-                                 })
-        ->Unit(benchmark::kMillisecond)
-        ->MinTime(0.03)
-        ->Repetitions(12)
-        ->ReportAggregatesOnly(false);
+// That a stage does not use up in place: the bytes of every repetition are still all over the range.
+std::shared_ptr<Image> noiseImage(std::size_t bytes) {
+    return std::make_shared<Image>(noise<std::uint8_t>(bytes, 255));
 }
 
 void addMemcpy(const std::string& name, std::size_t bytes) {
-    const auto from = noise(bytes), to = noise(bytes);
+    const auto from = noiseImage(bytes), to = noiseImage(bytes);
     add(name, [=] { std::memcpy(to->data(), from->data(), bytes); });
 }
 
@@ -66,7 +42,7 @@ void addColorMatrix(const std::string& name, std::uint32_t format) {
     const std::int16_t matrix[12] = {104, -3, -2, 0, -2, 105, -4, 0, -1, -5, 104, 0};
     stage->SetColorMatrix(0xFF, matrix);
     stage->SetHueSaturation(1, 70, 110);
-    const auto image = noise(bytesOf(format));
+    const auto image = noiseImage(bytesOf(format));
     add(name, [=] { stage->Apply8(kWidth, kHeight, 0, format, image->data(), 8); });
 }
 
@@ -83,13 +59,13 @@ std::shared_ptr<CGamma> permutingCurves() {
 
 void addGammaRaw(const std::string& name) {
     const auto stage = permutingCurves();
-    const auto frame = noise(kPixels);
+    const auto frame = noiseImage(kPixels);
     add(name, [=] { stage->ApplyRaw8(kWidth, kHeight, 0, 2, frame->data()); });
 }
 
 void addGammaImage(const std::string& name, std::uint32_t format) {
     const auto stage = permutingCurves();
-    const auto image = noise(bytesOf(format));
+    const auto image = noiseImage(bytesOf(format));
     add(name, [=] { stage->ApplyImage8(kWidth, kHeight, 0, format, image->data()); });
 }
 
@@ -99,12 +75,12 @@ void addChroma(const std::string& name, std::uint32_t format, std::uint16_t low,
     stage->SetLowStrength(3);
     stage->SetHighThreshold(high);
     stage->SetHighStrength(3);
-    const auto image = noise(bytesOf(format));
+    const auto image = noiseImage(bytesOf(format));
     add(name, [=] { stage->Apply8(kWidth, kHeight, 0, format, image->data()); });
 }
 
 void addOpenCvTransform(const std::string& name) {
-    const auto from = noise(kPixels * 3), to = noise(kPixels * 3);
+    const auto from = noiseImage(kPixels * 3), to = noiseImage(kPixels * 3);
     const cv::Matx34f matrix(1.04F, -0.05F, -0.01F, 0, -0.04F, 1.05F, -0.02F, 0, -0.02F, -0.03F, 1.04F, 0);
     add(name, [=] {
         const cv::Mat source(kHeight, kWidth, CV_8UC3, from->data());
@@ -115,7 +91,7 @@ void addOpenCvTransform(const std::string& name) {
 
 void addOpenCvLut(const std::string& name, int channels) {
     const std::size_t bytes = kPixels * static_cast<std::size_t>(channels);
-    const auto from = noise(bytes), to = noise(bytes), table = noise(256);
+    const auto from = noiseImage(bytes), to = noiseImage(bytes), table = noiseImage(256);
     add(name, [=] {
         const cv::Mat source(kHeight, kWidth, CV_8UC(channels), from->data());
         cv::Mat destination(kHeight, kWidth, CV_8UC(channels), to->data());

@@ -12,23 +12,11 @@
 #include "stages/channel_swap.h"
 #include "stages/color_interpolation.h"
 #include "stages/grey_spread.h"
+#include "support/full_hd.h"
 #include "support/ratio_reporter.h"
 
 namespace tavra::bench {
 namespace {
-
-constexpr std::uint32_t kWidth = 1920;
-constexpr std::uint32_t kHeight = 1080;
-
-// Noise: no method's speed should hang on its samples, and noise is what would show it.
-template <class Sample>
-std::vector<Sample> noise(std::size_t count, unsigned maximum) {
-    std::mt19937 random(1);
-    std::uniform_int_distribution<unsigned> sample(0, maximum);
-    std::vector<Sample> samples(count);
-    for (Sample& s : samples) s = static_cast<Sample>(sample(random));
-    return samples;
-}
 
 const std::vector<std::uint8_t>& mosaic8() {
     static const auto samples = noise<std::uint8_t>(std::size_t{kWidth} * kHeight * 4, 255);
@@ -38,20 +26,6 @@ const std::vector<std::uint8_t>& mosaic8() {
 const std::vector<std::uint16_t>& mosaic16() {
     static const auto samples = noise<std::uint16_t>(std::size_t{kWidth} * kHeight, 4095);
     return samples;
-}
-
-void add(const std::string& name, const std::function<void()>& work) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [work](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         work();
-                                         benchmark::ClobberMemory();
-                                     }
-                                 })
-        ->Unit(benchmark::kMillisecond)
-        ->MinTime(0.03)
-        ->Repetitions(12)
-        ->ReportAggregatesOnly(false);
 }
 
 void addOurs8(const std::string& name, std::uint8_t method, std::uint16_t colorArray,

@@ -10,6 +10,7 @@
 
 #include "stages/flip.h"
 #include "stages/shading_correction.h"
+#include "support/full_hd.h"
 #include "support/ratio_reporter.h"
 
 namespace tavra::bench {
@@ -63,20 +64,6 @@ Buffer& source() {
 Buffer& destination() {
     static Buffer bytes(source().size());
     return bytes;
-}
-
-void add(const std::string& name, const std::function<void()>& work) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [work](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         work();
-                                         benchmark::ClobberMemory();
-                                     }
-                                 })
-        ->Unit(benchmark::kMillisecond)
-        ->MinTime(0.01)
-        ->Repetitions(12)
-        ->ReportAggregatesOnly(false);
 }
 
 void flip(const Size& size, const Format& format, const Operation& operation, Buffer& from, Buffer& to) {

@@ -6,13 +6,11 @@
 #include <string>
 
 #include "stages/multi_roi_image.h"
+#include "support/full_hd.h"
 #include "support/ratio_reporter.h"
 
 namespace tavra::bench {
 namespace {
-
-constexpr std::uint32_t kWidth = 1920;
-constexpr std::uint32_t kHeight = 1080;
 
 constexpr std::uint64_t kMono8 = 0x01080001;
 constexpr std::uint64_t kMono10Packed = 0x010A0046;
@@ -44,20 +42,6 @@ struct Bench {
     CMultiROIImage stage;
     std::vector<std::uint8_t> frame;
 };
-
-void add(const std::string& name, const std::function<void()>& work) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [work](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         work();
-                                         benchmark::ClobberMemory();
-                                     }
-                                 })
-        ->Unit(benchmark::kMillisecond)
-        ->MinTime(0.03)
-        ->Repetitions(12)
-        ->ReportAggregatesOnly(false);
-}
 
 constexpr std::size_t frameBytes(std::uint64_t format) {
     return std::size_t{kWidth} * kHeight * (format >> 16 & 0xFF) / 8;
