@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "platform/last_error.h"
-#include "stages/color_matrix_kernel.h"
+#include "stages/color_matrix/kernel.h"
 #include "stages/image_rows.h"
 
 namespace tavra {

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <mutex>
 
-#include "stages/color_matrix_lines.h"
-#include "stages/color_matrix_tables.h"
+#include "stages/color_matrix/lines.h"
+#include "stages/color_matrix/tables.h"
 #include "stages/unknown.h"
 
 namespace tavra {

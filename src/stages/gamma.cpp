@@ -7,7 +7,7 @@
 #include "base/color_array.h"
 #include "base/error_codes.h"
 #include "base/pixel_format.h"
-#include "stages/gamma_shift.h"
+#include "stages/gamma/shift.h"
 #include "stages/image_rows.h"
 
 namespace tavra {

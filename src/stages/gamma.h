@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <mutex>
 
-#include "stages/gamma_curve.h"
-#include "stages/gamma_lookup.h"
+#include "stages/gamma/curve.h"
+#include "stages/gamma/lookup.h"
 #include "stages/unknown.h"
 
 namespace tavra {

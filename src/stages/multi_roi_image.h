@@ -13,7 +13,7 @@
 #include <span>
 
 #include "base/region_info.h"
-#include "stages/multi_roi_image_axis.h"
+#include "stages/multi_roi_image/axis.h"
 #include "stages/unknown.h"
 
 namespace tavra {

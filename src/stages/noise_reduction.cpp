@@ -5,8 +5,8 @@
 
 #include "base/error_codes.h"
 #include "platform/last_error.h"
-#include "stages/noise_reduction_dark.h"
-#include "stages/noise_reduction_median.h"
+#include "stages/noise_reduction/dark.h"
+#include "stages/noise_reduction/median.h"
 
 namespace tavra {
 namespace {

@@ -8,7 +8,7 @@
 #include "base/error_codes.h"
 #include "base/pixel_format.h"
 #include "platform/last_error.h"
-#include "stages/sharpness_kernel.h"
+#include "stages/sharpness/kernel.h"
 
 namespace tavra {
 namespace {

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <mutex>
 
-#include "stages/sharpness_corrections.h"
+#include "stages/sharpness/corrections.h"
 #include "stages/unknown.h"
 
 namespace tavra {

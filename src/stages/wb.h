@@ -10,7 +10,7 @@
 #include <mutex>
 
 #include "stages/unknown.h"
-#include "stages/wb_histogram.h"
+#include "stages/wb/histogram.h"
 
 namespace tavra {
 

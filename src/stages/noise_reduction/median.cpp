@@ -1,4 +1,4 @@
-#include "stages/noise_reduction_median.h"
+#include "stages/noise_reduction/median.h"
 
 #include <iterator>
 

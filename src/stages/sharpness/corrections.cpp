@@ -1,4 +1,4 @@
-#include "stages/sharpness_corrections.h"
+#include "stages/sharpness/corrections.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "stages/multi_roi_image_axis.h"
+#include "stages/multi_roi_image/axis.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "stages/sharpness_kernel.h"
+#include "stages/sharpness/kernel.h"
 
 #include <algorithm>
 #include <cstring>

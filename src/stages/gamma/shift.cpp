@@ -1,4 +1,4 @@
-#include "stages/gamma_shift.h"
+#include "stages/gamma/shift.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "stages/gamma_curve.h"
+#include "stages/gamma/curve.h"
 
 namespace tavra {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "stages/sharpness_corrections.h"
+#include "stages/sharpness/corrections.h"
 
 namespace tavra::sharpness {
 

@@ -1,4 +1,4 @@
-#include "stages/color_matrix_lines.h"
+#include "stages/color_matrix/lines.h"
 
 #include <algorithm>
 #include <utility>

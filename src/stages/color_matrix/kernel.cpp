@@ -1,4 +1,4 @@
-#include "stages/color_matrix_kernel.h"
+#include "stages/color_matrix/kernel.h"
 
 #include <algorithm>
 #include <bit>

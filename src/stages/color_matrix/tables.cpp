@@ -1,4 +1,4 @@
-#include "stages/color_matrix_tables.h"
+#include "stages/color_matrix/tables.h"
 
 #include <algorithm>
 #include <cmath>

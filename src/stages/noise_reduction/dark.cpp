@@ -1,4 +1,4 @@
-#include "stages/noise_reduction_dark.h"
+#include "stages/noise_reduction/dark.h"
 
 #include <array>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "stages/gamma_lookup.h"
+#include "stages/gamma/lookup.h"
 
 #include <bit>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "stages/color_matrix_tables.h"
+#include "stages/color_matrix/tables.h"
 
 namespace tavra {
 

@@ -1,4 +1,4 @@
-#include "stages/gamma_curve.h"
+#include "stages/gamma/curve.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "stages/wb_histogram.h"
+#include "stages/wb/histogram.h"
 
 #include <algorithm>
 

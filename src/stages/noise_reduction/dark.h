@@ -1,7 +1,7 @@
 // Dark frames: taking one, subtracting it, and mending what was saturated. Pure; any thread.
 #pragma once
 
-#include "stages/noise_reduction_neighbours.h"
+#include "stages/noise_reduction/neighbours.h"
 
 namespace tavra::noise {
 

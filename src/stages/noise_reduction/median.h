@@ -1,7 +1,7 @@
 // The limit of each sample at the median of itself and its neighbours. Pure; any thread.
 #pragma once
 
-#include "stages/noise_reduction_neighbours.h"
+#include "stages/noise_reduction/neighbours.h"
 
 namespace tavra::noise {
 
