@@ -4,6 +4,7 @@
 
 #include "api/call.h"
 #include "base/pixel_format.h"
+#include "camera/mirror.h"
 #include "capture/snapshot.h"
 #include "tavra/tavra_api.h"
 
@@ -84,7 +85,7 @@ TavraBool Tavra_GetPreviewImagePixelValue(TavraHandle handle, std::uint32_t x, s
                                           std::uint32_t* value) {
     return tavra::api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
         if (value == nullptr) return Status(tavra::error::kInvalidArgument);
-        auto& images = camera.displayRotation != 0 ? camera.imagesB : camera.imagesA;
+        auto& images = tavra::isQuarterTurn(camera.displayRotation) ? camera.imagesB : camera.imagesA;
         images.lookAtReady([&](const tavra::platform::BitmapShape& shape, const auto& image) {
             *value = tavra::api::pixelValue(shape, image.bitmap.pixels(), x, y);
         });

@@ -9,6 +9,7 @@
 #include "camera/common_param.h"
 #include "camera/frame_timing.h"
 #include "camera/function_table.h"
+#include "camera/mirror.h"
 
 namespace tavra {
 namespace {
@@ -19,9 +20,21 @@ constexpr std::uint8_t kTransferBitsRequest = 19;
 constexpr std::uint8_t kFrameSizeSelector = 17;
 constexpr std::uint32_t kFrameSizeAddress = 8;
 
-Status refuseWhileRunning(TAVRA_COMMON_PARAM& camera) {
-    return camera.transferRunning() ? Status(error::kTransferRunning) : Status();
-}
+// Keeps a stream from beginning while formats change, since it works in what they rebuild; refused while one
+// runs. Asked twice: a stream that runs may hold the mutex for as long as somebody waits for its end.
+class FormatChange {
+  public:
+    explicit FormatChange(TAVRA_COMMON_PARAM& camera) {
+        if (camera.transferRunning()) return;
+        transfer_ = std::unique_lock(camera.transferMutex);
+        allowed_ = !camera.transferRunning();
+    }
+    Status status() const { return allowed_ ? Status() : Status(error::kTransferRunning); }
+
+  private:
+    std::unique_lock<std::mutex> transfer_;
+    bool allowed_ = false;
+};
 
 // Product of three numbers that a camera may choose.
 // By design: 32 bits, as cameras of any age count; what allocates checks for itself.
@@ -83,7 +96,7 @@ Status requestScanRecord(ControlChannel& control, ScanRecord& record) {
 
 void updatePreview(TAVRA_COMMON_PARAM& camera) {
     ImageSize size = camera.geometry->imageSize();
-    if (camera.rotationMode != 0) std::swap(size.width, size.height);
+    if (isQuarterTurn(camera.rotationMode)) std::swap(size.width, size.height);
     camera.previewMask = size;
     camera.previewDestination = size;
     // Place of the preview window: its position is read and set with the new size. Without a window that
@@ -143,7 +156,8 @@ void destroyImageBuffers(TAVRA_COMMON_PARAM& camera) {
 }
 
 Status setImageSize(TAVRA_COMMON_PARAM& camera, std::uint16_t mode, const ScanRecord::Region& region) {
-    TAVRA_RETURN_IF_ERROR(refuseWhileRunning(camera));
+    const FormatChange change(camera);
+    TAVRA_RETURN_IF_ERROR(change.status());
     TAVRA_RETURN_IF_ERROR(changeScanRecord(camera, [&](ScanRecord& record) {
         record.setScanMode(mode);
         record.setRegion(0, region);
@@ -161,7 +175,8 @@ Status setImageSize(TAVRA_COMMON_PARAM& camera, std::uint16_t mode, const ScanRe
 
 Status setRegion(TAVRA_COMMON_PARAM& camera, std::uint32_t index, std::uint32_t enabled,
                  const ScanRecord::Region& region) {
-    TAVRA_RETURN_IF_ERROR(refuseWhileRunning(camera));
+    const FormatChange change(camera);
+    TAVRA_RETURN_IF_ERROR(change.status());
     TAVRA_RETURN_IF_ERROR(changeScanRecord(camera, [&](ScanRecord& record) {
         if (index >= record.regionCount() || enabled >= 2) return Status(error::kInvalidArgument);
         record.setRegionEnabled(index, enabled == 1);
@@ -173,7 +188,8 @@ Status setRegion(TAVRA_COMMON_PARAM& camera, std::uint32_t index, std::uint32_t 
 }
 
 Status setPreviewPixelFormat(TAVRA_COMMON_PARAM& camera, std::uint32_t format) {
-    TAVRA_RETURN_IF_ERROR(refuseWhileRunning(camera));
+    const FormatChange change(camera);
+    TAVRA_RETURN_IF_ERROR(change.status());
     CFrameFeature& geometry = *camera.geometry;
     if (!hasByteSamples(format) || (geometry.enablePreviewFormats & format) == 0)
         return Status(error::kInvalidArgument);
@@ -198,7 +214,8 @@ Status getTransferBits(TAVRA_COMMON_PARAM& camera, std::uint32_t& code) {
 
 Status setTransferBits(TAVRA_COMMON_PARAM& camera, std::uint32_t code) {
     if (camera.info.enableTransferBits == 1) return Status();
-    TAVRA_RETURN_IF_ERROR(refuseWhileRunning(camera));
+    const FormatChange change(camera);
+    TAVRA_RETURN_IF_ERROR(change.status());
     if (!std::has_single_bit(code) || (camera.info.enableTransferBits & code) == 0) {
         return Status(error::kInvalidArgument);
     }
@@ -214,7 +231,7 @@ Status setTransferBits(TAVRA_COMMON_PARAM& camera, std::uint32_t code) {
 
 PreviewSize previewSize(const TAVRA_COMMON_PARAM& camera) {
     ImageSize size = camera.geometry->imageSize();
-    if (camera.rotationMode != 0) std::swap(size.width, size.height);
+    if (isQuarterTurn(camera.rotationMode)) std::swap(size.width, size.height);
     PreviewSize preview{size.width, size.height};
     // By design: 32 bits, as the interface tells both sizes.
     preview.lineBytes = static_cast<std::uint32_t>(

@@ -6,8 +6,14 @@
 #include <cstdint>
 
 #include "base/status.h"
+#include "tavra/tavra_types.h"
 
 namespace tavra {
+
+// Whether a rotation mode exchanges the sides. Other values than 1 and 2 turn nothing.
+constexpr bool isQuarterTurn(std::uint8_t rotation) {
+    return rotation == TAVRA_ROTATION_CLOCKWISE || rotation == TAVRA_ROTATION_ANTICLOCKWISE;
+}
 
 class TAVRA_COMMON_PARAM;
 

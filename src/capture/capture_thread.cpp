@@ -39,9 +39,10 @@ void CaptureThread::run() {
 bool CaptureThread::prepare() {
     readTriggerWord();
     readGeometry();
+    const std::uint32_t packet = packetSize();
     startDrawWorker();
     run_.regions = camera_.geometry->multiRoi;
-    return startReadEngine() && announceStart();
+    return startReadEngine(packet) && announceStart();
 }
 
 void CaptureThread::readTriggerWord() {
@@ -72,8 +73,8 @@ void CaptureThread::startDrawWorker() {
 }
 
 // By design: a failure ends the run with code 0, and without the message that it has started.
-bool CaptureThread::startReadEngine() {
-    const FrameLayout layout{run_.headerSize, run_.rawSize, packetSize()};
+bool CaptureThread::startReadEngine(std::uint32_t packet) {
+    const FrameLayout layout{run_.headerSize, run_.rawSize, packet};
     engine_.emplace(*camera_.control.access(), camera_.control.device(), layout, maximumTransfer(layout));
     path_.emplace(camera_, run_, engine_->queue(), drawWorker_);
     return engine_->start().ok();

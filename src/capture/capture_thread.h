@@ -32,7 +32,7 @@ class CaptureThread {
     void readGeometry();
     std::uint32_t packetSize();
     void startDrawWorker();
-    bool startReadEngine();
+    bool startReadEngine(std::uint32_t packet);
     bool announceStart();
 
     void loop();

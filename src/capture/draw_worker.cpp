@@ -7,6 +7,7 @@
 namespace tavra {
 
 Status CWorker::start(const char* name) {
+    stop();  // one that runs
     stopEvent_.reset();
     return thread_.start(name, platform::ThreadPriority::Normal, [this] { Run(); });
 }

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "base/pixel_format.h"
+#include "camera/mirror.h"
 #include "capture/consumers.h"
 #include "capture/roi_pixel_format.h"
 #include "capture/snapshot.h"
@@ -32,11 +33,6 @@ constexpr std::uint8_t kImageBits = 8;  // of a sample, in the frame and in the 
 constexpr std::uint16_t kBgrBytes =
     3;  // of a pixel that arrives with its colours, as mirror and rotation take it
 constexpr std::uint8_t kSoftwareMirror = 3;  // of the mirror mode; the camera does the rest
-
-// Other values turn nothing.
-constexpr bool isQuarterTurn(std::uint8_t rotation) {
-    return rotation == 1 || rotation == 2;
-}
 
 }  // namespace
 
@@ -137,6 +133,7 @@ bool FramePath::composeRegions() {
     dataSize_ = run_.rawSize;
     IMultiROIImage* const regions = run_.regions;
     if (regions == nullptr || regions->GetRegionCount() < 2) return true;
+    if (!camera_.buffersExist) return false;  // nor would there be memory for this
     regions->ClearComposed();
     std::uint8_t* const composed =
         regions->Compose(0, data_, dataSize_, roiPixelFormat(run_.transferBits, run_.colorArray));
@@ -157,7 +154,9 @@ void FramePath::classify() {
 // have been served with what there is.
 bool FramePath::frameHoldsImage() const {
     if (class_ == PixelClass::Unknown) return false;
-    const std::uint64_t rowBytes = (std::uint64_t{width_} * transferBitsStored(run_.transferBits) + 7) / 8;
+    const std::uint64_t rowBits = std::uint64_t{width_} * transferBitsStored(run_.transferBits);
+    // A last pixel of its own has no chroma in a row of YCbCr.
+    const std::uint64_t rowBytes = class_ == PixelClass::Ycbcr ? rowBits / 8 : (rowBits + 7) / 8;
     return rowBytes == 0 || height_ <= dataSize_ / rowBytes;
 }
 
@@ -184,7 +183,7 @@ bool FramePath::controlCamera() {
     if (!controlIsDue()) return true;
     camera_.statistics.Accumulate(width_, height_, run_.colorArray, data_);
     if (exposureDue_ && !camera_.exposure->step(camera_.statistics).ok()) {
-        endRun(platform::lastSystemError());
+        endRun(camera_.control.access()->getLastError());
         return false;
     }
     if (whiteBalanceDue_) static_cast<void>(camera_.whiteBalance->controlStep(camera_.statistics));
@@ -201,8 +200,9 @@ void FramePath::applyRawGamma() {
     static_cast<void>(camera_.gamma->ApplyRaw8(width_, height_, width_, run_.colorArray, data_));
 }
 
-// Mirror and rotation of the frame, in place. A mosaic's colour array turns along for what follows. A failure
-// costs this frame its preview, and nothing more, and stands as the code of the run's end.
+// Mirror and rotation of the frame, in place. By design: pixels that arrive with their colours count as three
+// bytes, also where they take four. A mosaic's colour array turns along for what follows. A failure costs
+// this frame its preview, and nothing more, and stands as the code of the run's end.
 bool FramePath::turnFrame() {
     if (mirror_ == 0 && rotation_ == 0) return true;
     std::uint32_t failure = 0;
@@ -218,7 +218,8 @@ bool FramePath::turnFrame() {
 }
 
 // The same for frames that become an image as they come, in the image.
-// By design: pixels count as three bytes, in an image of four too.
+// By design: pixels of colour count as three bytes, in an image of four too, and rows as dense, also where
+// they are padded.
 bool FramePath::turnImage() {
     if (mirror_ == 0 && rotation_ == 0) return true;
     const std::uint16_t pixelBytes = run_.previewFormat == kGreyFormat ? 1 : kBgrBytes;
@@ -326,7 +327,9 @@ void FramePath::publish() {
 }
 
 void FramePath::publishPending() {
-    if (target_ != nullptr) publish();
+    if (target_ == nullptr) return;
+    camera_.displayRotation = rotation_;
+    publish();
 }
 
 void FramePath::postFrameFinished() {

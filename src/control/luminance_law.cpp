@@ -33,6 +33,15 @@ std::uint64_t rounded(std::uint64_t value, std::uint32_t multiple) {
 
 constexpr float kSmallestFactor = 0.0001F;
 
+// Single precision, narrowed from double: the functions of single precision differ from system to system in
+// their last place, which can decide a gain.
+float powerOf10(float exponent) {
+    return static_cast<float>(std::pow(10.0, static_cast<double>(exponent)));
+}
+float logarithm10(float value) {
+    return static_cast<float>(std::log10(static_cast<double>(value)));
+}
+
 }  // namespace
 
 struct CLuminanceCtrl::Totals {
@@ -163,7 +172,7 @@ bool CLuminanceCtrl::adjustShutter(std::uint8_t average, bool tooDark) {
 
 // In factors, and in single precision.
 bool CLuminanceCtrl::adjustGain(std::uint8_t average, bool tooDark) {
-    const float factor = std::pow(10.0F, GetGainDBFromSettingValue(gain_) / 20.0F);
+    const float factor = powerOf10(GetGainDBFromSettingValue(gain_) / 20.0F);
     const float brightness = static_cast<float>(average);
     const float raw = factor > 0.0F ? std::trunc(brightness / factor) : brightness;  // at a factor of 1
     const float target = static_cast<float>(target_.target);
@@ -181,7 +190,7 @@ bool CLuminanceCtrl::adjustGain(std::uint8_t average, bool tooDark) {
         if (!(wanted > 0.0F)) wanted = kSmallestFactor;
         wanted = std::max(wanted, ideal);
     }
-    std::uint32_t value = GetSettingValueFromGainDB(20.0F * std::log10(wanted));
+    std::uint32_t value = GetSettingValueFromGainDB(20.0F * logarithm10(wanted));
     // One value at least.
     if (tooDark) {
         value = std::max(value, gain_ + 1u);

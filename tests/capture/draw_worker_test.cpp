@@ -42,6 +42,18 @@ TEST(DrawWorker, RedrawsTheWindowAtTheEndOfTheInterval) {
     EXPECT_EQ(redraws.count, 1) << "one request is one redraw";
 }
 
+TEST(DrawWorker, ASecondStartEndsTheFirst) {
+    Redraws redraws;
+    CWorkerDrawTimming worker(redraws.function(), 20);
+    ASSERT_TRUE(worker.start("tavra-draw").ok());
+    ASSERT_TRUE(worker.start("tavra-draw").ok());
+    worker.request(windowNumber(7));
+    ASSERT_TRUE(redraws.drawn.wait(10000));
+    worker.stop();
+    EXPECT_EQ(redraws.count, 1);
+    worker.stop();
+}
+
 // From requests to their redraws, with a request right behind every redraw, so that a worker that waits for
 // the end of the interval needs the whole of it.
 std::vector<double> millisecondsOfRedraws(std::uint32_t intervalMs) {

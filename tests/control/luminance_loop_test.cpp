@@ -183,6 +183,21 @@ TEST_F(LuminanceLoop, OnceModesEndOutsideTheBandIfTheActuatorIsAtItsEnd) {
     EXPECT_EQ(writes(), 0u);
 }
 
+// Both actuators: shutter and gain at their tops under black, at their bottoms under white.
+TEST_F(LuminanceLoop, TheOnceModeOfBothEndsWhereNeitherCanMove) {
+    control.shutterInMemory() = {0, 0};
+    control.gainInMemory() = 680;
+    ASSERT_TRUE(control.setMode(alc_mode::kBothOnce).ok());
+    control.decide(kBlack);
+    EXPECT_EQ(control.presentMode(), 0);
+    control.shutterInMemory() = {0, 1};
+    control.gainInMemory() = 20;  // the bottom of its range
+    ASSERT_TRUE(control.setMode(alc_mode::kBothOnce).ok());
+    control.decide(255);
+    EXPECT_EQ(control.presentMode(), 0);
+    EXPECT_EQ(writes(), 0u);
+}
+
 TEST_F(LuminanceLoop, AClampKeepsAOnceModeAlive) {
     control.rangeInMemory() = {{20, 0}, {0, 0}};
     ASSERT_TRUE(control.setMode(alc_mode::kShutterOnce).ok());
@@ -224,7 +239,7 @@ TEST_F(LuminanceLoop, OneDecisionWritesOnceOrNotAtAll) {
     EXPECT_EQ(control.written, (std::vector<Block>{{{20, 0}, 20}})) << "both clamped, one block";
 }
 
-TEST_F(LuminanceLoop, StateSurvivesWhatIsNotAReset) {
+TEST_F(LuminanceLoop, AResetBeginsAnew) {
     control.decide(kBlack);
     control.restoreDefaults();
     EXPECT_EQ(control.presentMode(), 0);

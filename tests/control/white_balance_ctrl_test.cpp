@@ -350,6 +350,20 @@ TEST_F(WhiteBalance, WithoutWeightsThereIsNoDecision) {
     EXPECT_EQ(mode(control), 3);
 }
 
+// What cannot be decided on leaves one push waiting for a better scene.
+TEST_F(WhiteBalance, OnePushGoesOnWithTheFirstFrameThatCanBeDecidedOn) {
+    PlainControl control;
+    setMode(control, 3);
+    decideOn(control, {0, 0, 0, 0});
+    EXPECT_EQ(mode(control), 3);
+    EXPECT_EQ(gains(control), kUnityGains);
+    decideOn(control, {50, 100, 100, 200});
+    EXPECT_EQ(mode(control), 3);
+    EXPECT_EQ(gains(control), (Gains{256, 128, 128, 64}));
+    decideOn(control, {100, 100, 100, 100});
+    EXPECT_EQ(mode(control), 1);
+}
+
 TEST_F(WhiteBalance, WeightsChooseTheCells) {
     PlainControl control;
     CAveragePixelValue::Weights corner{};

@@ -260,6 +260,13 @@ TEST(Sharpness, ADifferenceOfTheCoringStaysAndOneMoreCounts) {
     EXPECT_EQ(sharpenedMiddle(100, 89, 300, 10), 86);
 }
 
+TEST(Sharpness, AGainOf200DoublesTheCorrectionAndHalfOfItHalves) {
+    EXPECT_EQ(sharpenedMiddle(100, 120, 100, 0), 140) << "120 + 20";
+    EXPECT_EQ(sharpenedMiddle(100, 120, 200, 0), 160) << "120 + 40";
+    EXPECT_EQ(sharpenedMiddle(100, 120, 50, 0), 130) << "120 + 10";
+    EXPECT_EQ(sharpenedMiddle(100, 90, 200, 0), 70) << "90 - 20";
+}
+
 TEST(Sharpness, SaturatesAtBothEnds) {
     EXPECT_EQ(sharpenedMiddle(50, 150, 200, 0), 255) << "150 + 200";
     EXPECT_EQ(sharpenedMiddle(150, 100, 200, 0), 0) << "100 - 100";
