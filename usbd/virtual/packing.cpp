@@ -132,9 +132,9 @@ void packRow(std::uint32_t transferBits, std::uint32_t bits, std::span<const std
             return;
         case 2048:
             for (std::size_t i = 0; i + 3 <= samples.size(); i += 3) {
-                const std::uint32_t word = scaled(samples[i], bits, to) << 22 |
-                                           scaled(samples[i + 1], bits, to) << 12 |
-                                           scaled(samples[i + 2], bits, to) << 2;
+                const std::uint32_t word = scaled(samples[i], bits, to) << 20 |
+                                           scaled(samples[i + 1], bits, to) << 10 |
+                                           scaled(samples[i + 2], bits, to);
                 storeLe32(&out[i / 3 * 4], word);
             }
             return;

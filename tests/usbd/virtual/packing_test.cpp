@@ -78,9 +78,9 @@ TEST(Packing, BgrTurnsTheChannelsRound) {
     EXPECT_EQ(pack(1024, 8, {1, 2, 3, 4, 5, 6}, 2), (Bytes{3, 2, 1, 6, 5, 4}));
 }
 
-TEST(Packing, Bgr10HasItsChannelsAtBits2And12And22) {
-    // R 0x201, G 0x102, B 0x003: 0x201 << 22 | 0x102 << 12 | 3 << 2 = 0x8050200C.
-    EXPECT_EQ(pack(2048, 10, {0x201, 0x102, 0x003}, 1), (Bytes{0x0C, 0x20, 0x50, 0x80}));
+TEST(Packing, Bgr10HasItsChannelsFromTheLowEnd) {
+    // R 0x201, G 0x102, B 0x003: 0x201 << 20 | 0x102 << 10 | 3 = 0x20140803.
+    EXPECT_EQ(pack(2048, 10, {0x201, 0x102, 0x003}, 1), (Bytes{0x03, 0x08, 0x14, 0x20}));
 }
 
 TEST(Packing, FullRangeGreyHasNoColour) {
