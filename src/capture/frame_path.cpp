@@ -183,6 +183,7 @@ bool FramePath::controlCamera() {
     if (!controlIsDue()) return true;
     camera_.statistics.Accumulate(width_, height_, run_.colorArray, data_);
     if (exposureDue_ && !camera_.exposure->step(camera_.statistics).ok()) {
+        // Only a request to the camera can fail here, and its error is that of the USB access library.
         endRun(camera_.control.access()->getLastError());
         return false;
     }
