@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "base/color_array.h"
 #include "base/pixel_format.h"
 #include "camera/mirror.h"
 #include "capture/consumers.h"
@@ -257,7 +258,10 @@ Status FramePath::makeImage() {
     }
 }
 
+// A camera may declare a colour array that is none of a raw frame. A layout of YCbCr would be read past the
+// frame's end.
 Status FramePath::interpolateMosaic() {
+    if (!mono_ && isYcbcr(run_.colorArray)) return Status(error::kInvalidArgument);
     const std::uint16_t colorArray = mono_ ? 1 : run_.colorArray;
     const std::uint32_t pixelBytes = mono_ ? 1 : bytesPerPixel(run_.previewFormat);
     return Status(camera_.colorInterpolation->ConvertEx(width_, height_, width_, data_, 0, imagePixels(),

@@ -298,6 +298,23 @@ TEST_F(FramePathOf, AFailedInterpolationEndsTheRunWithItsCode) {
     EXPECT_EQ(set.image(1).frameNumber, 1u);
 }
 
+// Which a camera may declare in its identity: a layout of YCbCr, whose rows take more than the frame has, or
+// none at all.
+TEST_F(FramePathOf, AColorArrayThatIsNoneOfARawFrameEndsTheRun) {
+    for (const std::uint16_t array : {0, 6, 7, 8, 9, 10, 11, 20, 0xFFFF}) {
+        SCOPED_TRACE(array);
+        usb.reset();
+        openCamera(1, array, 64, 64);
+        collectImages();
+        start();
+        sendFrame(1, pattern(1));
+        EXPECT_EQ(expectMessage(TAVRA_MESSAGE_TRANSFER_ENDED), TAVRA_ERROR_INVALID_ARGUMENT);
+        EXPECT_EQ(images.count(), 0u);
+        Tavra_Close(handle);
+        handle = nullptr;
+    }
+}
+
 // A raw callback that asks for the preview gets it of the same frame.
 struct Asking {
     TavraHandle handle;
