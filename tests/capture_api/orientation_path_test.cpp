@@ -229,6 +229,49 @@ TEST_F(OrientationPath, ARotationTakesEffectWhileTheStreamRuns) {
     }
 }
 
+// Sizes whose rows are padded otherwise when they are exchanged.
+TEST_F(OrientationPath, ThePreviewIsOfTheSizeThatIsTold) {
+    for (const std::uint8_t rotation : {0, 1, 2, 3, 255}) {
+        SCOPED_TRACE(int{rotation});
+        ASSERT_NO_FATAL_FAILURE(
+            open({.width = 7, .height = 4, .colorArray = 1, .previewFormat = 1, .rotation = rotation}));
+        std::uint32_t width = 0, height = 0, line = 0, total = 0;
+        ASSERT_TRUE(Tavra_GetPreviewDataSize(handle, &total, &width, &height, &line));
+        const SeenImage seen = preview(noise(1));
+        EXPECT_EQ(seen.width, width);
+        EXPECT_EQ(seen.height, height);
+        EXPECT_EQ(seen.data.size(), total);
+        EXPECT_EQ(total, rotation == 1 || rotation == 2 ? 4u * 7 : 8u * 4);
+        close();
+    }
+}
+
+void drawNothing(TavraDC, std::uint32_t, std::uint32_t, std::uint32_t, void*, std::uint32_t) {}
+
+TEST_F(OrientationPath, ThePublishedImageIsTheOneThatIsLookedAt) {
+    ASSERT_NO_FATAL_FAILURE(open({.width = 8, .height = 4, .colorArray = 1, .previewFormat = 1}));
+    std::uint32_t identifier = 0;
+    ASSERT_TRUE(Tavra_AddPreviewGDICallback(handle, drawNothing, nullptr, &identifier));
+    start();
+    std::uint32_t number = 0;
+    for (const std::uint8_t rotation : {0, 1, 3, 2, 0, 4, 1}) {
+        SCOPED_TRACE(int{rotation});
+        ASSERT_TRUE(Tavra_SetRotationMode(handle, rotation));
+        const Bytes raw = noise(++number);
+        sendFrame(number, raw);
+        EXPECT_EQ(expectMessage(TAVRA_MESSAGE_FRAME_FINISHED), number);
+        for (std::uint32_t y = 0; y < 4; ++y) {
+            for (std::uint32_t x = 0; x < 8; ++x) {
+                const Size at = placeOf({x, y}, {8, 4}, 0, rotation);
+                std::uint32_t value = 0;
+                ASSERT_TRUE(Tavra_GetPreviewImagePixelValue(handle, at.width, at.height, &value));
+                ASSERT_EQ(value, raw[y * 8 + x] * 0x10101u) << x << ", " << y;
+            }
+        }
+    }
+    stopAndExpectCode(0);
+}
+
 TEST_F(OrientationPath, TheCamerasMirrorChangesWithTheNextFrame) {
     DoubleCamera& camera = describe(1, 5, 6, 4);
     camera.setCapability(1, 6);
