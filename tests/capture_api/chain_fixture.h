@@ -3,8 +3,8 @@
 
 #include <vector>
 
+#include "capture_api/plain_chain.h"
 #include "capture_api/stream_fixture.h"
-#include "capture_api/told_chain.h"
 
 namespace tavra::test {
 
@@ -35,7 +35,7 @@ class ChainTest : public StreamTest {
   protected:
     static constexpr std::uint32_t kReducingTrigger = 0x1001;  // first mode, exposure mode 2
 
-    void openWithTriggerWord(const ToldFrame& frame, std::uint32_t word) {
+    void openWithTriggerWord(const ChainFrame& frame, std::uint32_t word) {
         DoubleCamera& camera = describe(frame.transferBits, frame.colorArray, frame.width, frame.height);
         camera.status(48) = static_cast<std::uint16_t>(word);
         camera.status(49) = static_cast<std::uint16_t>(word >> 16);
@@ -46,7 +46,7 @@ class ChainTest : public StreamTest {
         ASSERT_TRUE(Tavra_SetMirrorMode(handle, frame.mirror));
         ASSERT_TRUE(Tavra_SetRotationMode(handle, frame.rotation));
     }
-    void open(const ToldFrame& frame) {
+    void open(const ChainFrame& frame) {
         openWithTriggerWord(frame, frame.reducesNoise ? kReducingTrigger : 0);
     }
     using StreamTest::open;

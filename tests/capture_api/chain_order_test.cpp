@@ -17,18 +17,18 @@ TEST_P(ChainOrder, EveryClassOfFramesGoesThroughItsStages) {
                                    4096, 8192, 16384, 0x1000000, 0x2000000, 0x4000000};
     for (const std::uint32_t code : codes) {
         SCOPED_TRACE(testing::Message() << "transfer bits " << code);
-        const ToldFrame frame{.width = kWidth,
-                              .height = kHeight,
-                              .transferBits = code,
-                              .colorArray = static_cast<std::uint16_t>(GetParam() == 1 ? 1 : 2),
-                              .previewFormat = GetParam(),
-                              .reducesNoise = true};
+        const ChainFrame frame{.width = kWidth,
+                               .height = kHeight,
+                               .transferBits = code,
+                               .colorArray = static_cast<std::uint16_t>(GetParam() == 1 ? 1 : 2),
+                               .previewFormat = GetParam(),
+                               .reducesNoise = true};
         ASSERT_NO_FATAL_FAILURE(open(frame));
         ASSERT_NO_FATAL_FAILURE(dress(record(), kWidth, kHeight));
-        ToldChain told(frame);
-        ASSERT_NO_FATAL_FAILURE(dress(told.stages(), kWidth, kHeight));
+        PlainChain plain(frame);
+        ASSERT_NO_FATAL_FAILURE(dress(plain.stages(), kWidth, kHeight));
         const Bytes raw = noise(code);
-        EXPECT_EQ(preview(raw).data, told.image(raw));
+        EXPECT_EQ(preview(raw).data, plain.image(raw));
         close();
     }
 }
@@ -38,27 +38,27 @@ INSTANTIATE_TEST_SUITE_P(PreviewFormats, ChainOrder, testing::Values(1u, 4u, 8u)
 class ChainOrderOf : public ChainTest {
   protected:
     // A dressed frame with colour array 2, after a change of one setting on both sides.
-    void expectAsToldWith(const ToldFrame& frame, const std::function<void(TAVRA_COMMON_PARAM&)>& change,
-                          Bytes* image = nullptr) {
+    void expectAsPlainWith(const ChainFrame& frame, const std::function<void(TAVRA_COMMON_PARAM&)>& change,
+                           Bytes* image = nullptr) {
         ASSERT_NO_FATAL_FAILURE(open(frame));
         ASSERT_NO_FATAL_FAILURE(dress(record(), frame.width, frame.height));
         change(record());
-        ToldChain told(frame);
-        ASSERT_NO_FATAL_FAILURE(dress(told.stages(), frame.width, frame.height));
-        change(told.stages());
+        PlainChain plain(frame);
+        ASSERT_NO_FATAL_FAILURE(dress(plain.stages(), frame.width, frame.height));
+        change(plain.stages());
         const Bytes raw = noise(5);
         const Bytes seen = preview(raw).data;
-        EXPECT_EQ(seen, told.image(raw));
+        EXPECT_EQ(seen, plain.image(raw));
         if (image != nullptr) *image = seen;
         close();
     }
 };
 
-// Otherwise the comparison with the told order would say nothing of a stage.
+// Otherwise the comparison with the plain chain would say nothing of a stage.
 TEST_F(ChainOrderOf, EveryStageChangesTheImage) {
-    const ToldFrame frame{.width = kWidth, .height = kHeight, .colorArray = 2, .reducesNoise = true};
+    const ChainFrame frame{.width = kWidth, .height = kHeight, .colorArray = 2, .reducesNoise = true};
     Bytes all;
-    ASSERT_NO_FATAL_FAILURE(expectAsToldWith(
+    ASSERT_NO_FATAL_FAILURE(expectAsPlainWith(
         frame, [](TAVRA_COMMON_PARAM&) {}, &all));
     const struct {
         const char* name;
@@ -81,7 +81,7 @@ TEST_F(ChainOrderOf, EveryStageChangesTheImage) {
     for (const auto& stage : stages) {
         SCOPED_TRACE(stage.name);
         Bytes without;
-        ASSERT_NO_FATAL_FAILURE(expectAsToldWith(frame, stage.off, &without));
+        ASSERT_NO_FATAL_FAILURE(expectAsPlainWith(frame, stage.off, &without));
         EXPECT_NE(without, all);
     }
 }
@@ -90,8 +90,8 @@ TEST_F(ChainOrderOf, EveryColorArrayHasItsWay) {
     for (std::uint16_t array = 1; array <= 19; ++array) {
         if (array >= 6 && array <= 11) continue;  // YCbCr, not of a mosaic
         SCOPED_TRACE(array);
-        const ToldFrame frame{.width = kWidth, .height = kHeight, .colorArray = array, .reducesNoise = true};
-        expectAsToldWith(frame, [](TAVRA_COMMON_PARAM&) {});
+        const ChainFrame frame{.width = kWidth, .height = kHeight, .colorArray = array, .reducesNoise = true};
+        expectAsPlainWith(frame, [](TAVRA_COMMON_PARAM&) {});
     }
 }
 
@@ -100,13 +100,13 @@ TEST_F(ChainOrderOf, SmallAndOddFramesToo) {
     for (const auto& [width, height] : sizes) {
         for (const std::uint32_t code : {1u, 4u, 32u, 64u, 1024u, 2048u}) {
             SCOPED_TRACE(testing::Message() << width << " x " << height << ", transfer bits " << code);
-            const ToldFrame frame{.width = width,
-                                  .height = height,
-                                  .transferBits = code,
-                                  .colorArray = 5,
-                                  .mirror = 1,
-                                  .rotation = 2};
-            expectAsToldWith(frame, [](TAVRA_COMMON_PARAM&) {});
+            const ChainFrame frame{.width = width,
+                                   .height = height,
+                                   .transferBits = code,
+                                   .colorArray = 5,
+                                   .mirror = 1,
+                                   .rotation = 2};
+            expectAsPlainWith(frame, [](TAVRA_COMMON_PARAM&) {});
         }
     }
 }
@@ -114,8 +114,8 @@ TEST_F(ChainOrderOf, SmallAndOddFramesToo) {
 TEST_F(ChainOrderOf, EveryInterpolationMethodIsHandedOn) {
     for (std::uint8_t method = 0; method <= 5; ++method) {
         SCOPED_TRACE(int{method});
-        const ToldFrame frame{.width = kWidth, .height = kHeight, .colorArray = 3, .method = method};
-        expectAsToldWith(frame, [](TAVRA_COMMON_PARAM&) {});
+        const ChainFrame frame{.width = kWidth, .height = kHeight, .colorArray = 3, .method = method};
+        expectAsPlainWith(frame, [](TAVRA_COMMON_PARAM&) {});
     }
 }
 
@@ -123,7 +123,7 @@ TEST_F(ChainOrderOf, EveryInterpolationMethodIsHandedOn) {
 // shading, a reversed red curve, a horizontal mirror, one colour a pixel, a luminance curve that adds 10, and
 // a matrix that exchanges red and blue. The matrix adds a level to each channel.
 TEST_F(ChainOrderOf, ASmallMosaicIsAsReckonedByHand) {
-    const ToldFrame frame{.width = 4, .height = 2, .colorArray = 2, .method = 1, .mirror = 1};
+    const ChainFrame frame{.width = 4, .height = 2, .colorArray = 2, .method = 1, .mirror = 1};
     ASSERT_NO_FATAL_FAILURE(open(frame));
     ASSERT_TRUE(Tavra_SetWhiteBalanceMode(handle, TAVRA_WHITE_BALANCE_MANUAL));
     ASSERT_TRUE(Tavra_SetWhiteBalanceGain(handle, 256, 128, 128, 64));
@@ -155,7 +155,7 @@ TEST_F(ChainOrderOf, ASmallMosaicIsAsReckonedByHand) {
 // 12 bits in words: 8 bits before anything else; a mono frame has no curves of positions, no matrix and no
 // suppression.
 TEST_F(ChainOrderOf, ASmallMonoFrameIsAsReckonedByHand) {
-    const ToldFrame frame{
+    const ChainFrame frame{
         .width = 3, .height = 3, .transferBits = 128, .colorArray = 2, .previewFormat = 4, .rotation = 1};
     ASSERT_NO_FATAL_FAILURE(open(frame));
     ASSERT_NO_FATAL_FAILURE(dress(record(), 3, 3));
@@ -186,7 +186,7 @@ TEST_F(ChainOrderOf, ASmallMonoFrameIsAsReckonedByHand) {
 }
 
 TEST_F(ChainOrderOf, RawConsumersSeeTheFrameBeforeAnyStage) {
-    const ToldFrame frame{
+    const ChainFrame frame{
         .width = kWidth, .height = kHeight, .colorArray = 2, .mirror = 1, .reducesNoise = true};
     ASSERT_NO_FATAL_FAILURE(open(frame));
     ASSERT_NO_FATAL_FAILURE(dress(record(), kWidth, kHeight));

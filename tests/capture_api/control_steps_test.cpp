@@ -78,7 +78,7 @@ TEST_F(ControlSteps, NoiseIsReducedWhereATriggerMakesTheExposure) {
 }
 
 TEST_F(ControlSteps, NoiseReductionGoesByTheTriggerWordOfTheStart) {
-    const ToldFrame frame{.width = kWidth, .height = kHeight, .colorArray = 1, .previewFormat = 1};
+    const ChainFrame frame{.width = kWidth, .height = kHeight, .colorArray = 1, .previewFormat = 1};
     for (const bool reduces : {false, true}) {
         ASSERT_NO_FATAL_FAILURE(openWithTriggerWord(frame, reduces ? 0x1001 : 0));
         ASSERT_TRUE(Tavra_SetNoiseReductionMode(handle, TAVRA_NOISE_REDUCTION_MEDIAN));
@@ -104,12 +104,12 @@ TEST_F(ControlSteps, NoiseReductionGoesByTheTriggerWordOfTheStart) {
 TEST_F(ControlSteps, NoiseIsReducedInRawClassesOnly) {
     for (const std::uint32_t code : kEveryCode) {
         SCOPED_TRACE(code);
-        const ToldFrame frame{.width = kWidth,
-                              .height = kHeight,
-                              .transferBits = code,
-                              .colorArray = 1,
-                              .previewFormat = 1,
-                              .reducesNoise = true};
+        const ChainFrame frame{.width = kWidth,
+                               .height = kHeight,
+                               .transferBits = code,
+                               .colorArray = 1,
+                               .previewFormat = 1,
+                               .reducesNoise = true};
         ASSERT_NO_FATAL_FAILURE(open(frame));
         const Bytes raw = noise(code);
         const Bytes noisy = preview(raw).data;
@@ -140,7 +140,7 @@ TEST_F(ControlSteps, GainsAndStatisticsAreForRawClassesOnly) {
     for (const std::uint32_t code : kEveryCode) {
         SCOPED_TRACE(code);
         const bool isRaw = transferClass(code).raw;
-        const ToldFrame frame{.width = kWidth, .height = kHeight, .transferBits = code, .colorArray = 2};
+        const ChainFrame frame{.width = kWidth, .height = kHeight, .transferBits = code, .colorArray = 2};
         ASSERT_NO_FATAL_FAILURE(open(frame));
         ASSERT_TRUE(Tavra_SetWhiteBalanceMode(handle, TAVRA_WHITE_BALANCE_OFF));
         const Bytes raw = noise(code);
@@ -295,8 +295,8 @@ TEST_F(ControlSteps, WhiteBalanceThatCannotActDoesNotEndTheRun) {
     ASSERT_TRUE(Tavra_SetColorInterpolationMethod(handle, 1));
     usb.failRequest(128);
     const Bytes raw = levels(10, 20, 30, 40);
-    ToldChain told({.width = kWidth, .height = kHeight, .colorArray = 2, .method = 1});
-    EXPECT_EQ(preview(raw).data, told.image(raw)) << "its gains are in the frame already";
+    PlainChain plain({.width = kWidth, .height = kHeight, .colorArray = 2, .method = 1});
+    EXPECT_EQ(preview(raw).data, plain.image(raw)) << "its gains are in the frame already";
     runWithoutPreview(raw, 25);
     EXPECT_TRUE(isNothing(measured()));
 }

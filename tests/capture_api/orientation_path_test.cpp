@@ -13,18 +13,18 @@ class OrientationPath : public ChainTest {
     struct Size {
         std::uint32_t width, height;
     };
-    void expectAsTold(const ToldFrame& frame, bool dressed = true) {
+    void expectAsPlain(const ChainFrame& frame, bool dressed = true) {
         ASSERT_NO_FATAL_FAILURE(open(frame));
-        ToldChain told(frame);
+        PlainChain plain(frame);
         if (dressed) {
             ASSERT_NO_FATAL_FAILURE(dress(record(), frame.width, frame.height));
-            ASSERT_NO_FATAL_FAILURE(dress(told.stages(), frame.width, frame.height));
+            ASSERT_NO_FATAL_FAILURE(dress(plain.stages(), frame.width, frame.height));
         }
         const Bytes raw = noise(frame.transferBits + frame.mirror + 4u * frame.rotation);
         const SeenImage seen = preview(raw);
-        EXPECT_EQ(seen.data, told.image(raw));
-        EXPECT_EQ(seen.width, told.width());
-        EXPECT_EQ(seen.height, told.height());
+        EXPECT_EQ(seen.data, plain.image(raw));
+        EXPECT_EQ(seen.width, plain.width());
+        EXPECT_EQ(seen.height, plain.height());
         close();
     }
     // Runs through all eight ways to turn a frame.
@@ -53,12 +53,12 @@ TEST_F(OrientationPath, EveryClassIsTurnedInItsPlace) {
         for (const std::uint32_t code : {1u, 4u, 0x10000u, 32u, 128u, 0x200000u, 1024u, 2048u}) {
             SCOPED_TRACE(code);
             const std::uint32_t width = (code & 0x330000) != 0 ? 4 : 7;
-            expectAsTold({.width = width,
-                          .height = 6,
-                          .transferBits = code,
-                          .colorArray = 2,
-                          .mirror = mirror,
-                          .rotation = rotation});
+            expectAsPlain({.width = width,
+                           .height = 6,
+                           .transferBits = code,
+                           .colorArray = 2,
+                           .mirror = mirror,
+                           .rotation = rotation});
         }
     });
 }
@@ -72,13 +72,13 @@ TEST_F(OrientationPath, YcbcrIsTurnedAsAnImage) {
         for (const std::uint32_t code : codes) {
             const std::uint32_t format = formats[(mirror + rotation) % 3];
             SCOPED_TRACE(testing::Message() << "transfer bits " << code << ", preview " << format);
-            expectAsTold({.width = 8,
-                          .height = 4,
-                          .transferBits = code,
-                          .colorArray = 1,
-                          .previewFormat = format,
-                          .mirror = mirror,
-                          .rotation = rotation});
+            expectAsPlain({.width = 8,
+                           .height = 4,
+                           .transferBits = code,
+                           .colorArray = 1,
+                           .previewFormat = format,
+                           .mirror = mirror,
+                           .rotation = rotation});
         }
     });
 }
@@ -171,13 +171,13 @@ TEST_F(OrientationPath, ARotationThatIsNoneTurnsNothing) {
                                               .rotation = rotation}));
                 const Bytes raw = noise(7);
                 const SeenImage seen = preview(raw);
-                ToldChain told({.width = 8,
-                                .height = 4,
-                                .transferBits = code,
-                                .colorArray = 1,
-                                .mirror = mirror,
-                                .rotation = 0});
-                EXPECT_EQ(seen.data, told.image(raw));
+                PlainChain plain({.width = 8,
+                                  .height = 4,
+                                  .transferBits = code,
+                                  .colorArray = 1,
+                                  .mirror = mirror,
+                                  .rotation = 0});
+                EXPECT_EQ(seen.data, plain.image(raw));
                 EXPECT_EQ(seen.width, 8u);
                 EXPECT_EQ(record().imagesA.image(1).frameNumber, 1u) << "the images without rotation";
                 EXPECT_EQ(record().imagesB.image(1).frameNumber, 0u);
@@ -218,8 +218,8 @@ TEST_F(OrientationPath, ARotationTakesEffectWhileTheStreamRuns) {
         const bool turned = rotation == 1 || rotation == 2;
         EXPECT_EQ(seen.back().width, turned ? 4u : 8u);
         EXPECT_EQ(seen.back().height, turned ? 8u : 4u);
-        ToldChain told({.width = 8, .height = 4, .colorArray = 2, .rotation = rotation});
-        EXPECT_EQ(seen.back().data, told.image(raw));
+        PlainChain plain({.width = 8, .height = 4, .colorArray = 2, .rotation = rotation});
+        EXPECT_EQ(seen.back().data, plain.image(raw));
     }
     stopAndExpectCode(0);
     const std::uint8_t* afterwards[2][3] = {};
@@ -289,12 +289,12 @@ TEST_F(OrientationPath, TheCamerasMirrorChangesWithTheNextFrame) {
         const auto seen = images.waitFor(i + 1);
         ASSERT_EQ(seen.size(), i + 1);
         EXPECT_EQ(raws.waitFor(i + 1)[i].colorArray, arrays[i]);
-        ToldChain told({.width = 6,
-                        .height = 4,
-                        .colorArray = arrays[i],
-                        .method = 1,
-                        .mirror = static_cast<std::uint8_t>(modes[i] & 3)});
-        EXPECT_EQ(seen[i].data, told.image(raw)) << i;
+        PlainChain plain({.width = 6,
+                          .height = 4,
+                          .colorArray = arrays[i],
+                          .method = 1,
+                          .mirror = static_cast<std::uint8_t>(modes[i] & 3)});
+        EXPECT_EQ(seen[i].data, plain.image(raw)) << i;
     }
     stopAndExpectCode(0);
 }

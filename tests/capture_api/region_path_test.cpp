@@ -11,7 +11,7 @@ class RegionPath : public ChainTest {
     };
 
     // The first region is the main image. The frame holds them one after the other.
-    void openRegions(const std::vector<Region>& regions, const ToldFrame& frame, std::uint32_t mode = 0) {
+    void openRegions(const std::vector<Region>& regions, const ChainFrame& frame, std::uint32_t mode = 0) {
         DoubleCamera& camera = describe(frame.transferBits, frame.colorArray);
         const auto count = static_cast<std::uint32_t>(regions.size());
         camera.offerRegions(count);
@@ -62,18 +62,18 @@ TEST_F(RegionPath, TheStagesSeeTheComposedImage) {
     for (const std::uint32_t code : {1u, 4u, 0x10000u, 0x20000u, 32u, 64u, 0x100000u, 1024u, 8192u, 16384u}) {
         for (const std::uint8_t rotation : {0, 1}) {
             SCOPED_TRACE(testing::Message() << "transfer bits " << code << ", rotation " << +rotation);
-            const ToldFrame frame{.width = 8,
-                                  .height = 4,
-                                  .transferBits = code,
-                                  .colorArray = 2,
-                                  .mirror = 1,
-                                  .rotation = rotation};
+            const ChainFrame frame{.width = 8,
+                                   .height = 4,
+                                   .transferBits = code,
+                                   .colorArray = 2,
+                                   .mirror = 1,
+                                   .rotation = rotation};
             openRegions({{4, 2, 0, 0}, {4, 2, 20, 30}}, frame);
             ASSERT_NO_FATAL_FAILURE(dress(record(), 8, 4));
-            ToldChain told(frame);
-            ASSERT_NO_FATAL_FAILURE(dress(told.stages(), 8, 4));
+            PlainChain plain(frame);
+            ASSERT_NO_FATAL_FAILURE(dress(plain.stages(), 8, 4));
             const Bytes raw = noise(code);
-            EXPECT_EQ(preview(raw).data, told.image(diagonal(raw, 4 * transferBitsPerPixel(code) / 8, 2)));
+            EXPECT_EQ(preview(raw).data, plain.image(diagonal(raw, 4 * transferBitsPerPixel(code) / 8, 2)));
             close();
         }
     }

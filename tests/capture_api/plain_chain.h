@@ -1,6 +1,5 @@
-// The way of a frame once more, in the order in which the stages are told to act, on stages of its own: what
-// images of a stream are compared with. It shares the stage classes with the library, and no line of the
-// frame path.
+// The way of a frame once more, call by call on stages of its own: what images of a stream are compared
+// with. It shares the stage classes with the library, and no line of the frame path. Used by one thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -81,7 +80,7 @@ inline std::uint32_t transferBitsPerPixel(std::uint32_t code) {
     }
 }
 
-struct ToldFrame {
+struct ChainFrame {
     std::uint32_t width = 0, height = 0;
     std::uint32_t transferBits = 1;
     std::uint16_t colorArray = 1;
@@ -92,9 +91,9 @@ struct ToldFrame {
 };
 
 // Stages of its own, to be given the settings of the camera's.
-class ToldChain {
+class PlainChain {
   public:
-    explicit ToldChain(const ToldFrame& frame, std::array<std::uint16_t, 4> gains = {128, 128, 128, 128})
+    explicit PlainChain(const ChainFrame& frame, std::array<std::uint16_t, 4> gains = {128, 128, 128, 128})
         : frame_(frame) {
         stages_.colorArray = frame.colorArray;
         stages_.whiteBalanceWords = gains;
@@ -187,7 +186,7 @@ class ToldChain {
         return (width * pixelBytes + 3) / 4 * 4;
     }
 
-    ToldFrame frame_;
+    ChainFrame frame_;
     TAVRA_COMMON_PARAM stages_;
     std::uint32_t width_ = 0, height_ = 0;
 };
