@@ -1,4 +1,5 @@
 // `tavra get` and `tavra set`: read and change the everyday settings.
+#include <algorithm>
 #include <iomanip>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -10,13 +11,22 @@
 namespace tavra::tool {
 namespace {
 
+constexpr std::size_t kNarrowestColumn = 16;
+
 std::string helpOfAll() {
-    std::string text = "Settings:\n";
+    std::string text = "Settings (* in the library: for the run of a command, give them with --set):\n";
     for (const Setting& setting : settings()) {
-        const std::string name = std::string(setting.name) + (setting.set == nullptr ? " (read only)" : "");
-        text += "  " + name + std::string(name.size() < 26 ? 26 - name.size() : 1, ' ') + setting.help + "\n";
+        const std::string name = std::string(setting.name) + (setting.keptBy == KeptBy::Library ? " *" : "") +
+                                 (setting.set == nullptr ? " (read only)" : "");
+        text += "  " + name + std::string(name.size() < 30 ? 30 - name.size() : 1, ' ') + setting.help + "\n";
     }
     return text;
+}
+
+int columnWidth(const std::vector<const Setting*>& wanted) {
+    std::size_t width = kNarrowestColumn;
+    for (const Setting* setting : wanted) width = std::max(width, std::string(setting->name).size() + 2);
+    return static_cast<int>(width);
 }
 
 // A setting that this camera does not have is shown as such when all are asked for.
@@ -54,7 +64,7 @@ void addGet(CLI::App& app) {
             } else if (names.size() == 1) {
                 std::cout << value << '\n';
             } else {
-                std::cout << std::left << std::setw(16) << setting->name << value << '\n';
+                std::cout << std::left << std::setw(columnWidth(wanted)) << setting->name << value << '\n';
             }
         }
         if (json) std::cout << object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
@@ -63,7 +73,7 @@ void addGet(CLI::App& app) {
 
 void addSet(CLI::App& app) {
     auto* const command =
-        app.add_subcommand("set", "Change settings that the camera keeps while it has power");
+        app.add_subcommand("set", "Change settings; the camera keeps its own while it has power");
     static CameraChoice choice;
     static std::vector<std::string> assignments;
     choice.addTo(*command);
@@ -72,9 +82,15 @@ void addSet(CLI::App& app) {
     command->callback([] {
         const Camera camera(choice);
         applyAssignments(camera, assignments);
+        bool forThisRunOnly = false;
         for (const std::string& assignment : assignments) {
             const Setting& setting = settingNamed(assignment.substr(0, assignment.find('=')));
             std::cout << setting.name << " is now " << setting.get(camera) << '\n';
+            forThisRunOnly |= setting.keptBy == KeptBy::Library;
+        }
+        if (forThisRunOnly) {
+            std::cerr << "Settings of the library end with this command; give them to snap, stream or watch "
+                         "with --set.\n";
         }
     });
 }

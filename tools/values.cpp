@@ -41,6 +41,11 @@ constexpr NamedCode kColorArraysTable[] = {
     {12, "pattern RGGB"}, {13, "pattern GRBG"}, {14, "pattern GBRG"}, {15, "pattern BGGR"}, {16, "quad RGGB"},
     {17, "quad GRBG"},    {18, "quad GBRG"},    {19, "quad BGGR"}};
 
+constexpr NamedCode kExposureModesTable[] = {
+    {0, "free"}, {1, "timed"}, {2, "trigger-width"}, {3, "sub-trigger"}};
+constexpr NamedCode kMirrorsTable[] = {{1, "h"}, {2, "v"}, {16, "camera-h"}, {32, "camera-v"}};
+constexpr NamedCode kRotationsTable[] = {{0, "off"}, {1, "cw"}, {2, "ccw"}};
+
 bool parse(std::string_view text, std::uint32_t& value) {
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
     if (hexadecimal) text.remove_prefix(2);
@@ -70,6 +75,9 @@ const std::span<const NamedCode> kPixelFormats = kPixelFormatsTable;
 const std::span<const NamedCode> kInterpolations = kInterpolationsTable;
 const std::span<const NamedCode> kLinkSpeeds = kLinkSpeedsTable;
 const std::span<const NamedCode> kColorArrays = kColorArraysTable;
+const std::span<const NamedCode> kExposureModes = kExposureModesTable;
+const std::span<const NamedCode> kMirrors = kMirrorsTable;
+const std::span<const NamedCode> kRotations = kRotationsTable;
 
 std::string nameOf(std::span<const NamedCode> table, std::uint32_t code) {
     for (const NamedCode& entry : table) {
@@ -79,13 +87,16 @@ std::string nameOf(std::span<const NamedCode> table, std::uint32_t code) {
 }
 
 std::uint32_t codeOf(std::span<const NamedCode> table, std::string_view text, const std::string& what) {
+    std::uint32_t code = 0;
+    return parse(text, code) ? code : onlyNamed(table, text, what);
+}
+
+std::uint32_t onlyNamed(std::span<const NamedCode> table, std::string_view text, const std::string& what) {
     std::string names;
     for (const NamedCode& entry : table) {
         if (text == entry.name) return entry.code;
         names += (names.empty() ? "" : ", ") + std::string(entry.name);
     }
-    std::uint32_t code = 0;
-    if (parse(text, code)) return code;
     throw Failure(what + " cannot be '" + std::string(text) + "': one of " + names, ExitCode::Usage);
 }
 

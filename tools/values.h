@@ -18,11 +18,17 @@ extern const std::span<const NamedCode> kPixelFormats;  // of the preview
 extern const std::span<const NamedCode> kInterpolations;
 extern const std::span<const NamedCode> kLinkSpeeds;
 extern const std::span<const NamedCode> kColorArrays;
+extern const std::span<const NamedCode> kExposureModes;
+extern const std::span<const NamedCode> kMirrors;  // bits
+extern const std::span<const NamedCode> kRotations;
 
 // The name of a code, or its number where the table has none.
 std::string nameOf(std::span<const NamedCode> table, std::uint32_t code);
 // The code of a name or of a number (decimal, or hexadecimal after 0x). Throws Failure listing the names.
 std::uint32_t codeOf(std::span<const NamedCode> table, std::string_view text, const std::string& what);
+// The code of a name and of nothing else, for settings that a number would not check. Throws Failure listing
+// the names.
+std::uint32_t onlyNamed(std::span<const NamedCode> table, std::string_view text, const std::string& what);
 // The names of the codes whose bits are in the mask, separated by commas.
 std::string namesIn(std::span<const NamedCode> table, std::uint32_t mask);
 
