@@ -10,6 +10,8 @@ void addList(CLI::App& app);
 void addInfo(CLI::App& app);
 void addSnap(CLI::App& app);
 void addStream(CLI::App& app);
+void addWatch(CLI::App& app);
+void addCalibrate(CLI::App& app);
 void addGetAndSet(CLI::App& app);
 void addDoctor(CLI::App& app);
 

@@ -19,6 +19,8 @@ int run(int argc, char** argv) {
     addInfo(app);
     addSnap(app);
     addStream(app);
+    addWatch(app);
+    addCalibrate(app);
     addGetAndSet(app);
     addDoctor(app);
     try {

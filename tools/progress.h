@@ -1,15 +1,20 @@
 // A line that is written over while something long goes on.
 #pragma once
 
+#include <cstddef>
+#include <iosfwd>
 #include <string>
 
 namespace tavra::tool {
 
-// On a terminal the line is replaced each time; in a file or pipe each text is a line of its own. Written to
-// standard error, so that results on standard output stay clean. One thread.
+// On a terminal the line is replaced each time; in a file or pipe each text is a line of its own. One thread.
 class LiveLine {
   public:
-    LiveLine();
+    // Progress goes to standard error, so that results on standard output stay clean; a line that is the
+    // result itself goes there.
+    enum class Purpose { Progress, Result };
+
+    explicit LiveLine(Purpose purpose = Purpose::Progress);
     ~LiveLine() { finish(); }
 
     void show(const std::string& text);
@@ -19,6 +24,7 @@ class LiveLine {
     void finish();
 
   private:
+    std::ostream& stream_;
     bool terminal_;
     std::size_t shownLength_ = 0;
 };

@@ -40,6 +40,7 @@ std::span<const Setting> detailSettings();
 std::span<const Setting> deviceSettings();
 
 // What settings of several subjects ask the camera first.
+constexpr std::uint32_t kFunctionCameraWhiteBalance = 24;  // capability word 1 bit 8
 bool hasFunction(const Camera& camera, std::uint32_t function);
 bool isMonoLike(const Camera& camera);
 // Throws Failure on a mono-like camera; `what` is what it lacks: "colour matrix".

@@ -12,8 +12,7 @@ namespace {
 
 using std::string;
 
-constexpr double kUnity = 128;                             // a gain of 1.0
-constexpr std::uint32_t kFunctionCameraWhiteBalance = 24;  // capability word 1 bit 8
+constexpr double kUnity = 128;  // a gain of 1.0
 
 constexpr NamedCode kModes[] = {{TAVRA_WHITE_BALANCE_OFF, "off"},
                                 {TAVRA_WHITE_BALANCE_MANUAL, "manual"},

@@ -7,7 +7,10 @@
 #include "camera.h"
 #include "commands.h"
 #include "image_format.h"
+#include "progress.h"
 #include "settings_table.h"
+#include "settle.h"
+#include "stream_session.h"
 #include "values.h"
 
 namespace tavra::tool {
@@ -18,6 +21,8 @@ struct Options {
     std::string fileName;
     std::vector<std::string> assignments;
     bool raw = false;
+    bool automatic = false;
+    double settleSeconds = 30;
     double timeoutSeconds = 10;
 };
 
@@ -86,12 +91,28 @@ Image takeRaw(const Camera& camera, double timeoutSeconds, bool rawFile) {
     return image;
 }
 
+Image take(const Camera& camera, const Options& options, bool rawFile) {
+    return options.raw || rawFile ? takeRaw(camera, options.timeoutSeconds, rawFile)
+                                  : takePreview(camera, options.timeoutSeconds);
+}
+
+// Of the stream on which the controls have settled. One that they could not settle in time is taken all the
+// same.
+Image takeSettled(const Camera& camera, const Options& options, bool rawFile) {
+    noteInterrupts();
+    const StreamSession stream(camera);
+    LiveLine live;
+    live.note(settleControls(camera, stream, options.settleSeconds, live).text());
+    endOnInterrupts();
+    return take(camera, options, rawFile);
+}
+
 void run(const Options& options) {
     const Camera camera(options.choice);
     applyAssignments(camera, options.assignments);
     const bool rawFile = isRawName(options.fileName);
-    const Image image = options.raw || rawFile ? takeRaw(camera, options.timeoutSeconds, rawFile)
-                                               : takePreview(camera, options.timeoutSeconds);
+    const Image image =
+        options.automatic ? takeSettled(camera, options, rawFile) : take(camera, options, rawFile);
     camera.check(Tavra_SaveImageA(camera.handle(), image.width, image.height, image.format,
                                   image.pixels.data(), options.fileName.c_str(), 1),
                  "cannot write " + options.fileName);
@@ -112,6 +133,10 @@ void addSnap(CLI::App& app) {
             "File to write: .png, .tif or .bmp for the finished picture, .raw for the frame as it came")
         ->required();
     command->add_flag("--raw", options.raw, "The frame before any processing (16-bit samples: .tif)");
+    command->add_flag("--auto", options.automatic, "Let exposure control and white balance settle first");
+    command->add_option("--settle", options.settleSeconds, "With --auto: seconds for that at most")
+        ->check(CLI::Range(0.1, 4000000.0))
+        ->capture_default_str();
     command->add_option("--set", options.assignments,
                         "NAME=VALUE before the shot, as in `tavra set`; repeatable");
     command->add_option("--timeout", options.timeoutSeconds, "Seconds to wait for the frame (0: for ever)")

@@ -1,5 +1,4 @@
 // `tavra stream`: run the camera and tell what arrives.
-#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -10,14 +9,12 @@
 #include "progress.h"
 #include "settings_table.h"
 #include "stream_monitor.h"
-#include "tavra/tavra_host.h"
+#include "stream_session.h"
 
 namespace tavra::tool {
 namespace {
 
 using Clock = StreamMonitor::Clock;
-
-volatile std::sig_atomic_t interrupted = 0;
 
 struct Options {
     CameraChoice choice;
@@ -31,30 +28,6 @@ struct Options {
 struct Rates {
     double fps = 0;
     double megabytes = 0;
-};
-
-class Receiver {
-  public:
-    Receiver() : window_(TavraHost_CreateReceiver()) {
-        if (window_ == nullptr) throw Failure("no memory or descriptors for the messages of the camera");
-    }
-    ~Receiver() { TavraHost_DestroyReceiver(window_); }
-    Receiver(const Receiver&) = delete;
-    Receiver& operator=(const Receiver&) = delete;
-
-    TavraWindow window() const { return window_; }
-
-    // True when the stream has ended within the time; its end code is then set.
-    bool endedWithin(std::uint32_t timeoutMs, std::uint32_t& endCode) const {
-        TavraMessage message{};
-        if (!TavraHost_WaitMessage(window_, &message, timeoutMs)) return false;
-        if (message.message != TAVRA_MESSAGE_TRANSFER_ENDED) return false;
-        endCode = static_cast<std::uint32_t>(message.parameter2);
-        return true;
-    }
-
-  private:
-    TavraWindow window_;
 };
 
 void onFrame(void*, uint32_t size, uint32_t, uint32_t, uint32_t number, uint16_t, uint32_t, void* context,
@@ -84,7 +57,9 @@ class Run {
         started_ = lastLine_ = Clock::now();
         camera_.check(Tavra_StartTransfer(camera_.handle()), "cannot start the stream");
         while (!done()) {
-            ended_ = receiver_.endedWithin(waitMs(), endCode_);
+            const auto endCode = receiver_.wait(TAVRA_MESSAGE_TRANSFER_ENDED, waitMs());
+            ended_ = endCode.has_value();
+            endCode_ = endCode.value_or(0);
             if (ended_ || Clock::now() - lastLine_ >= std::chrono::seconds(1)) showLine();
             if (ended_) break;
         }
@@ -98,7 +73,7 @@ class Run {
     }
 
     bool done() const {
-        if (interrupted != 0) return true;
+        if (interrupted()) return true;
         if (options_.seconds > 0 && secondsSince(started_) >= options_.seconds) return true;
         return options_.frames > 0 && monitor_.totals().frames >= options_.frames;
     }
@@ -166,7 +141,7 @@ class Run {
         }
         if (ended_ && endCode_ != 0)
             throw failure("the stream ended by itself (" + camera_.name() + ")", endCode_);
-        if (interrupted != 0) return ExitCode::Interrupted;
+        if (interrupted()) return ExitCode::Interrupted;
         return ExitCode::Success;
     }
 
@@ -186,8 +161,7 @@ class Run {
 void run(const Options& options) {
     const Camera camera(options.choice);
     applyAssignments(camera, options.assignments);
-    std::signal(SIGINT, [](int) { interrupted = 1; });
-    std::signal(SIGTERM, [](int) { interrupted = 1; });
+    noteInterrupts();
     const ExitCode code = Run(camera, options).go();
     if (code != ExitCode::Success) throw Failure("interrupted", code);
 }
