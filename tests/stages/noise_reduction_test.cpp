@@ -53,9 +53,9 @@ std::vector<int> plainValues(const Frame& frame, const std::vector<Offset>& offs
                              std::size_t y) {
     std::vector<int> values = {frame.at(x, y)};
     for (const Offset& offset : offsets) {
-        const auto nx = static_cast<long>(x) + offset.x;
-        const auto ny = static_cast<long>(y) + offset.y;
-        if (nx < 0 || ny < 0 || nx >= long{frame.width} || ny >= long{frame.height}) continue;
+        const auto nx = static_cast<std::int64_t>(x) + offset.x;
+        const auto ny = static_cast<std::int64_t>(y) + offset.y;
+        if (nx < 0 || ny < 0 || nx >= std::int64_t{frame.width} || ny >= std::int64_t{frame.height}) continue;
         values.push_back(frame.at(static_cast<std::size_t>(nx), static_cast<std::size_t>(ny)));
     }
     std::sort(values.begin(), values.end(), std::greater<>());
@@ -104,9 +104,9 @@ Frame plainSubtract(const Frame& frame, const Frame& dark, std::uint16_t colorAr
         result.samples[i] = static_cast<std::uint8_t>(std::max(0, frame.samples[i] - dark.samples[i]));
     }
     if (colorArray > 2) return result;
-    const long margin = colorArray == 1 ? 1 : 2;
-    for (long y = margin; y < long{frame.height} - margin; ++y) {
-        for (long x = margin; x < long{frame.width} - margin; ++x) {
+    const std::int64_t margin = colorArray == 1 ? 1 : 2;
+    for (std::int64_t y = margin; y < std::int64_t{frame.height} - margin; ++y) {
+        for (std::int64_t x = margin; x < std::int64_t{frame.width} - margin; ++x) {
             const auto ux = static_cast<std::size_t>(x), uy = static_cast<std::size_t>(y);
             if (frame.at(ux, uy) < 253 || result.at(ux, uy) >= 253) continue;
             const std::vector<Offset> diagonals = {{-1, -1}, {1, -1}, {-1, 1}, {1, 1}};

@@ -93,7 +93,8 @@ void buildGainMap(const FlatField& field, const Targets& targets, const MapRows&
     std::array<double, 4> numerators, limits;
     for (std::size_t k = 0; k < targets.size(); ++k) {
         numerators[k] = static_cast<double>(std::uint32_t{targets[k]} << kGainShift);
-        limits[k] = targets[k] / kMaximumGain;
+        const std::int32_t limit = targets[k] / kMaximumGain;  // whole levels
+        limits[k] = limit;
     }
     buildMap(field, map, [&](double mean, std::size_t k) {
         if (mean <= 0 || mean <= limits[k]) return kMaximumGain << kGainShift;
