@@ -61,6 +61,8 @@ void ControlMonitor::onFrame(void* data, std::uint32_t size, std::uint32_t width
         self->read({static_cast<const std::uint8_t*>(data), size, width, height, transferBits}, number,
                    colorArray);
     } catch (const std::exception&) {
+        const std::lock_guard lock(self->mutex_);
+        ++self->frames_;
     }
 }
 
@@ -71,7 +73,11 @@ void ControlMonitor::read(const RawView& frame, std::uint32_t number, std::uint1
         whiteBalance_.nextFrame(!now.sameWhiteBalance(state_));
         state_ = now;
     }
-    if (!isDue()) return;
+    if (!isDue()) {
+        const std::lock_guard lock(mutex_);
+        ++frames_;
+        return;
+    }
     ControlReading reading;
     reading.frame = number;
     reading.state = state_;
@@ -80,12 +86,12 @@ void ControlMonitor::read(const RawView& frame, std::uint32_t number, std::uint1
     reading.whiteBalanceMoves = whiteBalance_.moves();
     const std::lock_guard lock(mutex_);
     readings_.push_back(reading);
+    ++frames_;  // counted when its reading is there
 }
 
 bool ControlMonitor::isDue() {
     const std::lock_guard lock(mutex_);
-    ++frames_;
-    return std::exchange(asked_, false) || (every_ != 0 && frames_ % every_ == 0);
+    return std::exchange(asked_, false) || (every_ != 0 && (frames_ + 1) % every_ == 0);
 }
 
 FrameMeans ControlMonitor::measure(const RawView& frame, std::uint16_t colorArray) const {

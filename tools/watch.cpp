@@ -48,8 +48,9 @@ class Watch {
                 asked = Clock::now();
             }
             if (stream.runUntilInterrupted(kPollMs)) throw Failure("interrupted", ExitCode::Interrupted);
-            for (ControlReading& reading : monitor_.takeReadings()) show(reading);
+            showReadings();
         }
+        showReadings();  // of the frame that made it done
     }
 
   private:
@@ -59,6 +60,10 @@ class Watch {
     }
 
     double elapsed() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
+
+    void showReadings() {
+        for (ControlReading& reading : monitor_.takeReadings()) show(reading);
+    }
 
     void show(ControlReading& reading) {
         addUnits(camera_, reading.state);
