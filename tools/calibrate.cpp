@@ -26,6 +26,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t kPollMs = 5;
+constexpr double kSettleSeconds = 30;
 
 // What all three have.
 struct Common {
@@ -123,7 +124,10 @@ void calibrateShading(const ShadingOptions& options) {
         FrameTap tap(camera, FrameTap::What::Images);  // shading is for frames that become images
         TappedFrame frame;
         const StreamSession stream(camera);
-        if (options.automatic) live.note(settleControls(camera, stream, 30, live).text());
+        if (options.automatic)
+            live.note(
+                settleControls(camera, stream, !leavesWhiteBalance(options.assignments), kSettleSeconds, live)
+                    .text());
         for (std::uint32_t i = 0; i < options.frames; ++i) {
             live.show("flat field: frame " + std::to_string(i + 1) + " of " + std::to_string(options.frames));
             // Of the frame that is in work already the stage may be behind it, so each step takes two.

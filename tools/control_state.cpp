@@ -4,6 +4,7 @@
 
 #include "exit_code.h"
 #include "quantities.h"
+#include "settings_table.h"
 #include "values.h"
 
 namespace tavra::tool {
@@ -53,6 +54,13 @@ ControlState readControlState(const Camera& camera, bool color) {
                  "cannot read exposure, gain and white balance");
     addUnits(camera, state);
     return state;
+}
+
+bool whiteBalanceActs(const Camera& camera) {
+    std::uint16_t array = 0;
+    camera.check(Tavra_GetColorArray(camera.handle(), &array), "cannot read the colour array");
+    if (isMonoLike(camera)) return false;
+    return array <= TAVRA_COLOR_ARRAY_BGGR || hasFunction(camera, kFunctionCameraWhiteBalance);
 }
 
 void requireMosaicFormat(const Camera& camera, const std::string& what) {

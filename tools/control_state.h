@@ -32,6 +32,10 @@ bool readControlNumbers(const Camera& camera, bool color, ControlState& state);
 // Time and decibels of the numbers.
 void addUnits(const Camera& camera, ControlState& state);
 
+// Whether white balance has something to act on: a Bayer mosaic, or a camera that does it itself. Quad
+// mosaics pass it unchanged, and the control would push its gains to their ends.
+bool whiteBalanceActs(const Camera& camera);
+
 // Throws Failure unless the camera sends frames that the controls of the library work on.
 void requireMosaicFormat(const Camera& camera, const std::string& what);
 

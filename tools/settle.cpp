@@ -18,11 +18,15 @@ constexpr auto kLineEvery = std::chrono::milliseconds(500);
 // other, so both go again until a round leaves everything as it was.
 class Settling {
   public:
-    explicit Settling(const Camera& camera) : camera_(camera), color_(!isMonoLike(camera)) {
+    Settling(const Camera& camera, bool balance) : camera_(camera), color_(!isMonoLike(camera)) {
         std::uint32_t modes = 0;
         camera_.check(Tavra_GetEnableWhiteBalanceMode(camera_.handle(), &modes),
                       "cannot read the white balance");
-        balances_ = color_ && (modes >> TAVRA_WHITE_BALANCE_ONE_PUSH & 1) != 0 && !balanceIsByHand();
+        balances_ = balance && whiteBalanceActs(camera) && (modes >> TAVRA_WHITE_BALANCE_ONE_PUSH & 1) != 0;
+        if (color_ && !whiteBalanceActs(camera)) {
+            camera_.check(Tavra_SetWhiteBalanceMode(camera_.handle(), TAVRA_WHITE_BALANCE_OFF),
+                          "cannot switch the white balance off");
+        }
         std::uint8_t mode = 0;
         camera_.check(Tavra_GetALCMode(camera_.handle(), &mode), "cannot read the exposure control");
         if (mode == TAVRA_ALC_SHUTTER || mode == TAVRA_ALC_SHUTTER_ONCE)
@@ -69,14 +73,6 @@ class Settling {
     ControlState state() const { return readControlState(camera_, color_); }
 
   private:
-    // Somebody has set the gains, or switched them off; cameras that balance themselves are off at first.
-    bool balanceIsByHand() const {
-        std::uint8_t mode = 0;
-        camera_.check(Tavra_GetWhiteBalanceMode(camera_.handle(), &mode), "cannot read the white balance");
-        return mode == TAVRA_WHITE_BALANCE_MANUAL ||
-               (mode == TAVRA_WHITE_BALANCE_OFF && !hasFunction(camera_, kFunctionCameraWhiteBalance));
-    }
-
     const Camera& camera_;
     bool color_;
     std::uint8_t exposureMode_ = TAVRA_ALC_SHUTTER_AND_GAIN_ONCE;
@@ -85,6 +81,14 @@ class Settling {
 };
 
 }  // namespace
+
+bool leavesWhiteBalance(const std::vector<std::string>& assignments) {
+    bool leaves = false;
+    for (const std::string& assignment : assignments) {
+        if (assignment.starts_with("wb=")) leaves = assignment == "wb=manual" || assignment == "wb=off";
+    }
+    return leaves;
+}
 
 std::string Settled::text() const {
     char time[32];
@@ -96,10 +100,10 @@ std::string Settled::text() const {
     return what + " had not settled after " + time + state;
 }
 
-Settled settleControls(const Camera& camera, const StreamSession& stream, double limitSeconds,
+Settled settleControls(const Camera& camera, const StreamSession& stream, bool balance, double limitSeconds,
                        LiveLine& live) {
     requireMosaicFormat(camera, "automatic control");
-    Settling settling(camera);
+    Settling settling(camera, balance);
     Settled settled;
     const Clock::time_point start = Clock::now();
     Clock::time_point lastLine = start - kLineEvery;

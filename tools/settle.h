@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "camera.h"
 #include "progress.h"
@@ -20,10 +21,13 @@ struct Settled {
     std::string text() const;
 };
 
+// Whether --set asks for a white balance by hand.
+bool leavesWhiteBalance(const std::vector<std::string>& assignments);
+
 // On a running stream, at most for so many seconds. Both controls are off afterwards, with what they found in
 // force. Throws Failure when the stream ends, is interrupted, or sends frames that the controls cannot
 // measure.
-Settled settleControls(const Camera& camera, const StreamSession& stream, double limitSeconds,
+Settled settleControls(const Camera& camera, const StreamSession& stream, bool balance, double limitSeconds,
                        LiveLine& live);
 
 }  // namespace tavra::tool

@@ -102,7 +102,9 @@ Image takeSettled(const Camera& camera, const Options& options, bool rawFile) {
     noteInterrupts();
     const StreamSession stream(camera);
     LiveLine live;
-    live.note(settleControls(camera, stream, options.settleSeconds, live).text());
+    live.note(
+        settleControls(camera, stream, !leavesWhiteBalance(options.assignments), options.settleSeconds, live)
+            .text());
     endOnInterrupts();
     return take(camera, options, rawFile);
 }

@@ -129,8 +129,9 @@ void switchControlsOn(const Camera& camera) {
     std::uint32_t modes = 0;
     camera.check(Tavra_GetEnableWhiteBalanceMode(camera.handle(), &modes), "cannot read the white balance");
     if (isMonoLike(camera) || (modes >> TAVRA_WHITE_BALANCE_CONTINUOUS & 1) == 0) return;
-    camera.check(Tavra_SetWhiteBalanceMode(camera.handle(), TAVRA_WHITE_BALANCE_CONTINUOUS),
-                 "cannot switch the white balance on");
+    const std::uint8_t mode =
+        whiteBalanceActs(camera) ? TAVRA_WHITE_BALANCE_CONTINUOUS : TAVRA_WHITE_BALANCE_OFF;
+    camera.check(Tavra_SetWhiteBalanceMode(camera.handle(), mode), "cannot switch the white balance");
 }
 
 void run(const Options& options) {

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
+#include <utility>
 
 #include "command_fixture.h"
 
@@ -72,6 +74,30 @@ TEST_F(CommandTest, SnapAutoTellsWhatHadNotSettledInTime) {
               std::string::npos)
         << outcome.output;
     EXPECT_TRUE(std::filesystem::exists(folder / "late.png"));
+}
+
+TEST_F(CommandTest, SnapAutoLeavesTheGainsOfAQuadMosaicAlone) {
+    const Outcome outcome = run("snap --auto --virtual quad:kelvin=3500:pace=off quad.png");
+    EXPECT_NE(outcome.output.find("settled in"), std::string::npos) << outcome.output;
+    EXPECT_EQ(outcome.output.find("wb R 0.0"), std::string::npos) << outcome.output;
+    EXPECT_EQ(
+        run("watch --frames 100 --every 100 --virtual quad:kelvin=3500:pace=off").output.find("balance move"),
+        std::string::npos);
+}
+
+// The light is redder than white, so less red and more blue than in white light make grey.
+TEST_F(CommandTest, SnapAutoLetsACameraBalanceItself) {
+    const auto gains = [this](const std::string& scene) {
+        const std::string output = run("snap --auto --virtual wb:pace=off:" + scene + " wb.png").output;
+        const std::size_t at = output.rfind("wb R ");
+        double r = 0, b = 0;
+        EXPECT_EQ(std::sscanf(output.c_str() + std::min(at, output.size()), "wb R %lf B %lf", &r, &b), 2)
+            << output;
+        return std::pair(r, b);
+    };
+    const auto white = gains("kelvin=5500"), red = gains("kelvin=3000");
+    EXPECT_LT(red.first, white.first);
+    EXPECT_GT(red.second, white.second);
 }
 
 TEST_F(CommandTest, SnapAutoSettlesAMonoCameraAndRefusesFinishedFrames) {
