@@ -30,6 +30,8 @@ namespace tavra {
 namespace {
 
 constexpr std::uint32_t kGreyFormat = 1;
+constexpr std::uint32_t kBgr24Transfer = 1024;
+constexpr std::uint32_t kBgr10Transfer = 2048;
 constexpr std::uint8_t kImageBits = 8;  // of a sample, in the frame and in the image
 constexpr std::uint16_t kBgrBytes =
     3;  // of a pixel that arrives with its colours, as mirror and rotation take it
@@ -147,7 +149,8 @@ bool FramePath::composeRegions() {
 }
 
 void FramePath::classify() {
-    class_ = pixelClass(run_.transferBits);
+    frameCode_ = run_.transferBits;
+    class_ = pixelClass(frameCode_);
     mono_ = isMonoFrame(class_, run_.colorArray);
 }
 
@@ -202,9 +205,8 @@ void FramePath::applyRawGamma() {
     static_cast<void>(camera_.gamma->ApplyRaw8(width_, height_, width_, run_.colorArray, data_));
 }
 
-// Mirror and rotation of the frame, in place. By design: pixels that arrive with their colours count as three
-// bytes, also where they take four. A mosaic's colour array turns along for what follows. A failure costs
-// this frame its preview, and nothing more, and stands as the code of the run's end.
+// Mirror and rotation of the frame, in place. A mosaic's colour array turns along for what follows. A failure
+// costs this frame its preview, and nothing more, and stands as the code of the run's end.
 bool FramePath::turnFrame() {
     if (mirror_ == 0 && rotation_ == 0) return true;
     std::uint32_t failure = 0;
@@ -212,11 +214,20 @@ bool FramePath::turnFrame() {
         failure =
             camera_.flip->FlipRaw8(mirror_, rotation_, &width_, &height_, data_, data_, &run_.colorArray);
     } else {
+        narrowWordPixels();
         failure =
             camera_.flip->Flip8(mirror_, rotation_, &width_, &height_, data_, data_, mono_ ? 1 : kBgrBytes);
     }
     if (failure != 0) run_.error = failure;
     return failure == 0;
+}
+
+// A quarter turn moves three bytes of a pixel. What the image takes of a word with three colours are three
+// bytes, too.
+void FramePath::narrowWordPixels() {
+    if (frameCode_ != kBgr10Transfer) return;
+    narrowBgr10Frame(width_, height_, data_);
+    frameCode_ = kBgr24Transfer;
 }
 
 // The same for frames that become an image as they come, in the image.
@@ -251,8 +262,7 @@ bool FramePath::chooseTarget() {
 Status FramePath::makeImage() {
     switch (class_) {
         case PixelClass::Bgr:
-            return convertBgrFrame(run_.transferBits, width_, height_, data_, run_.previewFormat,
-                                   imagePixels());
+            return convertBgrFrame(frameCode_, width_, height_, data_, run_.previewFormat, imagePixels());
         case PixelClass::Ycbcr: return convertYcbcr();
         default: return interpolateMosaic();
     }

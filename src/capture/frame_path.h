@@ -49,6 +49,7 @@ class FramePath {
     void correctShading();
     void applyRawGamma();
     bool turnFrame();
+    void narrowWordPixels();
     bool chooseTarget();
     Status makeImage();
     Status interpolateMosaic();
@@ -83,6 +84,7 @@ class FramePath {
     std::uint8_t rotation_ = 0;
     std::uint32_t width_ = 0;  // as the stages see it, after mirror and rotation
     std::uint32_t height_ = 0;
+    std::uint32_t frameCode_ = 0;  // transfer bits of what data_ holds now
     PixelClass class_ = PixelClass::Unknown;
     bool mono_ = false;
 

@@ -85,4 +85,14 @@ Status convertBgrFrame(std::uint32_t transferCode, std::uint32_t width, std::uin
     return {};
 }
 
+void narrowBgr10Frame(std::uint32_t width, std::uint32_t height, std::uint8_t* frame) {
+    const std::size_t pixels = std::size_t{width} * height;
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const std::uint32_t word = loadLe32(frame + 4 * i);
+        frame[3 * i] = static_cast<std::uint8_t>(word >> 2);
+        frame[3 * i + 1] = static_cast<std::uint8_t>(word >> 12);
+        frame[3 * i + 2] = static_cast<std::uint8_t>(word >> 22);
+    }
+}
+
 }  // namespace tavra

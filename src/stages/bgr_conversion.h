@@ -17,4 +17,7 @@ namespace tavra {
 Status convertBgrFrame(std::uint32_t transferCode, std::uint32_t width, std::uint32_t height,
                        const std::uint8_t* source, std::uint32_t previewFormat, std::uint8_t* destination);
 
+// A frame of code 2048 made one of code 1024, in place.
+void narrowBgr10Frame(std::uint32_t width, std::uint32_t height, std::uint8_t* frame);
+
 }  // namespace tavra

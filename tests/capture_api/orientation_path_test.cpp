@@ -88,9 +88,9 @@ TEST_F(OrientationPath, YcbcrIsTurnedAsAnImage) {
 TEST_F(OrientationPath, EveryPixelGoesWhereItBelongs) {
     constexpr Size kSize{8, 4};
     forEachTurn([&](std::uint8_t mirror, std::uint8_t rotation) {
-        for (const std::uint32_t code : {1u, 32u, 1024u, 16384u}) {
+        for (const std::uint32_t code : {1u, 32u, 1024u, 2048u, 16384u}) {
             SCOPED_TRACE(code);
-            const bool isBgr = code == 1024;
+            const bool isBgr = code == 1024 || code == 2048;
             ASSERT_NO_FATAL_FAILURE(open({.width = kSize.width,
                                           .height = kSize.height,
                                           .transferBits = code,
@@ -105,7 +105,14 @@ TEST_F(OrientationPath, EveryPixelGoesWhereItBelongs) {
             const SeenImage seen = preview(raw);
             const Size turned = rotation == 0 ? kSize : Size{kSize.height, kSize.width};
             const std::uint32_t pixelBytes = isBgr ? 3 : 1;
-            const std::uint32_t step = code == 1 || code == 32 ? 1 : 3;
+            // What the image has of channel c of a pixel.
+            const auto sample = [&](std::uint32_t pixel, std::uint32_t c) -> std::uint32_t {
+                if (code == 1 || code == 32) return raw[pixel];
+                if (code != 2048) return raw[pixel * 3 + c];
+                std::uint64_t word = 0;
+                for (unsigned i = 0; i < 4; ++i) word |= std::uint64_t{raw[pixel * 4 + i]} << (8 * i);
+                return static_cast<std::uint32_t>(word >> (10 * c + 2) & 0xFF);
+            };
             ASSERT_EQ(seen.width, turned.width);
             ASSERT_EQ(seen.height, turned.height);
             ASSERT_EQ(seen.data.size(), kSize.width * kSize.height * pixelBytes);
@@ -114,7 +121,7 @@ TEST_F(OrientationPath, EveryPixelGoesWhereItBelongs) {
                     const Size to = placeOf({x, y}, kSize, mirror, rotation);
                     for (std::uint32_t c = 0; c < pixelBytes; ++c) {
                         ASSERT_EQ(seen.data[(to.height * turned.width + to.width) * pixelBytes + c],
-                                  raw[(y * kSize.width + x) * step + c])
+                                  sample(y * kSize.width + x, c))
                             << x << ", " << y;
                     }
                 }

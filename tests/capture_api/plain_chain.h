@@ -110,6 +110,7 @@ class PlainChain {
         std::uint16_t array = frame_.colorArray;
         const bool mono = kind.mono || (kind.raw && (array == 1 || (array >= 12 && array <= 15)));
         const bool finished = !kind.raw && !kind.mono;
+        std::uint32_t code = frame_.transferBits;
         const bool turns = frame_.mirror != 0 || frame_.rotation != 0;
         std::uint8_t* const raw = data.data();
 
@@ -130,6 +131,15 @@ class PlainChain {
                     0u);
             }
         } else if (!kind.ycbcr && turns) {
+            if (code == 2048) {  // the upper eight bits of each colour
+                for (std::size_t i = 0; i < std::size_t{width} * height; ++i) {
+                    const std::uint32_t word = raw[4 * i] | raw[4 * i + 1] << 8 | raw[4 * i + 2] << 16 |
+                                               std::uint32_t{raw[4 * i + 3]} << 24;
+                    for (unsigned c = 0; c < 3; ++c)
+                        raw[3 * i + c] = static_cast<std::uint8_t>(word >> (10 * c + 2));
+                }
+                code = 1024;
+            }
             EXPECT_EQ(
                 stages_.flip->Flip8(frame_.mirror, frame_.rotation, &width, &height, raw, raw, mono ? 1 : 3),
                 0u);
@@ -148,9 +158,7 @@ class PlainChain {
                           0u);
             }
         } else if (finished) {
-            EXPECT_TRUE(
-                convertBgrFrame(frame_.transferBits, width, height, raw, frame_.previewFormat, image.data())
-                    .ok());
+            EXPECT_TRUE(convertBgrFrame(code, width, height, raw, frame_.previewFormat, image.data()).ok());
         } else {
             EXPECT_EQ(
                 stages_.colorInterpolation->ConvertEx(width, height, width, raw, 0, image.data(),

@@ -71,5 +71,14 @@ TEST(BgrFrame, OtherCodesAndFormatsAreRefused) {
     EXPECT_EQ(image[0], 9);
 }
 
+TEST(BgrConversion, AFrameOfWordsIsNarrowedInPlace) {
+    // B 0x003, G 0x102, R 0x201 and B 0x3FF, G 0, R 0x155, from the low end; the two top bits are nobody's.
+    std::uint8_t frame[] = {0x03, 0x08, 0x14, 0xE0, 0xFF, 0x03, 0x50, 0x15};
+    narrowBgr10Frame(1, 2, frame);
+    const std::uint8_t expected[] = {0x00, 0x40, 0x80, 0xFF, 0x00, 0x55};
+    EXPECT_TRUE(std::equal(std::begin(expected), std::end(expected), frame));
+    narrowBgr10Frame(0, 7, nullptr);
+}
+
 }  // namespace
 }  // namespace tavra
