@@ -96,9 +96,5 @@ std::vector<Pair> addAll() {
 }  // namespace tavra::bench
 
 int main(int argc, char** argv) {
-    if (!tavra::bench::initializeShuffled(argc, argv)) return 2;
-    const std::vector<tavra::bench::Pair> pairs = tavra::bench::addAll();
-    tavra::bench::FastestReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    return reporter.printRatios(pairs) ? 0 : 1;
+    return tavra::bench::runPairs(argc, argv, tavra::bench::addAll);
 }

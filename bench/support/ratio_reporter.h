@@ -75,4 +75,13 @@ class FastestReporter : public benchmark::ConsoleReporter {
     std::map<std::string, double> fastest_;
 };
 
+// The whole of a benchmark's main function. `addAll` registers both sides of its pairs.
+inline int runPairs(int argc, char** argv, std::vector<Pair> (*addAll)()) {
+    if (!initializeShuffled(argc, argv)) return 2;
+    const std::vector<Pair> pairs = addAll();
+    FastestReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return reporter.printRatios(pairs) ? 0 : 1;
+}
+
 }  // namespace tavra::bench
