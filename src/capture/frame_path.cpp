@@ -32,9 +32,8 @@ namespace {
 constexpr std::uint32_t kGreyFormat = 1;
 constexpr std::uint32_t kBgr24Transfer = 1024;
 constexpr std::uint32_t kBgr10Transfer = 2048;
-constexpr std::uint8_t kImageBits = 8;  // of a sample, in the frame and in the image
-constexpr std::uint16_t kBgrBytes =
-    3;  // of a pixel that arrives with its colours, as mirror and rotation take it
+constexpr std::uint8_t kImageBits = 8;       // of a sample, in the frame and in the image
+constexpr std::uint16_t kBgrBytes = 3;       // of a pixel with its colours, when it is turned
 constexpr std::uint8_t kSoftwareMirror = 3;  // of the mirror mode; the camera does the rest
 
 }  // namespace
