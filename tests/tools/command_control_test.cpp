@@ -70,8 +70,7 @@ TEST_F(CommandTest, SnapAutoKeepsToWhatSetSays) {
 TEST_F(CommandTest, SnapAutoTellsWhatHadNotSettledInTime) {
     const Outcome outcome = run("snap --auto --settle 0.1 --virtual bayer:light=dim late.png");
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
-    EXPECT_NE(outcome.output.find("exposure and white balance had not settled after 0.1 s"),
-              std::string::npos)
+    EXPECT_NE(outcome.output.find("exposure and white balance had not settled after "), std::string::npos)
         << outcome.output;
     EXPECT_TRUE(std::filesystem::exists(folder / "late.png"));
 }
