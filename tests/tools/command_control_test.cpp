@@ -109,12 +109,14 @@ TEST_F(CommandTest, SnapAutoSettlesAMonoCameraAndRefusesFinishedFrames) {
     EXPECT_FALSE(std::filesystem::exists(folder / "bgr.png"));
 }
 
-// Six seconds of 30 frames each have a light of their own.
+// Six seconds of 30 frames each have a light of their own. Small frames, since one that is lost is one less
+// to settle on.
 TEST_F(CommandTest, WatchShowsBothControlsSettleAfterEachStepOfTheScript) {
     constexpr std::uint32_t kStepFrames = 180, kSteps = 6;
     // As many as the frames of the script and a few more, for those on their way as it ends.
-    const auto readings =
-        lines(run("watch --json --every 10 --frames 1100 --virtual bayer:light=script:pace=off").output);
+    const auto readings = lines(run("watch --json --every 10 --frames 1100 --virtual "
+                                    "bayer:width=480:height=300:light=script:pace=off")
+                                    .output);
     ASSERT_GE(readings.size(), 108u);
     std::array<bool, kSteps> seen{}, moved{};
     for (const auto& reading : readings) {
