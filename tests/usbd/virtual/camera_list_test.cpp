@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 
+#include "support/temp_folder.h"
 #include "usbd/virtual_cameras.h"
 
 namespace tavra::usbd {
@@ -73,13 +73,13 @@ std::string inAList(const std::string& path) {
 }
 
 TEST(CameraList, AModelMayBeAFileOfTheUsersOwn) {
-    const std::string path = testing::TempDir() + "own_model.toml";
+    const tavra::test::TempFolder folder;
+    const std::string path = (folder / "own_model.toml").string();
     std::ofstream(path) << shippedModel("mono");
     Model model;
     std::string complaint;
     EXPECT_TRUE(loadCamera(inAList(path) + ":width=64", model, complaint)) << complaint;
     EXPECT_EQ(model.geometry.regions[0].width, 64u);
-    std::remove(path.c_str());
 }
 
 TEST(CameraList, AnItemThatIsWrongIsToldOnceAndLeavesTheOthers) {

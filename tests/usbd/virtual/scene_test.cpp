@@ -3,14 +3,17 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <cstdio>
+#include <fstream>
 #include <string>
+
+#include "support/temp_folder.h"
 
 namespace tavra::usbd {
 namespace {
 
-std::string writePng(std::uint32_t width, std::uint32_t height, const std::vector<std::uint8_t>& rgb) {
-    const std::string path = testing::TempDir() + "scene_test.png";
+std::string writePng(const tavra::test::TempFolder& folder, std::uint32_t width, std::uint32_t height,
+                     const std::vector<std::uint8_t>& rgb) {
+    const std::string path = (folder / "scene.png").string();
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = width;
@@ -43,35 +46,32 @@ TEST(Scene, AnySizeOfChartCanBeDrawn) {
 }
 
 TEST(Scene, APngOfTheSensorsSizeIsTakenPixelByPixel) {
-    const std::string path = writePng(2, 2, {255, 0, 0, 0, 128, 0, 0, 0, 64, 10, 20, 30});
+    const tavra::test::TempFolder folder;
+    const std::string path = writePng(folder, 2, 2, {255, 0, 0, 0, 128, 0, 0, 0, 64, 10, 20, 30});
     const auto scene = sceneOf(path, 2, 2);
     ASSERT_NE(scene, nullptr);
     EXPECT_EQ(scene->at(0, 0), (std::array<std::uint16_t, 3>{65535, 0, 0}));
     EXPECT_EQ(scene->at(1, 0), (std::array<std::uint16_t, 3>{0, 128 * 257, 0}));
     EXPECT_EQ(scene->at(1, 1), (std::array<std::uint16_t, 3>{10 * 257, 20 * 257, 30 * 257}));
-    std::remove(path.c_str());
 }
 
 TEST(Scene, APngOfAnotherShapeCoversTheSensorFromItsMiddle) {
     // Four columns of 4 x 1: a square sensor sees the middle of the picture.
-    const std::string path = writePng(4, 1, {0, 0, 0, 100, 100, 100, 200, 200, 200, 255, 255, 255});
+    const tavra::test::TempFolder folder;
+    const std::string path = writePng(folder, 4, 1, {0, 0, 0, 100, 100, 100, 200, 200, 200, 255, 255, 255});
     const auto scene = sceneOf(path, 1, 1);
     ASSERT_NE(scene, nullptr);
     EXPECT_EQ(scene->at(0, 0)[0], 150 * 257);
-    std::remove(path.c_str());
 }
 
 TEST(Scene, WhatIsNoPngIsNoScene) {
     EXPECT_TRUE(isScene("chart"));
     EXPECT_FALSE(isScene("/nowhere.png"));
-    const std::string path = testing::TempDir() + "not_a.png";
-    std::FILE* const file = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    std::fputs("no picture", file);
-    std::fclose(file);
+    const tavra::test::TempFolder folder;
+    const std::string path = (folder / "not_a.png").string();
+    std::ofstream(path) << "no picture";
     EXPECT_FALSE(isScene(path));
     EXPECT_EQ(sceneOf(path, 4, 4), nullptr);
-    std::remove(path.c_str());
 }
 
 }  // namespace
