@@ -9,6 +9,7 @@ namespace tavra::error {
 
 inline constexpr std::uint32_t kNone = TAVRA_ERROR_NONE;
 inline constexpr std::uint32_t kDeviceGone = TAVRA_ERROR_DEVICE_GONE;
+inline constexpr std::uint32_t kAccessDenied = 5;
 inline constexpr std::uint32_t kOutOfMemory = TAVRA_ERROR_OUT_OF_MEMORY;
 inline constexpr std::uint32_t kDataError = 23;  // a read came back damaged
 inline constexpr std::uint32_t kWriteFault = TAVRA_ERROR_WRITE_FAULT;
@@ -18,7 +19,9 @@ inline constexpr std::uint32_t kInvalidArgument = TAVRA_ERROR_INVALID_ARGUMENT;
 inline constexpr std::uint32_t kOpenFailed = TAVRA_ERROR_OPEN_FAILED;
 inline constexpr std::uint32_t kModuleNotFound = TAVRA_ERROR_MODULE_NOT_FOUND;
 inline constexpr std::uint32_t kOperationNotFound = TAVRA_ERROR_OPERATION_NOT_FOUND;
+inline constexpr std::uint32_t kDiskFull = 112;
 inline constexpr std::uint32_t kInsufficientBuffer = 122;  // converted text does not fit
+inline constexpr std::uint32_t kInvalidName = 123;         // a file's name that the system cannot express
 inline constexpr std::uint32_t kTimeout = TAVRA_ERROR_TIMEOUT;
 inline constexpr std::uint32_t kOperationAborted = 995;
 inline constexpr std::uint32_t kIoIncomplete = 996;
@@ -34,6 +37,7 @@ inline constexpr std::uint32_t kControlTransfer = TAVRA_ERROR_CONTROL_TRANSFER;
 inline constexpr std::uint32_t kWindowExists = TAVRA_ERROR_WINDOW_EXISTS;
 inline constexpr std::uint32_t kNoWindow = TAVRA_ERROR_NO_WINDOW;
 inline constexpr std::uint32_t kRecording = TAVRA_ERROR_RECORDING;
+inline constexpr std::uint32_t kFileStream = TAVRA_ERROR_FILE_STREAM;
 inline constexpr std::uint32_t kFileName = TAVRA_ERROR_FILE_NAME;
 inline constexpr std::uint32_t kReservedI2c = TAVRA_ERROR_RESERVED_I2C;
 inline constexpr std::uint32_t kLegacyCamera = TAVRA_ERROR_LEGACY_CAMERA;

@@ -1,0 +1,117 @@
+#include "media/movie/avi_file.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace tavra::movie {
+namespace {
+
+constexpr std::uint64_t kFat32SizeLimit = 0x100000000;
+constexpr std::uint64_t kUnknownSizeLimit = 0x80000000;
+
+}  // namespace
+
+CAVIFile::~CAVIFile() {
+    while (std::unique_ptr<FileRecord> unused{fileQueue_.pop()}) {
+    }
+}
+
+Status CAVIFile::addFile(const std::u16string& name) {
+    std::unique_ptr<FileRecord> record;
+    TAVRA_RETURN_IF_ERROR(OpenFile(name, record));
+    fileQueue_.push(record.get());
+    static_cast<void>(record.release());  // the queue has it now
+    return {};
+}
+
+Status CAVIFile::Start() {
+    ended_.reset();
+    Status started = PrepareHeader();
+    if (started.ok()) started = CWorker::Start();
+    if (!started.ok()) ended_.set();
+    return started;
+}
+
+void CAVIFile::ThreadMain() {
+    Status result;
+    bool fileStarted = false;
+    while (std::unique_ptr<FileRecord> record = nextFile()) {
+        if (!std::exchange(fileStarted, true) && listener != nullptr) {
+            // Whether the message goes through is the receiver's concern.
+            static_cast<void>(listener->OnStatus(IAVIFileStatusListener::kFileStarted, 0));
+        }
+        const auto [end, written] = writeFrames(*record);
+        const Status closed = CloseFile(*record);
+        // By design: a close that fails behind good writes is not reported.
+        result = written.ok() ? Status() : closed;
+        if (end == End::Stopped) break;
+    }
+    const Status finished = Finish();
+    result_ = result.ok() ? finished : result;
+    ended_.set();
+    if (fileStarted && listener != nullptr) {
+        static_cast<void>(listener->OnStatus(IAVIFileStatusListener::kEnded, result_.code()));
+    }
+}
+
+// The next file of the queue; none, or a stop, ends the recording.
+std::unique_ptr<FileRecord> CAVIFile::nextFile() {
+    position_ = 0;
+    projectedSize_ = 0;
+    const std::array<const platform::Event*, 2> events = {&fileQueue_.notEmpty(), &stopEvent()};
+    if (platform::waitAny(events, 0) != 0) return nullptr;
+    return std::unique_ptr<FileRecord>(fileQueue_.pop());
+}
+
+CAVIFile::FileEnd CAVIFile::writeFrames(FileRecord& record) {
+    // Frames first: what was filled before a stop is still written.
+    const std::array<const platform::Event*, 2> events = {&filledFrames->notEmpty(), &stopEvent()};
+    std::optional<std::uint32_t> first;
+    for (;;) {
+        if (platform::waitAny(events, platform::kWaitForever) != 0) return {End::Stopped, {}};
+        FrameBuffer* const frame = filledFrames->pop();
+        if (frame == nullptr) continue;
+        if (!first) first = frame->position;
+        const std::uint32_t index = frame->position - *first;
+        if (index >= settings.framesPerFile) {
+            filledFrames->pushFront(frame);
+            return {End::FileDone, {}};
+        }
+        if (settings.swapRedBlue && !encoderOrdersColors_) swapRedBlue(frame->image());
+        const Status written = WriteFrame(record, frame->image(), index, frame->tag);
+        freeFrames->push(frame);
+        if (!written.ok() || IsFileFull()) return {End::FileDone, written};
+    }
+}
+
+void CAVIFile::swapRedBlue(std::uint8_t* image) const {
+    const auto width = static_cast<std::size_t>(settings.image.width);
+    for (std::int32_t y = 0; y < settings.image.height; ++y, image += settings.rowStride) {
+        for (std::size_t x = 0; x < 3 * width; x += 3) std::swap(image[x], image[x + 2]);
+    }
+}
+
+bool CAVIFile::IsFileFull() const {
+    return GetMaxFileSize() < settings.imageBytes + std::uint64_t{24} + projectedSize_;
+}
+
+std::uint64_t CAVIFile::GetFileSizeEstimate(std::uint32_t frameBytes, std::uint32_t frames) const {
+    return (std::uint64_t{frameBytes} + 24) * frames + 4128;
+}
+
+void CAVIFile::limitSizeByVolume(const std::u16string& fileName) {
+    platform::VolumeKind kind = platform::VolumeKind::Large;
+    if (files_.volumeKind(fileName, kind).ok()) {
+        if (kind == platform::VolumeKind::Fat32) sizeLimit_ = kFat32SizeLimit;
+        if (kind == platform::VolumeKind::Unknown) sizeLimit_ = kUnknownSizeLimit;
+    }
+    std::uint64_t free = 0;
+    if (!files_.freeBytes(fileName, free).ok()) return;
+    sizeLimit_ = std::min(sizeLimit_, free);
+    std::uint64_t existing = 0;
+    if (files_.fileSize(fileName, existing).ok()) sizeLimit_ += existing;
+}
+
+}  // namespace tavra::movie
