@@ -1,74 +1,17 @@
 #include "stages/shading_correction.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <cmath>
-#include <cstring>
+#include <atomic>
 #include <random>
 #include <thread>
-#include <vector>
 
 #include "platform/last_error.h"
 #include "stages/factory.h"
+#include "stages/shading_fixture.h"
 #include "support/failing_allocations.h"
 
-namespace tavra {
+namespace tavra::test {
 namespace {
-
-using test::FailAllocationsFrom;
-using u8 = std::uint8_t;
-using u16 = std::uint16_t;
-using u32 = std::uint32_t;
-using u64 = std::uint64_t;
-
-constexpr u64 pack(u16 a, u16 b, u16 c, u16 d) {
-    return u64{a} | u64{b} << 16 | u64{c} << 32 | u64{d} << 48;
-}
-
-template <class Sample>
-u32 apply(CShadingCorrection& stage, u32 width, u32 height, u32 stride, Sample* pixels, u16 bits) {
-    if constexpr (sizeof(Sample) == 1) {
-        return stage.Apply8(width, height, stride, pixels, bits);
-    } else {
-        return stage.Apply16(width, height, stride, pixels, bits);
-    }
-}
-
-std::vector<std::int32_t> mapOf(CShadingCorrection& stage) {
-    u32 width = 0, height = 0, stride = 0;
-    stage.GetMap(&width, &height, &stride, nullptr);
-    std::vector<std::int32_t> map(std::size_t{height} * stride / 4);
-    stage.GetMap(nullptr, nullptr, nullptr, map.data());
-    return map;
-}
-
-// A frame of one level.
-std::vector<u8> flat(std::size_t count, u8 level) {
-    return std::vector<u8>(count, level);
-}
-
-class Shading : public testing::Test {
-  protected:
-    // One frame of calibration, then the map of the mode is made on a copy.
-    std::vector<std::int32_t> calibrated(u32 calibration, u32 mode, u32 width, u32 height,
-                                         std::vector<u8> field, u16 bits = 8) {
-        stage.SetMode(calibration);
-        EXPECT_EQ(stage.Apply8(width, height, 0, field.data(), bits), 0u);
-        stage.SetMode(mode);
-        EXPECT_EQ(stage.Apply8(width, height, 0, field.data(), bits), 0u);
-        return mapOf(stage);
-    }
-    // A sample after correction with the map in force, on a frame filled with it.
-    u8 corrected(u32 width, u32 height, u8 sample, u16 bits = 8) {
-        auto frame = flat(std::size_t{width} * height, sample);
-        EXPECT_EQ(stage.Apply8(width, height, 0, frame.data(), bits), 0u);
-        return frame[0];
-    }
-
-    CShadingCorrection stage;
-};
 
 TEST_F(Shading, StartsOffWithTargetsOfZeroAndNoMap) {
     u32 mode = 9, width = 9, height = 9, stride = 9;
@@ -463,126 +406,6 @@ TEST_F(Shading, AMeasuredTargetOfZeroMakesGainsOfZero) {
     EXPECT_EQ(mapOf(stage)[5], 2048) << "dark";
 }
 
-// The rules once more, pixel by pixel.
-struct Plain {
-    u32 width, height;
-    std::vector<double> mean;
-    u32 frames = 0;
-
-    template <class Sample>
-    void add(const std::vector<Sample>& frame, std::size_t rowSamples) {
-        mean.resize(std::size_t{width} * height);
-        for (std::size_t y = 0; y < height; ++y) {
-            for (std::size_t x = 0; x < width; ++x) {
-                double& m = mean[y * width + x];
-                m = (double(frames) * m + frame[y * rowSamples + x]) / double(frames + 1);
-            }
-        }
-        ++frames;
-    }
-
-    std::int32_t gain(std::size_t x, std::size_t y, const u16 (&targets)[4]) const {
-        const u32 t = targets[(x & 1) + 2 * (y & 1)];
-        const double m = mean[y * width + x];
-        return m > 0 && m > t / 16 ? static_cast<std::int32_t>(std::trunc((t << 7) / m)) : 2048;
-    }
-    std::int32_t offset(std::size_t x, std::size_t y, const u16 (&targets)[4]) const {
-        return targets[(x & 1) + 2 * (y & 1)] - static_cast<std::int32_t>(std::trunc(mean[y * width + x]));
-    }
-};
-
-std::int64_t plainLevel(u32 mode, std::int64_t sample, std::int32_t entry, std::int64_t maximum) {
-    const auto unsignedEntry = static_cast<std::int64_t>(static_cast<u32>(entry));
-    switch (mode) {
-        case 2: return std::min(sample * unsignedEntry >> 7, maximum);
-        case 4: {
-            const std::int64_t sum = sample + entry;
-            return sum <= 0 ? 0 : sum >= maximum ? maximum : sum;
-        }
-        default: return unsignedEntry >= maximum ? maximum : unsignedEntry;
-    }
-}
-
-template <class Sample>
-class ShadingOf : public testing::Test {};
-using Samples = testing::Types<u8, u16>;
-TYPED_TEST_SUITE(ShadingOf, Samples);
-
-TYPED_TEST(ShadingOf, CorrectsByAnyMapAtAnySizeAndStride) {
-    std::mt19937 random(2);
-    for (int round = 0; round < 60; ++round) {
-        const u32 width = 1 + random() % 70, height = 1 + random() % 9;
-        const u32 padding = random() % 3;
-        const u32 mapStride = 4 * width + random() % 7;
-        const auto bits = static_cast<u16>(random() % (sizeof(TypeParam) == 1 ? 10 : 18));
-        const u32 mode = std::array<u32, 3>{2, 4, 255}[random() % 3];
-        std::vector<u8> map(std::size_t{mapStride} * height);
-        for (u8& b : map) b = static_cast<u8>(random());
-        const bool usual = random() % 2 == 0;  // else entries far outside what a calibration makes
-        const auto entryAt = [&](std::size_t x, std::size_t y) {
-            std::int32_t entry = 0;
-            std::memcpy(&entry, &map[y * mapStride + 4 * x], 4);
-            return entry;
-        };
-        for (std::size_t y = 0; usual && y < height; ++y) {
-            for (std::size_t x = 0; x < width; ++x) {
-                const std::int32_t entry = static_cast<std::int32_t>(random() % 2400) - 300;
-                std::memcpy(&map[y * mapStride + 4 * x], &entry, 4);
-            }
-        }
-        const u32 rowSamples = width + padding;
-        std::vector<TypeParam> frame(std::size_t{rowSamples} * height);
-        for (TypeParam& s : frame) s = static_cast<TypeParam>(random());
-        const std::int64_t maximum = (1 << std::min<int>(bits, 8 * sizeof(TypeParam))) - 1;
-        auto wanted = frame;
-        for (std::size_t y = 0; y < height; ++y) {
-            for (std::size_t x = 0; x < width; ++x) {
-                TypeParam& sample = wanted[y * rowSamples + x];
-                sample = static_cast<TypeParam>(plainLevel(mode, sample, entryAt(x, y), maximum));
-            }
-        }
-        CShadingCorrection stage;
-        ASSERT_EQ(stage.SetMap(width, height, mapStride, map.data()), 0u);
-        stage.SetMode(mode);
-        const u32 stride = padding != 0 ? rowSamples * static_cast<u32>(sizeof(TypeParam)) : 0;
-        ASSERT_EQ(apply(stage, width, height, stride, frame.data(), bits), 0u);
-        ASSERT_EQ(frame, wanted) << "mode " << mode << ", " << width << " x " << height << ", bits " << bits;
-    }
-}
-
-TYPED_TEST(ShadingOf, MakesTheMapOfTheMeanAtAnySize) {
-    std::mt19937 random(3);
-    for (int round = 0; round < 40; ++round) {
-        const u32 width = 1 + random() % 40, height = 1 + random() % 20;
-        const u32 rowSamples = 4 * width / static_cast<u32>(sizeof(TypeParam));
-        const u16 bits = sizeof(TypeParam) == 1 ? 8 : 12;
-        Plain plain{width, height, {}};
-        CShadingCorrection stage;
-        stage.SetColorArray(static_cast<u16>(1 + random() % 5));
-        u16 targets[4];
-        for (u16& t : targets) t = static_cast<u16>(1 + random() % (1u << bits));
-        stage.SetTargets(pack(targets[0], targets[1], targets[2], targets[3]));
-        stage.SetMode(1);
-        for (u32 frames = 1 + random() % 4; frames > 0; --frames) {
-            std::vector<TypeParam> frame(std::size_t{rowSamples} * height);
-            for (TypeParam& s : frame) s = static_cast<TypeParam>(random() % (1u << (random() % (bits + 1))));
-            plain.add(frame, rowSamples);
-            ASSERT_EQ(apply(stage, width, height, 4 * width, frame.data(), bits), 0u);
-        }
-        const bool gains = random() % 2 == 0;
-        std::vector<std::int32_t> wanted;
-        for (std::size_t y = 0; y < height; ++y) {
-            for (std::size_t x = 0; x < width; ++x) {
-                wanted.push_back(gains ? plain.gain(x, y, targets) : plain.offset(x, y, targets));
-            }
-        }
-        stage.SetMode(gains ? 2 : 4);
-        std::vector<TypeParam> frame(std::size_t{width} * height);
-        ASSERT_EQ(apply(stage, width, height, 0, frame.data(), bits), 0u);
-        ASSERT_EQ(mapOf(stage), wanted) << width << " x " << height;
-    }
-}
-
 TEST(ShadingThreads, SettingsChangeBesideTheFrames) {
     CShadingCorrection stage;
     std::atomic<bool> end{false};
@@ -619,4 +442,4 @@ TEST_F(Shading, ComesFromTheFactory) {
 }
 
 }  // namespace
-}  // namespace tavra
+}  // namespace tavra::test
