@@ -160,6 +160,31 @@ TEST_F(LuminanceStep, AtLeastOneValueIsMade) {
     EXPECT_EQ(gainStep(control, 0, 255), 0);
 }
 
+// Steps that come out otherwise where more than single precision is carried from one to the next.
+
+TEST_F(LuminanceStep, ADoubledFactorIsTwiceInSinglePrecision) {
+    // A factor of 1 and a black image: min(1 + 1, 128) = 2. In single precision log10(2) is 0.30103001 and 20
+    // times it 6.0206003 dB, which back is a factor of 2.00000009. Carried in double it is 6.0205998 dB as
+    // the scale takes it, and a factor of 1.99999998.
+    ControlDouble fractions(true, 2);
+    fractions.gainRangeInMemory() = {0, 680};
+    EXPECT_EQ(gainStep(fractions, 0, 0), 8)
+        << "trunc(2.00000009 x 64) / 8 - 8, not trunc(127.999999) / 8 - 8";
+    ControlDouble octaves(true, 3);
+    octaves.gainRangeInMemory() = {0, 680};
+    EXPECT_EQ(gainStep(octaves, 0, 0), 64) << "one octave, and not none, which would make the one value";
+}
+
+TEST_F(LuminanceStep, TheBrightnessAtAFactorOf1IsOfSinglePrecision) {
+    // 0.07038 x 440 + 2 is 32.9672012 dB in single precision, by 20 that is 1.6483600, and the factor 44.5
+    // (44.5000003, between numbers that are 0.0000038 apart): 89 / 44.5 = 2. The ideal is 128 / 2 = 64, below
+    // the bound of 89: 36.1236 dB, (36.1236 - 2) / 0.07038 - 128 = 356.85. In double the factor is 44.500005,
+    // and 89 by that 1.9999998, cut to 1: the ideal is 128, the bound of 89 holds, 38.9878 dB, value 397.5.
+    ControlDouble control(true, 1);
+    control.gainRangeInMemory() = {0, 680};
+    EXPECT_EQ(gainStep(control, 312, 89), 356);
+}
+
 TEST_F(LuminanceStep, TheRangeIsTheEndOfTheGain) {
     ControlDouble control;
     control.gainRangeInMemory() = {90, 110};
