@@ -75,14 +75,14 @@ TavraBool Tavra_SetAEMinExposureClock(TavraHandle handle, std::uint32_t clock) {
 
 TavraBool Tavra_GetAEMaxExposureClock(TavraHandle handle, std::uint32_t* clock) {
     return api::getNumber(handle, clock, [](TAVRA_COMMON_PARAM& camera, std::uint32_t& value) {
-        value = camera.exposure->shutterScale().clocks(camera.exposure->shutterRange().max);
+        value = camera.exposure->shutterRangeTop();
         return Status();
     });
 }
 
 TavraBool Tavra_GetAEMinExposureClock(TavraHandle handle, std::uint32_t* clock) {
     return api::getNumber(handle, clock, [](TAVRA_COMMON_PARAM& camera, std::uint32_t& value) {
-        value = camera.exposure->shutterScale().clocks(camera.exposure->shutterRange().min);
+        value = camera.exposure->shutterRangeBottom();
         return Status();
     });
 }

@@ -13,10 +13,9 @@ namespace {
 
 constexpr double kHertzPerMegahertz = 1000000;
 
-Status readTiming(TAVRA_COMMON_PARAM& camera, ExposureTiming& timing) {
-    const ScanRecord scan = camera.geometry->scanRecord();
+Status readTiming(TAVRA_COMMON_PARAM& camera, const ScanRecord& scan, ExposureTiming& timing) {
     timing.timing = timingClass(camera.info.productType, camera.capabilities.samePid());
-    timing.clockHz = camera.geometry->clock;
+    timing.clockHz = camera.geometry->clock().hz;
     timing.clocksPerLine = scan.clocksPerLine();
     timing.baseHz = camera.exposureBaseClockMHz * kHertzPerMegahertz;
     timing.minimumClocks = camera.minimumExposureClock;
@@ -34,10 +33,11 @@ template <typename Output, typename Convert>
 TavraBool convert(TavraHandle handle, Output* output, Convert conversion) {
     return api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
         TAVRA_RETURN_IF_ERROR(api::requireOutputs(output));
+        const ScanRecord scan = camera.geometry->scanRecord();  // of one moment, for timing and limits
         ExposureTiming timing;
-        const Status status = readTiming(camera, timing);
+        const Status status = readTiming(camera, scan, timing);
         camera.noteFailure(status);
-        if (status.ok()) *output = conversion(timing, camera.exposure->shutterScale());
+        if (status.ok()) *output = conversion(timing, exposureScaleOf(scan));
         return Status();
     });
 }

@@ -102,8 +102,9 @@ TavraBool Tavra_SetBinningSumMode(TavraHandle handle, std::uint16_t mode) {
 TavraBool Tavra_GetClock(TavraHandle handle, std::uint32_t* mode, std::uint32_t* clock) {
     return api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
         TAVRA_RETURN_IF_ERROR(api::requireOutputs(mode, clock));
-        *mode = camera.geometry->clockMode;
-        *clock = camera.geometry->clock;
+        const CameraClock now = camera.geometry->clock();
+        *mode = now.mode;
+        *clock = now.hz;
         return Status();
     });
 }

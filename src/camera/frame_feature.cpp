@@ -60,6 +60,16 @@ void CFrameFeature::storeComposedSize(std::optional<ImageSize> size) {
     composedSize_ = size;
 }
 
+CameraClock CFrameFeature::clock() const {
+    const std::lock_guard lock(mutex_);
+    return clock_;
+}
+
+void CFrameFeature::storeClock(const CameraClock& clock) {
+    const std::lock_guard lock(mutex_);
+    clock_ = clock;
+}
+
 ImageSize CFrameFeature::rawSize() const {
     const std::lock_guard lock(mutex_);
     return {record_.width(), record_.height()};

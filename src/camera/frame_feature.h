@@ -81,8 +81,13 @@ struct ImageSize {
     std::uint32_t height = 0;
 };
 
-// Owned by the handle record, made at open. The mutex guards the scan record: application threads and the
-// capture thread meet here. The plain members change only while no capture thread exists.
+struct CameraClock {
+    std::uint32_t mode = 0;  // 0: the default
+    std::uint32_t hz = 0;
+};
+
+// Owned by the handle record, made at open. The mutex guards scan record and clock: application threads and
+// the capture thread meet here. The plain members change only while no capture thread exists.
 class CFrameFeature final : public IRegionInfo {
   public:
     std::uint32_t GetMaxROICount() override;
@@ -103,6 +108,9 @@ class CFrameFeature final : public IRegionInfo {
     // The size of what the camera sends.
     ImageSize rawSize() const;
 
+    CameraClock clock() const;
+    void storeClock(const CameraClock& clock);
+
     // Guards the scan record while it is changed and sent.
     std::mutex& mutex() const { return mutex_; }
     // Held while region composition takes its layout. Taken before the one above.
@@ -110,8 +118,6 @@ class CFrameFeature final : public IRegionInfo {
     ScanRecord& lockedRecord() { return record_; }  // the mutex must be held
 
     std::uint32_t enablePreviewFormats = 12;
-    std::uint32_t clock = 0;  // Hz
-    std::uint32_t clockMode = 0;
     std::uint32_t rawDataSize = 0;  // bytes of a raw frame
     std::uint32_t transferBits = 1;
     std::uint32_t previewPixelFormat = 0;  // 1, 4 or 8
@@ -123,6 +129,7 @@ class CFrameFeature final : public IRegionInfo {
   private:
     mutable std::mutex mutex_;
     ScanRecord record_;
+    CameraClock clock_;
     std::optional<ImageSize> composedSize_;
     std::mutex layoutMutex_;
 };

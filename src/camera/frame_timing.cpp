@@ -57,8 +57,8 @@ Status readClock(TAVRA_COMMON_PARAM& camera) {
     std::uint32_t received = 0;
     TAVRA_RETURN_IF_ERROR(camera.control.in(kClockRequest, 0, 0, reply, received));
     if (received != kShortClock && received != kLongClock) return Status(error::kControlTransfer);
-    camera.geometry->clockMode = received == kLongClock ? loadLe32(&reply[2]) : 0;
-    camera.geometry->clock = loadLe32(&reply[received - 4]);
+    const std::uint32_t mode = received == kLongClock ? loadLe32(&reply[2]) : 0;
+    camera.geometry->storeClock({mode, loadLe32(&reply[received - 4])});
     return Status();
 }
 
@@ -66,14 +66,13 @@ Status setClock(TAVRA_COMMON_PARAM& camera, std::uint32_t mode, std::uint32_t cl
     // Place of the recorder: while one exists the clock stays (0xE0000008).
     if (!offersClock(camera.info, mode, clock)) return Status(error::kInvalidArgument);
     TAVRA_RETURN_IF_ERROR(sendClock(camera, mode, clock));
-    camera.geometry->clock = clock;
-    camera.geometry->clockMode = mode;
+    camera.geometry->storeClock({mode, clock});
     return readClock(camera);  // what the camera made of it
 }
 
 Status getReadClock(TAVRA_COMMON_PARAM& camera, std::uint32_t& clock) {
     if (!cameraTellsTiming(camera)) {
-        clock = camera.geometry->clock;
+        clock = camera.geometry->clock().hz;
         return Status();
     }
     if (camera.registerPages) return camera.registerPages->read(page::kLimits, kReadClockOffset, clock);

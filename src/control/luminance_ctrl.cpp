@@ -33,7 +33,9 @@ void CLuminanceCtrl::restoreDefaults(std::uint16_t maxGain) {
 }
 
 ShutterScale CLuminanceCtrl::scale() const {
-    return {GetMaxClock(), GetMaxShortExposure(), GetMaxLongExposure(), traits_.clockUnit};
+    ShutterScale limits = readScale();
+    limits.clockUnit = traits_.clockUnit;
+    return limits;
 }
 
 ShutterScale CLuminanceCtrl::shutterScale() const {
@@ -167,9 +169,9 @@ Status CLuminanceCtrl::SetShutterControlRange(const ShutterRange& range) {
     return Status();
 }
 
-Status CLuminanceCtrl::changeShutter(const Shutter& shutter) {
+Status CLuminanceCtrl::changeShutter(const Shutter& shutter, const ShutterScale& limits) {
     // By design: the lines alone are held against the longest exposure.
-    if (shutter.line > GetMaxLongExposure().line || shutter.clock > GetMaxClock()) {
+    if (shutter.line > limits.maxLong.line || shutter.clock > limits.maxClock) {
         return Status(error::kInvalidArgument);
     }
     shutter_ = shutter;
@@ -184,8 +186,16 @@ Status CLuminanceCtrl::shutter(Shutter& shutter) {
 Status CLuminanceCtrl::limitedShutter(Shutter& shutter) {
     const std::lock_guard lock(controlMutex_);
     TAVRA_RETURN_IF_ERROR(GetShutter(shutter));
-    const Shutter longest = GetMaxLongExposure();
-    if (shutter.line >= longest.line) shutter = longest;
+    shutter = scale().limited(shutter);
+    return Status();
+}
+
+Status CLuminanceCtrl::exposureClocks(std::uint32_t& clocks) {
+    const std::lock_guard lock(controlMutex_);
+    Shutter shutter;
+    TAVRA_RETURN_IF_ERROR(GetShutter(shutter));
+    const ShutterScale limits = scale();
+    clocks = limits.clocks(limits.limited(shutter));
     return Status();
 }
 
@@ -212,6 +222,16 @@ Status CLuminanceCtrl::setShutterRangeBottom(std::uint32_t clocks) {
     ShutterRange range = shutterRange_;
     TAVRA_RETURN_IF_ERROR(moveRangeBottom(range, clocks, scale()));
     return SetShutterControlRange(range);
+}
+
+std::uint32_t CLuminanceCtrl::shutterRangeTop() const {
+    const std::lock_guard lock(controlMutex_);
+    return scale().clocks(shutterRange_.max);
+}
+
+std::uint32_t CLuminanceCtrl::shutterRangeBottom() const {
+    const std::lock_guard lock(controlMutex_);
+    return scale().clocks(shutterRange_.min);
 }
 
 }  // namespace tavra

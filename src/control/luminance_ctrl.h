@@ -58,12 +58,17 @@ class CLuminanceCtrl {
     Status shutter(Shutter& shutter);
     Status limitedShutter(Shutter& shutter);
     ShutterScale shutterScale() const;
+    // As one number, cut to the longest exposure; 0 is the free-running one.
+    Status exposureClocks(std::uint32_t& clocks);
 
     // 87: see shutter_range.h.
     Status setShutterRange(const ShutterRange& range);
     ShutterRange shutterRange() const;
+    // The ends as one number of clocks each.
     Status setShutterRangeTop(std::uint32_t clocks);
     Status setShutterRangeBottom(std::uint32_t clocks);
+    std::uint32_t shutterRangeTop() const;
+    std::uint32_t shutterRangeBottom() const;
 
   protected:
     struct Defaults {
@@ -97,12 +102,15 @@ class CLuminanceCtrl {
     virtual std::uint32_t GetMaxClock() const = 0;    // clocks of an exposure line less one
     virtual Shutter GetMaxLongExposure() const = 0;   // the longest exposure
     virtual Shutter GetMaxShortExposure() const = 0;  // the longest that fits a frame
+    // Behind the slots of the contract: the last three of them by one read of the geometry, so that they
+    // agree where it changes meanwhile. clockUnit is not the geometry's.
+    virtual ShutterScale readScale() const = 0;
 
     // All settings and the state of the loop, in memory only.
     void restoreDefaults(std::uint16_t maxGain);
     // Takes a shutter within the longest exposure, and writes it. 87: out of range.
-    Status changeShutter(const Shutter& shutter);
-    // The limits as the camera has them now; they change with its geometry.
+    Status changeShutter(const Shutter& shutter, const ShutterScale& limits);
+    // The limits as the camera has them now; they change with its geometry. An operation asks once.
     ShutterScale scale() const;
 
     std::mutex& controlMutex() const { return controlMutex_; }
@@ -121,11 +129,11 @@ class CLuminanceCtrl {
 
     Totals totals() const;
     Status decide(std::uint8_t average);
-    bool clampToRanges();
+    bool clampToRanges(const Totals& at);
     bool clampShutter(const Totals& at, std::uint32_t& clocks);
-    bool adjust(std::uint8_t average);
-    bool shutterIsFirst(bool tooDark) const;
-    bool adjustShutter(std::uint8_t average, bool tooDark);
+    bool adjust(const Totals& at, std::uint8_t average);
+    bool shutterIsFirst(const Totals& at, bool tooDark) const;
+    bool adjustShutter(const Totals& at, std::uint8_t average, bool tooDark);
     bool adjustGain(std::uint8_t average, bool tooDark);
 
     const Defaults defaults_;

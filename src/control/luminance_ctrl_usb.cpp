@@ -32,6 +32,12 @@ bool hasClockPart(const CameraInfo& info) {
 
 }  // namespace
 
+ShutterScale exposureScaleOf(const ScanRecord& scan) {
+    return {scan.lastExposureClock(),
+            {scan.shortExposureLines(), scan.shortExposureClocks()},
+            {scan.longExposureLines(), scan.longExposureClocks()}};
+}
+
 CLuminanceCtrlUSB::CLuminanceCtrlUSB(IExposureCamera& camera)
     : CLuminanceCtrl(
           {camera.scanRecord().defaultGain(), camera.scanRecord().defaultDigitalGain(), {}},
@@ -65,19 +71,15 @@ Status CLuminanceCtrlUSB::reset() {
 
 Status CLuminanceCtrlUSB::setShutter(const Shutter& shutter) {
     const std::lock_guard lock(controlMutex());
-    TAVRA_RETURN_IF_ERROR(changeShutter(shutter));
+    TAVRA_RETURN_IF_ERROR(changeShutter(shutter, scale()));
     return camera_.sendFrameTiming();
 }
 
 Status CLuminanceCtrlUSB::setExposureClocks(std::uint32_t clocks) {
-    return setShutter(shutterScale().split(clocks));
-}
-
-Status CLuminanceCtrlUSB::exposureClocks(std::uint32_t& clocks) {
-    Shutter shutter;
-    TAVRA_RETURN_IF_ERROR(limitedShutter(shutter));
-    clocks = shutterScale().clocks(shutter);
-    return Status();
+    const std::lock_guard lock(controlMutex());
+    const ShutterScale limits = scale();
+    TAVRA_RETURN_IF_ERROR(changeShutter(limits.split(clocks), limits));
+    return camera_.sendFrameTiming();
 }
 
 // Shutter and gain: one block.
@@ -206,17 +208,19 @@ std::uint32_t CLuminanceCtrlUSB::GetSettingValueFromGainDB(float decibels) const
 }
 
 std::uint32_t CLuminanceCtrlUSB::GetMaxClock() const {
-    return camera_.scanRecord().lastExposureClock();
+    return readScale().maxClock;
 }
 
 Shutter CLuminanceCtrlUSB::GetMaxLongExposure() const {
-    const ScanRecord scan = camera_.scanRecord();
-    return {scan.longExposureLines(), scan.longExposureClocks()};
+    return readScale().maxLong;
 }
 
 Shutter CLuminanceCtrlUSB::GetMaxShortExposure() const {
-    const ScanRecord scan = camera_.scanRecord();
-    return {scan.shortExposureLines(), scan.shortExposureClocks()};
+    return readScale().maxShort;
+}
+
+ShutterScale CLuminanceCtrlUSB::readScale() const {
+    return exposureScaleOf(camera_.scanRecord());
 }
 
 }  // namespace tavra

@@ -9,6 +9,9 @@
 
 namespace tavra {
 
+// The limits that a scan record tells. Whether the clock part takes effect is told elsewhere.
+ShutterScale exposureScaleOf(const ScanRecord& scan);
+
 // Owned by the handle record: made at open once the geometry is known, gone at close. The only place that
 // writes shutter and gain to the camera.
 //
@@ -28,8 +31,6 @@ class CLuminanceCtrlUSB final : public CLuminanceCtrl {
     // Writes the exposure, and what it means for the length of a frame. 87: beyond the longest exposure.
     Status setShutter(const Shutter& shutter);
     Status setExposureClocks(std::uint32_t clocks);
-    // As one number, cut to the longest exposure; 0 is the free-running one.
-    Status exposureClocks(std::uint32_t& clocks);
 
   protected:
     Status GetShutter(Shutter& shutter) override;
@@ -49,6 +50,7 @@ class CLuminanceCtrlUSB final : public CLuminanceCtrl {
     std::uint32_t GetMaxClock() const override;
     Shutter GetMaxLongExposure() const override;
     Shutter GetMaxShortExposure() const override;
+    ShutterScale readScale() const override;
 
   private:
     bool controlsShutter() const;

@@ -82,7 +82,8 @@ Status CLuminanceCtrl::step(const CAveragePixelValue& frame) {
 
 Status CLuminanceCtrl::decide(std::uint8_t average) {
     Status result;
-    lastAdjusted_ = clampToRanges() || adjust(average);
+    const Totals at = totals();  // of one moment, and in force until something is adjusted
+    lastAdjusted_ = clampToRanges(at) || adjust(at, average);
     if (lastAdjusted_) {
         result = WriteShutterAndGain();
     } else if (isOnce(alcMode_)) {
@@ -92,12 +93,11 @@ Status CLuminanceCtrl::decide(std::uint8_t average) {
     return result;
 }
 
-bool CLuminanceCtrl::clampToRanges() {
+bool CLuminanceCtrl::clampToRanges(const Totals& at) {
     const std::uint16_t gainBefore = gain_;
     if (movesGain(alcMode_)) {
         gain_ = static_cast<std::uint16_t>(limited(gain_, gainRange_.min, gainRange_.max));
     }
-    const Totals at = totals();
     std::uint32_t clocks = at.current;
     bool changed = gain_ != gainBefore;
     if (movesShutter(alcMode_) && clampShutter(at, clocks)) changed = true;
@@ -124,25 +124,22 @@ bool CLuminanceCtrl::clampShutter(const Totals& at, std::uint32_t& clocks) {
     return true;
 }
 
-bool CLuminanceCtrl::adjust(std::uint8_t average) {
+bool CLuminanceCtrl::adjust(const Totals& at, std::uint8_t average) {
     const bool tooDark = target_.target > average;
     // Wide enough for a tolerance and a threshold of 255 each.
     const int band = target_.tolerance + (lastAdjusted_ ? 0 : target_.threshold);
     if (std::abs(target_.target - average) <= band) return false;
-    return shutterIsFirst(tooDark) ? adjustShutter(average, tooDark) : adjustGain(average, tooDark);
+    return shutterIsFirst(at, tooDark) ? adjustShutter(at, average, tooDark) : adjustGain(average, tooDark);
 }
 
 // Brightening begins with the shutter, darkening with the gain.
-bool CLuminanceCtrl::shutterIsFirst(bool tooDark) const {
+bool CLuminanceCtrl::shutterIsFirst(const Totals& at, bool tooDark) const {
     if (!movesGain(alcMode_)) return true;
     if (!movesShutter(alcMode_)) return false;
-    if (!tooDark) return gain_ == gainRange_.min;
-    const Totals at = totals();
-    return at.current != at.top;
+    return tooDark ? at.current != at.top : gain_ == gainRange_.min;
 }
 
-bool CLuminanceCtrl::adjustShutter(std::uint8_t average, bool tooDark) {
-    const Totals at = totals();
+bool CLuminanceCtrl::adjustShutter(const Totals& at, std::uint8_t average, bool tooDark) {
     const std::uint32_t unit = at.scale.clockUnit ? 1 : at.scale.clocksPerLine();
     const std::uint32_t divisor = speed_.shutter + 1u;
     std::uint32_t step = at.current / divisor;

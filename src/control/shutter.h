@@ -43,6 +43,8 @@ struct ShutterScale {
     }
     std::uint32_t maxShortClocks() const { return clocks(maxShort); }
     std::uint32_t maxLongClocks() const { return clocks(maxLong); }
+    // By design: from the line of the longest exposure on, the longest exposure.
+    Shutter limited(const Shutter& shutter) const { return shutter.line >= maxLong.line ? maxLong : shutter; }
     Shutter split(std::uint32_t clocks) const;
 
     // The exposure that a pair has in effect, as one number: the free-running pair counts as the longest that

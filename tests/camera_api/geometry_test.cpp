@@ -65,7 +65,7 @@ TEST_F(Geometry, OneFamilyReadsClockAndTransferBitsAgain) {
         ASSERT_EQ(requests.size(), 6u) << type;
         EXPECT_EQ(requests[4], readClock());
         EXPECT_EQ(requests[5], readBits());
-        EXPECT_EQ(record().geometry->clock, 777u);
+        EXPECT_EQ(record().geometry->clock().hz, 777u);
         EXPECT_EQ(record().geometry->transferBits, 2u);
         EXPECT_EQ(record().geometry->rawDataSize, 2u * 320u * 240u);
         close();

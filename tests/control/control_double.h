@@ -85,6 +85,7 @@ class ControlDouble final : public CLuminanceCtrl {
     std::uint32_t GetMaxClock() const override { return maxClock; }
     Shutter GetMaxLongExposure() const override { return maxLong; }
     Shutter GetMaxShortExposure() const override { return maxShort; }
+    ShutterScale readScale() const override { return {maxClock, maxShort, maxLong}; }
 };
 
 }  // namespace tavra::test
