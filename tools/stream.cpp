@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "error_text.h"
 #include "progress.h"
+#include "run_options.h"
 #include "settings_table.h"
 #include "stream_monitor.h"
 #include "stream_session.h"
@@ -15,14 +16,6 @@ namespace tavra::tool {
 namespace {
 
 using Clock = StreamMonitor::Clock;
-
-struct Options {
-    CameraChoice choice;
-    std::vector<std::string> assignments;
-    double seconds = 0;
-    std::uint64_t frames = 0;
-    bool json = false;
-};
 
 // What came since the last line.
 struct Rates {
@@ -46,7 +39,7 @@ std::string lineText(double seconds, const StreamMonitor::Totals& totals, const 
 // One run of the stream, from start to stop, with its lines.
 class Run {
   public:
-    Run(const Camera& camera, const Options& options) : camera_(camera), options_(options) {}
+    Run(const Camera& camera, const RunOptions& options) : camera_(camera), options_(options) {}
 
     ExitCode go() {
         std::uint32_t identifier = 0;
@@ -73,13 +66,11 @@ class Run {
     }
 
     bool done() const {
-        if (interrupted()) return true;
-        if (options_.seconds > 0 && secondsSince(started_) >= options_.seconds) return true;
-        return options_.frames > 0 && monitor_.totals().frames >= options_.frames;
+        return interrupted() || options_.reached(secondsSince(started_), monitor_.totals().frames);
     }
 
     // Short enough to meet --seconds and --frames, long enough not to matter.
-    std::uint32_t waitMs() const { return options_.seconds > 0 || options_.frames > 0 ? 10 : 100; }
+    std::uint32_t waitMs() const { return options_.endless() ? 100 : 10; }
 
     void showLine() {
         const auto totals = monitor_.totals();
@@ -148,7 +139,7 @@ class Run {
     static void printJson(const nlohmann::json& object) { std::cout << object.dump() << std::endl; }
 
     const Camera& camera_;
-    const Options& options_;
+    const RunOptions& options_;
     StreamMonitor monitor_;
     Receiver receiver_;
     LiveLine live_;
@@ -158,7 +149,7 @@ class Run {
     bool ended_ = false;
 };
 
-void run(const Options& options) {
+void run(const RunOptions& options) {
     const Camera camera(options.choice);
     applyAssignments(camera, options.assignments);
     noteInterrupts();
@@ -171,15 +162,8 @@ void run(const Options& options) {
 void addStream(CLI::App& app) {
     auto* const command =
         app.add_subcommand("stream", "Run the camera: frames, rate, and every lost frame with its reason");
-    static Options options;
-    options.choice.addTo(*command);
-    command->add_option("--seconds", options.seconds, "Stop after this time (default: until interrupted)")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--frames", options.frames, "Stop after this many frames")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--set", options.assignments,
-                        "NAME=VALUE before the start, as in `tavra set`; repeatable");
-    command->add_flag("--json", options.json, "A JSON object a line on standard output, for programs");
+    static RunOptions options;
+    options.addTo(*command);
     command->callback([] { run(options); });
 }
 

@@ -10,6 +10,7 @@
 #include "control_state.h"
 #include "exit_code.h"
 #include "progress.h"
+#include "run_options.h"
 #include "settings_table.h"
 #include "stream_session.h"
 
@@ -20,13 +21,9 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t kPollMs = 10;
 constexpr auto kLineEvery = std::chrono::milliseconds(500);
-struct Options {
-    CameraChoice choice;
-    std::vector<std::string> assignments;
-    double seconds = 0;
-    std::uint64_t frames = 0;
+
+struct Options : RunOptions {
     std::uint64_t every = 0;
-    bool json = false;
 };
 
 // Prints what the monitor has read, until the time is over.
@@ -54,10 +51,7 @@ class Watch {
     }
 
   private:
-    bool done() const {
-        if (options_.seconds > 0 && elapsed() >= options_.seconds) return true;
-        return options_.frames > 0 && monitor_.frames() >= options_.frames;
-    }
+    bool done() const { return options_.reached(elapsed(), monitor_.frames()); }
 
     double elapsed() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
 
@@ -149,16 +143,9 @@ void addWatch(CLI::App& app) {
     auto* const command = app.add_subcommand(
         "watch", "Run exposure control and white balance, and tell what they measure and set");
     static Options options;
-    options.choice.addTo(*command);
-    command->add_option("--seconds", options.seconds, "Stop after this time (default: until interrupted)")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--frames", options.frames, "Stop after this many frames")
-        ->check(CLI::PositiveNumber);
+    options.addTo(*command);
     command->add_option("--every", options.every, "A line every N frames (default: every half second)")
         ->check(CLI::PositiveNumber);
-    command->add_option("--set", options.assignments,
-                        "NAME=VALUE before the start, as in `tavra set`; repeatable");
-    command->add_flag("--json", options.json, "A JSON object a line, for programs");
     command->callback([] { run(options); });
 }
 
