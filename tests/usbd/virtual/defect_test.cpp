@@ -3,22 +3,19 @@
 
 #include <algorithm>
 
-#include "usbd/virtual_cameras.h"
+#include "usbd/virtual/small_sensor.h"
 
 namespace tavra::usbd {
 namespace {
 
 using test::Camera;
-using test::rawOf;
-using test::readTransfer;
+using test::frameOf;
+using test::kHeight;
+using test::kWidth;
 using test::useCameras;
 
-constexpr std::size_t kWidth = 64, kHeight = 48;
-
 const std::string kSmall =
-    ":pace=off:noise=off:vignetting=0:geometry.sensor_width=64:geometry.sensor_height=48:width=64:height=48:"
-    "x=0:"
-    "y=0:identity.maximum_width=64:identity.maximum_height=48";
+    test::smallSensor(64, 48, 0, 0) + ":vignetting=0:identity.maximum_width=64:identity.maximum_height=48";
 
 struct Place {
     std::uint16_t x, y;
@@ -50,7 +47,7 @@ TEST(HotPixels, StandWhereTheSeedPutsThem) {
         useCameras("mono:light=0:hotpixels=8" + kSmall + more);
         Camera camera;
         EXPECT_EQ(UsbBeginRead(camera.handle()), 1);
-        auto now = rawOf(readTransfer(camera));
+        auto now = frameOf(camera);
         UsbEndRead(camera.handle());
         return now;
     };
@@ -70,20 +67,20 @@ TEST(DefectCorrection, TheListComesIntoForceAsAWhole) {
         Camera camera;
         const auto write = pages ? writeByPages : writeByWords;
         ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
-        const auto hot = brightPlaces(rawOf(readTransfer(camera)));
+        const auto hot = brightPlaces(frameOf(camera));
         ASSERT_FALSE(hot.empty());
         ASSERT_TRUE(camera.setStatus(0x804E, 1));
         for (std::uint16_t i = 0; i < hot.size(); ++i) write(camera, i, hot[i]);
         if (pages) {
-            EXPECT_EQ(brightPlaces(rawOf(readTransfer(camera))).size(), hot.size()) << "not yet";
+            EXPECT_EQ(brightPlaces(frameOf(camera)).size(), hot.size()) << "not yet";
         }
         ASSERT_TRUE(camera.setStatus(80, 1));
-        EXPECT_TRUE(brightPlaces(rawOf(readTransfer(camera))).empty());
+        EXPECT_TRUE(brightPlaces(frameOf(camera)).empty());
         ASSERT_TRUE(camera.setStatus(0x804E, 0));
-        EXPECT_EQ(brightPlaces(rawOf(readTransfer(camera))).size(), hot.size()) << "off";
+        EXPECT_EQ(brightPlaces(frameOf(camera)).size(), hot.size()) << "off";
         write(camera, 0, {0xFFFF, 0xFFFF});
         ASSERT_TRUE(camera.setStatus(0x804E, 1));
-        const auto left = brightPlaces(rawOf(readTransfer(camera)));
+        const auto left = brightPlaces(frameOf(camera));
         ASSERT_EQ(left.size(), 1u) << "switching it on takes the list as it stands";
         EXPECT_EQ(left[0].x, hot[0].x);
         EXPECT_EQ(left[0].y, hot[0].y);
@@ -96,12 +93,12 @@ TEST(DefectCorrection, AListedPixelIsTheMeanOfItsNeighboursOfTheSameColour) {
         useCameras(name + (":hotpixels=0:light=0.9" + kSmall));
         Camera camera;
         ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
-        const auto plain = rawOf(readTransfer(camera));
+        const auto plain = frameOf(camera);
         ASSERT_EQ(plain.size(), kWidth * kHeight);
         const Place places[] = {{30, 11}, {0, 40}, {63, 5}};
         for (std::uint16_t i = 0; i < 3; ++i) writeByPages(camera, i, places[i]);
         ASSERT_TRUE(camera.setStatus(0x804E, 1));
-        const auto corrected = rawOf(readTransfer(camera));
+        const auto corrected = frameOf(camera);
         ASSERT_EQ(corrected.size(), plain.size());
         UsbEndRead(camera.handle());
         const auto at = [&](int x, int y) {
@@ -122,11 +119,11 @@ TEST(DefectCorrection, NeedsTheCapability) {
     useCameras("mono:light=0:hotpixels=8:capability.word3=0x2085" + kSmall);
     Camera camera;
     ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
-    const auto hot = brightPlaces(rawOf(readTransfer(camera)));
+    const auto hot = brightPlaces(frameOf(camera));
     ASSERT_FALSE(hot.empty());
     for (std::uint16_t i = 0; i < hot.size(); ++i) writeByPages(camera, i, hot[i]);
     ASSERT_TRUE(camera.setStatus(0x804E, 1));
-    EXPECT_EQ(brightPlaces(rawOf(readTransfer(camera))).size(), hot.size());
+    EXPECT_EQ(brightPlaces(frameOf(camera)).size(), hot.size());
     UsbEndRead(camera.handle());
 }
 

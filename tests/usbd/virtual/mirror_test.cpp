@@ -2,33 +2,30 @@
 #include <gtest/gtest.h>
 
 #include "model_toml.h"
-#include "usbd/virtual_cameras.h"
+#include "usbd/virtual/small_sensor.h"
 
 namespace tavra::usbd {
 namespace {
 
 using test::Camera;
-using test::rawOf;
-using test::readTransfer;
+using test::frameOf;
+using test::kHeight;
+using test::kWidth;
 using test::useCameras;
 
-constexpr std::size_t kWidth = 64, kHeight = 48;
-
-const std::string kSmall =
-    ":pace=off:noise=off:geometry.sensor_width=80:geometry.sensor_height=60:width=64:height=48:x=8:y=4:"
-    "kelvin=3000";
+const std::string kSmall = test::smallSensor(80, 60, 8, 4) + ":kelvin=3000";
 
 TEST(Mirror, TheReadOutOfTheSameRegionTurns) {
     useCameras("mirror" + kSmall);
     Camera camera;
     ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
-    const auto plain = rawOf(readTransfer(camera));
+    const auto plain = frameOf(camera);
     ASSERT_EQ(plain.size(), kWidth * kHeight);
     for (const std::uint16_t mirror :
          {std::uint16_t{1}, std::uint16_t{2}, std::uint16_t{3}, std::uint16_t{0}}) {
         ASSERT_TRUE(camera.setStatus(0x803F, mirror));
         EXPECT_EQ(camera.status(63), mirror);
-        const auto turned = rawOf(readTransfer(camera));
+        const auto turned = frameOf(camera);
         std::vector<std::uint8_t> wanted(plain.size());
         for (std::size_t y = 0; y < kHeight; ++y) {
             for (std::size_t x = 0; x < kWidth; ++x) {
@@ -46,11 +43,11 @@ TEST(Mirror, NeedsTheCapabilityOfItsAxis) {
     useCameras("mirror:capability.word1=0x6070" + kSmall);
     Camera camera;
     ASSERT_EQ(UsbBeginRead(camera.handle()), 1);
-    const auto plain = rawOf(readTransfer(camera));
+    const auto plain = frameOf(camera);
     ASSERT_TRUE(camera.setStatus(0x803F, 2));
-    EXPECT_EQ(rawOf(readTransfer(camera)), plain) << "no vertical one";
+    EXPECT_EQ(frameOf(camera), plain) << "no vertical one";
     ASSERT_TRUE(camera.setStatus(0x803F, 1));
-    EXPECT_NE(rawOf(readTransfer(camera)), plain);
+    EXPECT_NE(frameOf(camera), plain);
     UsbEndRead(camera.handle());
 }
 
