@@ -15,6 +15,14 @@ function(tavra_room name)
   set_property(GLOBAL APPEND PROPERTY TAVRA_ROOMS tavra_${name})
 endfunction()
 
+# tavra_vectorise(<target>): for targets with loops over pixels. These are left to the compiler's vectoriser, which -O2
+# holds back.
+function(tavra_vectorise target)
+  if(NOT TAVRA_SANITIZE)
+    target_compile_options(${target} PRIVATE -O3)
+  endif()
+endfunction()
+
 # tavra_version_resource(<target>): the version record of a Windows library, with the project's version.
 function(tavra_version_resource target)
   string(REPLACE "." "," TAVRA_VERSION_COMMAS ${PROJECT_VERSION})
