@@ -26,9 +26,6 @@ class CJPEGColorComponent {
     // WrongParameters for a selector above 4.
     JpegError Select(unsigned quantTable, unsigned dcTable, unsigned acTable);
 
-    // Blocks of the component in an MCU, side by side and one below the other.
-    unsigned blocks() const { return horizontalFactor * verticalFactor; }
-
     unsigned id = 0;
     unsigned quantSelector = 0;
     unsigned dcSelector = 0;

@@ -24,7 +24,7 @@ class CJPEGEncoderHuffmanState {
     void Reset();
 
     // Appends a block to the output. `lastDc` is that of the component's block before, and becomes this
-    // one's. Internal if there is no accumulator or a table is not loaded.
+    // one's. Internal if there is no accumulator, a table is not loaded, or it has no code for a coefficient.
     JpegError Encode(const jpeg::Block& block, std::int16_t& lastDc, const CJPEGEncoderHuffmanTable& dc,
                      const CJPEGEncoderHuffmanTable& ac, CBitStreamOutput& output);
 
@@ -32,6 +32,10 @@ class CJPEGEncoderHuffmanState {
     JpegError Flush(CBitStreamOutput& output);
 
   private:
+    // Lets `work` put bits; false from it means that there is no code for them.
+    template <class Work>
+    JpegError append(CBitStreamOutput& output, Work&& work);
+
     struct Accumulator {
         std::uint64_t bits = 0;  // the lower `count` are waiting
         unsigned count = 0;      // at most 63

@@ -14,6 +14,7 @@
 #include "media/jpeg/bit_stream_output.h"
 #include "media/jpeg/codes.h"
 #include "media/jpeg/color_component.h"
+#include "media/jpeg/color_conversion.h"
 #include "media/jpeg/huffman_state.h"
 #include "media/jpeg/huffman_table.h"
 #include "media/jpeg/memory_buffer.h"
@@ -71,6 +72,8 @@ class CJPEGEncoder {
         unsigned channels = 0;
         JpegColor color = JpegColor::Unknown;
         JpegSampling sampling = JpegSampling::Other;
+
+        jpeg::PixelLayout layout() const { return {channels, color == JpegColor::Bgr}; }
     };
 
     struct Parameters {
@@ -94,43 +97,50 @@ class CJPEGEncoder {
         unsigned ss = 0, se = 63, ah = 0, al = 0;
     };
 
+    // How far the calls for an image have come.
+    enum class State { Empty, HasSource, HasParameters, Initialized };
+
+    using LineConverter = void (*)(const Source& source, const std::uint8_t* line,
+                                   const jpeg::PlaneRows& planes);
+
     // SetParams
+    void setMcuSize();
     void loadQuantTables();
     JpegError loadHuffmanTables();
     JpegError selectTables();
+    bool hasChrominanceTables() const;
 
     // WriteHeader
     JpegError initialize();
     void setFactors(CJPEGColorComponent& component, unsigned index) const;
-    JpegError writeStartOfImage();
+    JpegError writeApplicationSegment();
     JpegError writeApp0();
     JpegError writeApp14();
     JpegError writeQuantTable(const CJPEGEncoderQuantTable& table);
     JpegError writeFrameHeader();
     JpegError writeHuffmanTable(const CJPEGEncoderHuffmanTable& table);
-    JpegError writeHuffmanTables();
     JpegError writeRestartInterval();
 
     // WriteData
     JpegError writeScanHeader();
-    JpegError convertColors(std::uint32_t mcuRow);
+    LineConverter lineConverter() const;
+    JpegError convertColors(std::uint32_t first, std::uint32_t lines);
+    bool isSubsampledAlready(const CJPEGColorComponent& component) const;
     void fillEdges(std::uint32_t lines);
-    void subsample();
-    void transform();
+    void subsample(CJPEGColorComponent& component) const;
+    void transformRow();
+    void transformBlockRow(const CJPEGColorComponent& component, unsigned row, jpeg::Block* first);
     JpegError encodeRow();
-    JpegError encodeMcu(std::uint32_t mcu);
-    JpegError restart();
-    JpegError writeEndOfImage();
+    JpegError countMcu();
     void resetDc();
+    void resetRestartCounters();
 
-    bool hasChrominanceTables() const;
     std::span<CJPEGColorComponent> components() { return {components_.data(), parameters_.componentCount}; }
 
     Source source_;
     CBitStreamOutput output_;
     Parameters parameters_;
-    bool parametersAreSet_ = false;
-    bool headerIsWritten_ = false;
+    State state_ = State::Empty;
     McuGeometry mcu_;
     unsigned mcusToRestart_ = 0;
     unsigned restartNumber_ = 0;
