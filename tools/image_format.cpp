@@ -2,10 +2,20 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string_view>
 
 #include "tavra/tavra_types.h"
 
 namespace tavra::tool {
+namespace {
+
+std::string inLowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+}  // namespace
 
 std::optional<std::uint32_t> stillFormatOf(std::uint32_t transferBits) {
     switch (transferBits) {
@@ -25,11 +35,14 @@ std::optional<std::uint32_t> stillFormatOf(std::uint32_t transferBits) {
 }
 
 bool isRawName(const std::string& fileName) {
-    if (fileName.size() < 4) return false;
-    std::string ending = fileName.substr(fileName.size() - 4);
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending == ".raw";
+    return fileName.size() >= 4 && inLowerCase(fileName.substr(fileName.size() - 4)) == ".raw";
+}
+
+bool isJpegName(const std::string& fileName) {
+    const std::size_t dot = fileName.rfind('.');
+    if (dot == std::string::npos || dot + 1 == fileName.size()) return false;
+    const std::string ending = inLowerCase(fileName.substr(dot + 1));
+    return std::string_view("jpg").starts_with(ending) || std::string_view("jpeg").starts_with(ending);
 }
 
 }  // namespace tavra::tool

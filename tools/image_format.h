@@ -14,4 +14,8 @@ std::optional<std::uint32_t> stillFormatOf(std::uint32_t transferBits);
 // Whether the name ends in ".raw", whatever the case.
 bool isRawName(const std::string& fileName);
 
+// Whether the library writes a JPEG under this name: it ends in a dot and a beginning of "jpg" or "jpeg",
+// whatever the case.
+bool isJpegName(const std::string& fileName);
+
 }  // namespace tavra::tool

@@ -1,6 +1,7 @@
 // `tavra snap`: one still from a camera into a file.
 #include <cmath>
 #include <iostream>
+#include <optional>
 #include <vector>
 
 #include "base/pixel_format.h"
@@ -22,6 +23,7 @@ struct Options {
     std::vector<std::string> assignments;
     bool raw = false;
     bool automatic = false;
+    std::optional<unsigned> quality;  // of a JPEG
     double settleSeconds = 30;
     double timeoutSeconds = 10;
 };
@@ -109,14 +111,24 @@ Image takeSettled(const Camera& camera, const Options& options, bool rawFile) {
     return take(camera, options, rawFile);
 }
 
+// The last argument of the save: a JPEG's compression, which is what its quality leaves of 100, and for the
+// other types a PNG that is not interlaced.
+std::uint32_t saveOption(const Options& options) {
+    constexpr std::uint32_t kNotInterlaced = 1, kBestQuality = 100, kUsualQuality = 90;
+    if (isJpegName(options.fileName)) return kBestQuality - options.quality.value_or(kUsualQuality);
+    if (options.quality) throw Failure("--quality is for JPEG files: " + options.fileName + " is none");
+    return kNotInterlaced;
+}
+
 void run(const Options& options) {
+    const std::uint32_t option = saveOption(options);
     const Camera camera(options.choice);
     applyAssignments(camera, options.assignments);
     const bool rawFile = isRawName(options.fileName);
     const Image image =
         options.automatic ? takeSettled(camera, options, rawFile) : take(camera, options, rawFile);
     camera.check(Tavra_SaveImageA(camera.handle(), image.width, image.height, image.format,
-                                  image.pixels.data(), options.fileName.c_str(), 1),
+                                  image.pixels.data(), options.fileName.c_str(), option),
                  "cannot write " + options.fileName);
     std::cout << options.fileName << ": ";
     if (!rawFile) std::cout << image.width << "x" << image.height << " ";
@@ -132,9 +144,13 @@ void addSnap(CLI::App& app) {
     command
         ->add_option(
             "file", options.fileName,
-            "File to write: .png, .tif or .bmp for the finished picture, .raw for the frame as it came")
+            "File to write: .png, .jpg, .tif or .bmp for the finished picture, .raw for the frame as it came")
         ->required();
     command->add_flag("--raw", options.raw, "The frame before any processing (16-bit samples: .tif)");
+    command
+        ->add_option("--quality", options.quality,
+                     "Of a .jpg, 0 to 100 (90 unless told; 0 is the same as 50)")
+        ->check(CLI::Range(0, 100));
     command->add_flag("--auto", options.automatic, "Let exposure control and white balance settle first");
     command->add_option("--settle", options.settleSeconds, "With --auto: seconds for that at most")
         ->check(CLI::Range(0.1, 4000000.0))

@@ -63,6 +63,44 @@ TEST_F(SaveImageTest, AFormatThatTheTypeDoesNotTakeIs87) {
     EXPECT_TRUE(folder.isEmpty());
 }
 
+// The last argument is a compression: from 0, the finest; from 100 on it is the same as 50.
+TEST_F(SaveImageTest, JpegFilesFollowTheCompression) {
+    const auto stepsOf = [&](const std::string& name) { return contents(name).substr(20 + 5, 64); };
+    const auto saveBoth = [&](std::uint32_t compression) {
+        const std::string wide = "w" + std::to_string(compression) + ".jpg";
+        const std::string narrow = "n" + std::to_string(compression) + ".jpeg";
+        EXPECT_EQ(Tavra_SaveImageW(handle, 4, 2, 1, pixels, (folder / wide).u16string().c_str(), compression),
+                  1);
+        EXPECT_EQ(lastError(), 0u);
+        EXPECT_EQ(Tavra_SaveImageA(handle, 4, 2, 1, pixels, (folder / narrow).string().c_str(), compression),
+                  1);
+        EXPECT_EQ(contents(wide), contents(narrow));
+        EXPECT_EQ(contents(wide).substr(0, 4), "\xFF\xD8\xFF\xE0");
+        EXPECT_EQ(contents(wide).substr(contents(wide).size() - 2), "\xFF\xD9");
+        return stepsOf(wide);
+    };
+    EXPECT_EQ(saveBoth(0), std::string(64, 1));
+    EXPECT_EQ(saveBoth(99), std::string(64, '\xFF'));
+    EXPECT_EQ(saveBoth(100)[0], 16);
+    EXPECT_EQ(saveBoth(100), saveBoth(50));
+    EXPECT_EQ(saveBoth(5000), saveBoth(100));
+}
+
+TEST_F(SaveImageTest, JpegRefusesWordsWithAnEmptyFileLeftBehind) {
+    for (const std::uint32_t format : {2u, 256u, 512u}) {
+        const std::string name = std::to_string(format) + ".jpg";
+        EXPECT_EQ(saveW(name, format), 0) << format;
+        EXPECT_EQ(lastError(), 87u);
+        EXPECT_TRUE(std::filesystem::exists(folder / name));
+        EXPECT_EQ(contents(name), "");
+    }
+    for (const std::uint32_t format : {16u, 32u, 64u, 3u}) {
+        EXPECT_EQ(saveW("none.jpg", format), 0) << format;
+        EXPECT_EQ(lastError(), 87u);
+        EXPECT_FALSE(std::filesystem::exists(folder / "none.jpg"));
+    }
+}
+
 TEST_F(SaveImageTest, APlaceThatCannotBeOpenedIs110) {
     EXPECT_EQ(saveW("no such folder/image.png", 1), 0);
     EXPECT_EQ(lastError(), 110u);

@@ -37,6 +37,31 @@ TEST_F(CommandTest, SnapDumpsRawFramesAndKeepsTheirBits) {
     EXPECT_NE(packed.output.find(".raw"), std::string::npos) << packed.output;
 }
 
+// The step of the mean stands behind the start, 20 bytes of JFIF and 5 of the table's head.
+TEST_F(CommandTest, SnapWritesAJpegOfTheQualityAskedFor) {
+    const auto stepOf = [this](const std::string& name) { return readFile(folder / name).at(25); };
+    EXPECT_EQ(run("snap --virtual bayer usual.jpg").exitCode, 0);
+    EXPECT_EQ(stepOf("usual.jpg"), 3) << "quality 90: (16 * 20 + 50) / 100";
+    EXPECT_EQ(run("snap --virtual bayer --quality 100 best.jpg").exitCode, 0);
+    EXPECT_EQ(stepOf("best.jpg"), 1);
+    EXPECT_EQ(run("snap --virtual mono --quality 50 grey.jpeg").exitCode, 0);
+    EXPECT_EQ(stepOf("grey.jpeg"), 16);
+    EXPECT_EQ(run("snap --virtual mono --quality 0 zero.jpeg").exitCode, 0);
+    EXPECT_EQ(stepOf("zero.jpeg"), 16);
+    EXPECT_GT(std::filesystem::file_size(folder / "best.jpg"),
+              std::filesystem::file_size(folder / "usual.jpg"));
+}
+
+TEST_F(CommandTest, SnapTakesAQualityForJpegOnlyAndUpToAHundred) {
+    const Outcome other = run("snap --virtual bayer --quality 90 picture.png");
+    EXPECT_EQ(other.exitCode, 1) << other.output;
+    EXPECT_NE(other.output.find("--quality is for JPEG"), std::string::npos) << other.output;
+    EXPECT_NE(run("snap --virtual bayer --quality 101 picture.jpg").exitCode, 0);
+    EXPECT_NE(run("snap --virtual bayer --quality -1 picture.jpg").exitCode, 0);
+    EXPECT_FALSE(std::filesystem::exists(folder / "picture.png"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "picture.jpg"));
+}
+
 TEST_F(CommandTest, SnapSaysWhatIsWrongWithAFileName) {
     const Outcome ending = run("snap --virtual mono picture.gif");
     EXPECT_EQ(ending.exitCode, 1);

@@ -27,5 +27,13 @@ TEST(ImageFormat, RawNamesEndInRaw) {
     EXPECT_FALSE(isRawName("raw"));
 }
 
+TEST(ImageFormat, JpegNamesEndInABeginningOfItsName) {
+    for (const char* name : {"a.jpg", "a.JPEG", "a.j", "a.b.Jpe", ".jp"})
+        EXPECT_TRUE(isJpegName(name)) << name;
+    for (const char* name : {"a.", "jpg", "a.jpgs", "a.jpg.png", "a.jg", "a.png", ""}) {
+        EXPECT_FALSE(isJpegName(name)) << name;
+    }
+}
+
 }  // namespace
 }  // namespace tavra::tool

@@ -10,7 +10,7 @@
  *  | raw | all | width x height x bytes a pixel from the start of the data, without a header |
  *  | bmp | 1, 4, 8 | bottom-up, 8-bit with a grey palette |
  *  | tif | all | baseline, one strip, uncompressed, RGB; mono of 10, 12, 14 bits shifted up to 16 |
- *  | jpg | 1, 4, 8 | not written yet: a save fails with TAVRA_ERROR_NOT_SUPPORTED |
+ *  | jpg | 1, 4, 8 | baseline JFIF, grey or YCbCr without subsampling |
  *  | png | 1, 4, 8 | grey or RGB of 8 bits |
  */
 #ifndef TAVRA_API_STILLS_H
@@ -32,16 +32,15 @@ extern "C" {
  *  \param data top row first, each row padded to a multiple of four bytes (raw: not padded). It must not
  *      change during the call
  *  \param fileName name in UTF-16
- *  \param quality png: bit 0: not interlaced; jpg: compression, 0 is the finest, without effect as long as
- *      no jpg is written; else not used
+ *  \param quality png: bit 0: not interlaced; jpg: compression, from 0, the finest, to 99, the coarsest (100
+ *      minus the quality that other programs ask for); 100 and more are the same as 50; else not used
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_FILE_NAME no name, no dot, or an unknown type; TAVRA_ERROR_INVALID_ARGUMENT data is
  *      null, or the type does not take the format or the size (an empty file is left behind for bmp with
- *      256, 512 or an unknown format and jpg with 2, 256 or 512); TAVRA_ERROR_NOT_SUPPORTED jpg, whose
- *      encoder is not there yet: no file is made; TAVRA_ERROR_OPEN_FAILED the file cannot be opened, or the
- *      system cannot express its name; TAVRA_ERROR_WRITE_FAULT it could not be written whole (raw, bmp, png;
- *      not detected for tif); TAVRA_ERROR_OUT_OF_MEMORY no memory (but bmp succeeds with an empty file)
- *  \threads any, not in a callback unless the stream may wait for the disk
+ *      256, 512 or an unknown format and jpg with 2, 256 or 512); TAVRA_ERROR_OPEN_FAILED the file cannot
+ *      be opened, or the system cannot express its name; TAVRA_ERROR_WRITE_FAULT it could not be written
+ *      whole (raw, bmp, png; not detected for tif and jpg); TAVRA_ERROR_OUT_OF_MEMORY no memory (but bmp
+ * succeeds with an empty file) \threads any, not in a callback unless the stream may wait for the disk
  */
 TAVRA_API TavraBool Tavra_SaveImageW(TavraHandle handle, uint32_t width, uint32_t height, uint32_t format,
                                      const void* data, const TavraWChar* fileName, uint32_t quality);

@@ -74,6 +74,12 @@ TEST_F(FullDisk, IsNotNoticedForTiff) {
     EXPECT_EQ(platform::lastSystemError(), 0u);
 }
 
+TEST_F(FullDisk, IsNotNoticedForJpeg) {
+    EXPECT_EQ(save(TestImage(200, 100, 4), name("jpg")), 0u);
+    EXPECT_EQ(save(TestImage(2, 2, 1), name("jpeg")), 0u);
+    EXPECT_EQ(platform::lastSystemError(), 0u);
+}
+
 TEST_F(FullDisk, Gives29ForAPngThatFitsTheBuffer) {
     EXPECT_EQ(save(TestImage(2, 2, 4), name("png")), 29u);
     EXPECT_EQ(platform::lastSystemError(), 29u);
@@ -99,6 +105,7 @@ TEST(DiskThatFills, TheFirstBytesAreThereAndTheResultIs29) {
     const std::uint32_t raw = save(image, folder / "a.raw");
     const std::uint32_t bmp = save(image, folder / "a.bmp");
     const std::uint32_t tiff = save(image, folder / "a.tif");
+    const std::uint32_t jpeg = save(image, folder / "a.jpg");
     const std::uint32_t png = save(image, folder / "a.png");
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
@@ -106,8 +113,9 @@ TEST(DiskThatFills, TheFirstBytesAreThereAndTheResultIs29) {
     EXPECT_EQ(raw, 29u);
     EXPECT_EQ(bmp, 29u);
     EXPECT_EQ(tiff, 0u);
+    EXPECT_EQ(jpeg, 0u);
     EXPECT_EQ(png, 29u);
-    for (const char* name : {"a.raw", "a.bmp", "a.tif"})
+    for (const char* name : {"a.raw", "a.bmp", "a.tif", "a.jpg"})
         EXPECT_EQ(readFile(folder / name).size(), 4096u) << name;
 }
 
@@ -158,7 +166,7 @@ TEST(StillFaults, ANameThatTheSystemCannotExpressGives110AndNoFile) {
     const std::uint8_t pixels[8] = {};
     CSaveImageFile* const saver = new CSaveImageFile;
     saver->AddRef();
-    for (const char16_t* const extension : {u".raw", u".bmp", u".tif", u".png"}) {
+    for (const char16_t* const extension : {u".raw", u".bmp", u".tif", u".jpg", u".png"}) {
         for (const char16_t half : {char16_t{0xD800}, char16_t{0xDFFF}}) {
             const std::u16string name = wideName(folder.path()) + u"/a" + half + u"b" + extension;
             platform::setLastSystemError(0);
