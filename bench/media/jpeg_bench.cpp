@@ -6,7 +6,9 @@
 //
 #include <jpeglib.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <numbers>
 

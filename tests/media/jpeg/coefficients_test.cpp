@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <vector>
 
 #include "media/jpeg/jpeg_reference.h"
 #include "media/jpeg/jpeg_support.h"

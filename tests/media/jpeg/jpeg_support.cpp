@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace tavra::test {
 
 JpegError LimitedStream::Write(const void* buffer, std::size_t size, std::size_t& written) {

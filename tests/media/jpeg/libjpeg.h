@@ -1,6 +1,7 @@
 // libjpeg as the other side: what it reads from a stream, and what it makes of the same pixels.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 

@@ -1,6 +1,7 @@
 // What comes out of a decoder: as good a picture as libjpeg's accurate transform gives.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "media/jpeg/jpeg_support.h"

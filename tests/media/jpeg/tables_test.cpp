@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "media/jpeg/color_component.h"
 #include "media/jpeg/huffman_table.h"

@@ -1,6 +1,7 @@
 // Streams put together by hand, byte for byte.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <initializer_list>
 
 #include "media/jpeg/jpeg_support.h"
