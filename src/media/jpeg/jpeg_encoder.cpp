@@ -14,11 +14,21 @@ constexpr std::uint32_t ceilDivide(std::uint32_t a, std::uint32_t b) {
     return a / b + (a % b != 0 ? 1 : 0);
 }
 
+// Of colours that nothing can be made of, only the number of channels matters, which may become components.
 bool channelsFit(unsigned channels, JpegColor color, JpegSampling sampling) {
-    if (color == JpegColor::YCbCr) return channels == 2 && sampling == JpegSampling::Sampling422;
-    if (sampling != JpegSampling::Sampling444) return false;
-    if (color == JpegColor::Gray) return channels == 1;
-    return (color == JpegColor::Rgb || color == JpegColor::Bgr) && (channels == 3 || channels == 4);
+    const bool whole = sampling == JpegSampling::Sampling444;
+    switch (color) {
+        case JpegColor::Gray: return channels == 1 && whole;
+        case JpegColor::Rgb:
+        case JpegColor::Bgr: return (channels == 3 || channels == 4) && whole;
+        case JpegColor::YCbCr:
+            if (sampling == JpegSampling::Sampling422) return channels == 2;
+            [[fallthrough]];
+        case JpegColor::Unknown:
+        case JpegColor::Cmyk:
+        case JpegColor::Ycck: return channels >= 1 && channels <= 4;
+    }
+    return false;
 }
 
 bool isKnown(JpegMode mode) {

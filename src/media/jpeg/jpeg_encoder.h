@@ -35,9 +35,10 @@ class CJPEGEncoder {
     // - channels: bytes a pixel: 1 for gray; 3 or 4 for RGB and BGR, of which a fourth is not looked at;
     //   2 for YCbCr, whose pixels come in pairs Y Cb Y Cr, an odd width rounded up.
     // - sampling: Sampling422 for YCbCr, else Sampling444.
+    // - Of other colours and samplings nothing can be made; WriteData says so.
     // - precision: 8 bits a sample.
     //
-    // WrongParameters for anything else.
+    // WrongParameters for anything that this does not allow.
     JpegError SetSource(const std::uint8_t* pixels, std::size_t rowStep, std::uint32_t width,
                         std::uint32_t height, unsigned channels, JpegColor color, JpegSampling sampling,
                         unsigned precision = 8);

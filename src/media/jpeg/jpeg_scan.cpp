@@ -99,7 +99,10 @@ CJPEGEncoder::LineConverter CJPEGEncoder::lineConverter() const {
                 convertToYCbCr(line, source.width, source.layout(), planes);
             };
         case JpegColor::YCbCr:
-            if (!toYCbCr || parameters_.sampling != source_.sampling) return nullptr;
+            if (!toYCbCr || source_.sampling != JpegSampling::Sampling422 ||
+                parameters_.sampling != JpegSampling::Sampling422) {
+                return nullptr;
+            }
             return [](const Source& source, const std::uint8_t* line, Rows planes) {
                 splitYCbCr422(line, source.width, planes);
             };

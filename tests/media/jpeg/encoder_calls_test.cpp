@@ -61,9 +61,13 @@ TEST_F(EncoderCalls, ChannelsGoWithTheColour) {
             EXPECT_EQ(source(4, 4, channels, color), JpegError::WrongParameters);
     }
     EXPECT_EQ(source(4, 4, 3, JpegColor::Gray), JpegError::WrongParameters);
-    EXPECT_EQ(source(4, 4, 3, JpegColor::Unknown), JpegError::WrongParameters);
-    EXPECT_EQ(source(4, 4, 3, JpegColor::YCbCr), JpegError::WrongParameters);
-    EXPECT_EQ(source(4, 4, 4, JpegColor::Cmyk), JpegError::WrongParameters);
+    EXPECT_EQ(source(4, 4, 2, JpegColor::YCbCr, JpegSampling::Sampling422), JpegError::None);
+    EXPECT_EQ(source(4, 4, 3, JpegColor::YCbCr, JpegSampling::Sampling422), JpegError::WrongParameters);
+    EXPECT_EQ(source(4, 4, 5, JpegColor::Cmyk), JpegError::WrongParameters);
+    EXPECT_EQ(source(4, 4, 0, JpegColor::Unknown), JpegError::WrongParameters);
+    for (const int number : {-1, 7}) {
+        EXPECT_EQ(source(4, 4, 3, static_cast<JpegColor>(number)), JpegError::WrongParameters);
+    }
     EXPECT_EQ(source(4, 4, 3, JpegColor::Bgr, JpegSampling::Sampling422), JpegError::WrongParameters);
     EXPECT_EQ(source(4, 4, 1, JpegColor::Gray, JpegSampling::Sampling444, 12), JpegError::WrongParameters);
 }
@@ -136,16 +140,46 @@ TEST_F(EncoderCalls, PairsOfColoursThatDoNotGoTogetherAreNotImplemented) {
                 {3, JpegColor::Bgr, JpegColor::Bgr},     {3, JpegColor::Rgb, JpegColor::Unknown},
                 {3, JpegColor::Rgb, JpegColor::Cmyk},    {4, JpegColor::Rgb, JpegColor::Ycck},
                 {2, JpegColor::YCbCr, JpegColor::Gray},  {2, JpegColor::YCbCr, JpegColor::Rgb},
-                {2, JpegColor::YCbCr, JpegColor::YCbCr}, {1, JpegColor::Gray, JpegColor::Unknown}};
+                {2, JpegColor::YCbCr, JpegColor::YCbCr}, {1, JpegColor::Gray, JpegColor::Unknown},
+                {3, JpegColor::YCbCr, JpegColor::YCbCr}, {4, JpegColor::Cmyk, JpegColor::Cmyk},
+                {4, JpegColor::Ycck, JpegColor::Ycck},   {2, JpegColor::Unknown, JpegColor::Unknown}};
     for (const auto& row : rows) {
         ASSERT_EQ(source(16, 16, row.channels, row.source,
-                         row.channels == 2 ? JpegSampling::Sampling422 : JpegSampling::Sampling444),
+                         row.channels == 2 && row.source == JpegColor::YCbCr ? JpegSampling::Sampling422
+                                                                             : JpegSampling::Sampling444),
                   JpegError::None);
         ASSERT_EQ(encoder.SetDestination(&stream), JpegError::None);
         ASSERT_EQ(params(row.color), JpegError::None);
         EXPECT_EQ(encoder.WriteHeader(), JpegError::None);
         EXPECT_EQ(encoder.WriteData(), JpegError::NotImplemented)
             << static_cast<int>(row.source) << " to " << static_cast<int>(row.color);
+    }
+}
+
+// Brightness and colour apart already, and the colour halved: only a stream of the same sampling fits.
+TEST_F(EncoderCalls, PairsOfYCbCrBecomeYCbCr422Only) {
+    ASSERT_EQ(encoder.SetDestination(&stream), JpegError::None);
+    for (const JpegSampling sampling :
+         {JpegSampling::Sampling444, JpegSampling::Sampling422, JpegSampling::Sampling411}) {
+        ASSERT_EQ(source(16, 16, 2, JpegColor::YCbCr, JpegSampling::Sampling422), JpegError::None);
+        ASSERT_EQ(params(JpegColor::YCbCr, sampling), JpegError::None);
+        ASSERT_EQ(encoder.WriteHeader(), JpegError::None);
+        EXPECT_EQ(encoder.WriteData(),
+                  sampling == JpegSampling::Sampling422 ? JpegError::None : JpegError::NotImplemented);
+    }
+}
+
+// The blocks of a single component are not put together to MCUs, so that it cannot be 2 by 2.
+TEST_F(EncoderCalls, GrayIsNeverSubsampled) {
+    for (const JpegSampling sampling : {JpegSampling::Sampling422, JpegSampling::Sampling411}) {
+        JpegJob job;
+        job.width = job.height = 40;
+        job.channels = 1;
+        job.source = job.color = JpegColor::Gray;
+        job.fill(90);
+        const ByteVector whole = encoded(job);
+        job.sampling = sampling;
+        EXPECT_EQ(encoded(job), whole);
     }
 }
 
