@@ -7,7 +7,6 @@
 #include "base/color_array.h"
 #include "base/error_codes.h"
 #include "base/pixel_format.h"
-#include "stages/gamma/shift.h"
 #include "stages/image_rows.h"
 
 namespace tavra {
@@ -78,7 +77,7 @@ std::uint16_t entryOf(const GammaTable& table, std::uint16_t sample) {
 
 CGamma::Curve::Curve() : table(identity(kByteBits)), bytes(table) {}
 
-CGamma::CGamma() = default;
+CGamma::CGamma() : lumaShift_(curves_[kLuminance].table) {}
 
 std::uint32_t CGamma::GetGamma(std::uint8_t index, std::uint8_t* mode, std::uint16_t* gamma,
                                std::int16_t* brightness, void* contrast, void* table, std::uint16_t* bits) {
@@ -123,6 +122,7 @@ std::uint32_t CGamma::SetGamma(std::uint8_t index, std::uint8_t mode, std::uint1
     curve.contrast = shaped ? contrast : std::uint16_t{0};
     curve.bits = bits;
     curve.bytes.fill(curve.table);
+    if (index == kLuminance) lumaShift_.fill(curve.table);
     return error::kNone;
 }
 
@@ -169,9 +169,8 @@ std::uint32_t CGamma::ApplyImage8(std::uint32_t width, std::uint32_t height, std
         eachRow(width, height, stride, pitch, pixels,
                 [&](std::uint8_t* row, std::size_t) { lookUpRow(row, width, curve.bytes, curve.bytes); });
     } else {
-        const LumaShift shift(curve.table);
         eachRow(width, height, stride, pitch, pixels,
-                [&](std::uint8_t* row, std::size_t) { shift.apply(row, pitch, width); });
+                [&](std::uint8_t* row, std::size_t) { lumaShift_.apply(row, pitch, width); });
     }
     return error::kNone;
 }

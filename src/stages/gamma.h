@@ -11,6 +11,7 @@
 
 #include "stages/gamma/curve.h"
 #include "stages/gamma/lookup.h"
+#include "stages/gamma/shift.h"
 #include "stages/unknown.h"
 
 namespace tavra {
@@ -96,6 +97,7 @@ class CGamma final : public CountedStage<CGamma, IGamma> {
 
     std::mutex mutex_;
     std::array<Curve, 5> curves_;
+    LumaShift lumaShift_;  // of the luminance curve, kept in step with it
 };
 
 }  // namespace tavra

@@ -13,15 +13,29 @@ constexpr LumaTable shareOf(std::uint32_t thousandths) {
 
 constexpr std::uint16_t kLastEntry = std::tuple_size_v<LumaTable> - 1;
 
-// The entry for a byte by arithmetic in words, which vectors do faster than look-ups: the product in 1/256 of
-// a level, rounded. The factors are 65536 times the weight, near enough that all 256 results are those of the
-// table.
-template <std::uint16_t kFactor>
-constexpr std::uint16_t byteShare(std::uint8_t value) {
-    const auto scaled = static_cast<std::uint16_t>(value << 8);
-    const auto product = static_cast<std::uint16_t>((std::uint32_t{scaled} * kFactor) >> 16);
-    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(product + 128) >> 8);
+// The entry for a byte by arithmetic in words, which vectors do faster than look-ups: a line of which every
+// value, cut off, is that of the table.
+struct ByteLine {
+    std::uint16_t offset;  // added to 16 times the byte; half a level
+    std::uint16_t factor;  // in 1/65536: a 16th of the weight
+
+    constexpr std::uint16_t operator()(std::uint8_t value) const {
+        const auto x = static_cast<std::uint16_t>(16 * value + offset);
+        return static_cast<std::uint16_t>((std::uint32_t{x} * factor) >> 16);
+    }
+};
+
+constexpr bool equal(const ByteLine& line, const LumaTable& table) {
+    for (std::uint16_t value = 0; value <= 255; ++value)
+        if (line(static_cast<std::uint8_t>(value)) != table[value]) return false;
+    return true;
 }
+
+constexpr ByteLine byteShareR = {26, 1225};
+constexpr ByteLine byteShareG = {14, 2404};
+constexpr ByteLine byteShareB = {70, 467};
+static_assert(equal(byteShareR, shareOf(299)) && equal(byteShareG, shareOf(587)) &&
+              equal(byteShareB, shareOf(114)));
 
 // The entry for a word, with 19 fractional bits. The offset is a half and what the factor lacks.
 template <std::uint32_t kFactor, std::uint32_t kOffset>
@@ -29,9 +43,6 @@ constexpr std::uint32_t wordShare(std::uint16_t value) {
     return (std::min(value, kLastEntry) * kFactor + kOffset) >> 19;
 }
 
-constexpr auto byteShareR = byteShare<19595>;
-constexpr auto byteShareG = byteShare<38470>;
-constexpr auto byteShareB = byteShare<7472>;
 constexpr auto wordShareR = wordShare<156762, 262600>;
 constexpr auto wordShareG = wordShare<307757, 262500>;
 constexpr auto wordShareB = wordShare<59769, 262300>;

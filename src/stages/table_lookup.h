@@ -8,9 +8,19 @@
 
 namespace tavra {
 
-// Out[i] = table[index[i]]; each index is below 256.
-void lookUp(const std::array<std::uint16_t, 256>& table, const std::uint16_t* index, std::uint16_t* out,
-            std::size_t count);
+// A table of words, ready for each of four neighbouring places: entry [k][i] is entry i at the place of word
+// k of a machine word. So four results are put together by "or" and written at once.
+class WordTable {
+  public:
+    WordTable() = default;
+    explicit WordTable(const std::array<std::uint16_t, 256>& entries);
+
+    // Out[i] is the entry for index[i], which is below 256.
+    void lookUp(const std::uint16_t* index, std::uint16_t* out, std::size_t count) const;
+
+  private:
+    std::array<std::array<std::uint64_t, 256>, 4> lanes_{};
+};
 
 // The i-th four of `out` is first[p[0]] + second[p[1]] + third[p[2]], lowest 16 bits first, p being the i-th
 // of `count` pixels that lie `pitch` bytes apart, 3 or 4.

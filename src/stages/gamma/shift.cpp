@@ -5,7 +5,6 @@
 #include "stages/bgr_reader.h"
 #include "stages/interpolation/bgr_writer.h"
 #include "stages/luma_tables.h"
-#include "stages/table_lookup.h"
 
 namespace tavra {
 namespace {
@@ -40,11 +39,13 @@ std::uint16_t shiftedWord(std::uint16_t word, int shift) {
 
 }  // namespace
 
-LumaShift::LumaShift(const GammaTable& table) {
-    for (std::size_t luma = 0; luma < shifts_.size(); ++luma) {
+void LumaShift::fill(const GammaTable& table) {
+    std::array<std::uint16_t, 256> shifts;
+    for (std::size_t luma = 0; luma < shifts.size(); ++luma) {
         const int shift = std::clamp(shiftOf(table, static_cast<std::uint16_t>(luma)), -255, 255);
-        shifts_[luma] = static_cast<std::uint16_t>(shift >= 0 ? shift : -shift << 8);
+        shifts[luma] = static_cast<std::uint16_t>(shift >= 0 ? shift : -shift << 8);
     }
+    shifts_ = WordTable(shifts);
 }
 
 void LumaShift::apply(std::uint8_t* row, std::size_t pitch, std::size_t width) const {
@@ -55,7 +56,7 @@ void LumaShift::apply(std::uint8_t* row, std::size_t pitch, std::size_t width) c
         const std::size_t count = std::min(kTile, width - x);
         readBgr(row + x * pitch, pitch, blue, green, red, count);
         lumaOfPlanes(blue, green, red, luma, kTile);
-        lookUp(shifts_, luma, both, kTile);
+        shifts_.lookUp(luma, both, kTile);
         for (std::size_t i = 0; i < kTile; ++i) {
             shifts.rise[i] = static_cast<std::uint8_t>(both[i]);
             shifts.fall[i] = static_cast<std::uint8_t>(both[i] >> 8);

@@ -2,18 +2,20 @@
 // its colour stays. Any thread.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
 #include "stages/gamma/curve.h"
+#include "stages/table_lookup.h"
 
 namespace tavra {
 
 // For rows of bytes: by how much a pixel of each luminance rises, and by how much it falls.
 class LumaShift {
   public:
-    explicit LumaShift(const GammaTable& table);
+    explicit LumaShift(const GammaTable& table) { fill(table); }
+
+    void fill(const GammaTable& table);
 
     // A row of `width` pixels of 3 or 4 bytes.
     void apply(std::uint8_t* row, std::size_t pitch, std::size_t width) const;
@@ -21,7 +23,7 @@ class LumaShift {
   private:
     // The rise in the low byte, the fall in the high byte; one of them is 0. More than 255 does no more than
     // 255.
-    std::array<std::uint16_t, 256> shifts_;
+    WordTable shifts_;
 };
 
 // A row of `width` pixels of 3 or 4 words.
