@@ -4,6 +4,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "stages/byte_lanes.h"
+
 namespace tavra::interpolation {
 namespace {
 
@@ -36,7 +38,6 @@ void writeFour(Sample* pixels, const Sample* blue, const Sample* green, const Sa
     }
 }
 
-using Bytes = std::uint8_t __attribute__((vector_size(16)));
 using Words = std::uint16_t __attribute__((vector_size(16)));
 
 template <class Vector>
@@ -50,24 +51,20 @@ Vector load(const void* samples) {
 
 // Machines that permute the bytes of a vector at once: a vector of each plane makes three of pixels.
 //
-// Sample j of output vector k belongs to plane (k * lanes + j) mod 3. As 3 does not divide the lanes,
+// Sample j of output vector k belongs to plane (k * samples + j) mod 3. As 3 does not divide the samples,
 // position j takes each plane in just one of the three outputs, so one permutation of each plane serves all
 // three, which then are picked together position by position.
 
+using Bytes = lanes::Vector;
+
 inline void weave(std::uint8_t* pixels, Bytes b, Bytes g, Bytes r) {
-    b = __builtin_shufflevector(b, b, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5);
-    g = __builtin_shufflevector(g, g, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10);
-    r = __builtin_shufflevector(r, r, 10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15);
-    const auto store = [](std::uint8_t* to, Bytes x, Bytes y, Bytes z) {
-        const Bytes xy =
-            __builtin_shufflevector(x, y, 0, 17, 2, 3, 20, 5, 6, 23, 8, 9, 26, 11, 12, 29, 14, 15);
-        const Bytes xyz =
-            __builtin_shufflevector(xy, z, 0, 1, 18, 3, 4, 21, 6, 7, 24, 9, 10, 27, 12, 13, 30, 15);
-        std::memcpy(to, &xyz, sizeof xyz);
-    };
-    store(pixels, b, g, r);
-    store(pixels + 16, g, r, b);
-    store(pixels + 32, r, b, g);
+    b = lanes::permuted<lanes::Order{0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5}>(b);
+    g = lanes::permuted<lanes::Order{5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10}>(g);
+    r = lanes::permuted<lanes::Order{10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15}>(r);
+    constexpr std::size_t kApart = 3 * lanes::kLaneBytes;
+    lanes::store(lanes::everyThird(b, g, r), pixels, kApart);
+    lanes::store(lanes::everyThird(g, r, b), pixels + lanes::kLaneBytes, kApart);
+    lanes::store(lanes::everyThird(r, b, g), pixels + 2 * lanes::kLaneBytes, kApart);
 }
 
 inline void weave(std::uint8_t* pixels, Words b, Words g, Words r) {
@@ -91,6 +88,7 @@ constexpr std::size_t kBytesTooMany = 0;
 // Other machines weave by interleaving, into 64-bit lanes with six valid bytes each (two pixels of bytes, one
 // of words). Lanes are stored six bytes apart: the two bytes too many are overwritten by the next lane.
 
+using Bytes = std::uint8_t __attribute__((vector_size(16)));
 using Lanes = std::uint64_t __attribute__((vector_size(16)));
 
 inline void storeSixes(std::uint8_t* pixels, Lanes sixes) {
