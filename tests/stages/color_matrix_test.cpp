@@ -374,5 +374,30 @@ TEST_F(ColorMatrixStage, RoundMatricesEqualThePlainRuleAtEveryLevel) {
     }
 }
 
+// Quarters are exact in every sum, of either sign, with and without a whole: every level of each channel, in
+// rows that are longer than what is worked on at a time.
+TEST_F(ColorMatrixStage, MatricesOfQuartersEqualThePlainRuleAtEveryLevel) {
+    constexpr std::int16_t kOwn[] = {0, 25, 75, 100, 150, 325, -25, -100, -250};
+    constexpr std::int16_t kOther[] = {0, 25, -25, 50, -75, 100, -150};
+    for (std::size_t k = 0; k < 63; ++k) {
+        const auto own = [&](std::size_t step) { return kOwn[(k + step) % 9]; };
+        const auto other = [&](std::size_t step) { return kOther[(k + step) % 7]; };
+        const Matrix matrix = {own(0),   other(0), other(1), 500,      other(2), own(1),
+                               other(3), -700,     other(4), other(5), own(2),   0};
+        set(matrix);
+        const auto reference = std::make_unique<Reference>(matrix, 0, 100);
+        constexpr std::uint32_t kCount = 3 * 256 + 5;
+        std::vector<std::uint8_t> pixels, wanted;
+        for (std::uint32_t i = 0; i < kCount; ++i) {
+            for (const std::uint32_t level : {i, 255 - i, i * 7 + i / 256})
+                pixels.push_back(static_cast<std::uint8_t>(level));
+        }
+        wanted = pixels;
+        for (std::size_t i = 0; i < wanted.size(); i += 3) reference->change(&wanted[i], 255);
+        ASSERT_EQ(stage->Apply8(kCount, 1, 0, 4, pixels.data(), 8), 0u);
+        ASSERT_EQ(pixels, wanted) << k;
+    }
+}
+
 }  // namespace
 }  // namespace tavra::test

@@ -123,6 +123,58 @@ void narrow(const std::uint16_t* sums, std::int16_t limit, std::uint8_t* __restr
     }
 }
 
+// Lines without bends, wholes only from a channel to itself: what most matrices are. One pass makes a
+// channel.
+bool plain(const ColorLines& lines) {
+    for (std::size_t input = 0; input < 3; ++input) {
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            const ContributionLine& line = lines.line[input][channel];
+            if (line.bends != 0 || (line.whole != 0 && input != channel)) return false;
+        }
+    }
+    return true;
+}
+
+// A negative product is the complement of the positive one, plus 1, which the start of the sum takes in.
+struct PlainLine {
+    explicit PlainLine(const ContributionLine& line)
+        : fraction(line.fraction), complement(line.negative ? 0xFFFF : 0) {}
+
+    std::uint16_t operator()(std::uint16_t factor) const {
+        return static_cast<std::uint16_t>(((std::uint32_t{factor} * fraction) >> 16) ^ complement);
+    }
+    std::uint16_t fraction, complement;
+};
+
+// A channel of a tile, from `factors` of all three.
+void mixPlain(const ColorLines& lines, std::size_t channel, const Planes<std::uint16_t>& factors,
+              std::int16_t limit, std::uint8_t* __restrict samples) {
+    const PlainLine blue(lines.line[0][channel]), green(lines.line[1][channel]), red(lines.line[2][channel]);
+    const ContributionLine& own = lines.line[channel][channel];
+    const auto whole = static_cast<std::uint16_t>(own.negative ? -own.whole : own.whole);
+    // Complements are -1.
+    const auto start = static_cast<std::uint16_t>(lines.offset[channel] - blue.complement - green.complement -
+                                                  red.complement);
+    const std::uint16_t* const ownFactors = factors.plane[channel];
+    for (std::size_t i = 0; i < kTile; ++i) {
+        const auto sum =
+            static_cast<std::uint16_t>(start + ownFactors[i] * whole + blue(factors.plane[0][i]) +
+                                       green(factors.plane[1][i]) + red(factors.plane[2][i]));
+        const auto positive = std::max<std::int16_t>(static_cast<std::int16_t>(sum), 0);
+        samples[i] = static_cast<std::uint8_t>(std::min(positive, limit));
+    }
+}
+
+// The same line by line, for all that fit.
+void mix(const ColorLines& lines, std::size_t channel, const Planes<std::uint16_t>& factors,
+         std::int16_t limit, std::uint8_t* __restrict samples) {
+    alignas(32) std::uint16_t sums[kTile];
+    std::fill_n(sums, kTile, static_cast<std::uint16_t>(lines.offset[channel]));
+    for (std::size_t input = 0; input < 3; ++input)
+        add(lines.line[input][channel], factors.plane[input], sums);
+    narrow(sums, limit, samples);
+}
+
 }  // namespace
 
 void fitColorLines(ColorLines& lines, const ColorTables& tables, const std::array<std::int16_t, 3>& offsets) {
@@ -139,24 +191,21 @@ void fitColorLines(ColorLines& lines, const ColorTables& tables, const std::arra
         }
     }
     lines.fit = true;
+    lines.plain = plain(lines);
 }
 
 void transformRow(const ColorLines& lines, std::uint8_t* row, std::size_t pitch, std::size_t width,
                   std::uint8_t limit) {
     Planes<std::uint8_t> bytes;
     Planes<std::uint16_t> factors;
-    alignas(32) std::uint16_t sums[kTile];
+    const auto mixChannel = lines.plain ? mixPlain : mix;
     for (std::size_t x = 0; x < width; x += kTile) {
         const std::size_t count = std::min(kTile, width - x);
         std::uint8_t* const pixels = row + x * pitch;
         readBgr(pixels, pitch, bytes.plane[0], bytes.plane[1], bytes.plane[2], count);
         for (std::size_t c = 0; c < 3; ++c) toFactors(bytes.plane[c], factors.plane[c]);
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            std::fill_n(sums, kTile, static_cast<std::uint16_t>(lines.offset[channel]));
-            for (std::size_t input = 0; input < 3; ++input)
-                add(lines.line[input][channel], factors.plane[input], sums);
-            narrow(sums, limit, bytes.plane[channel]);
-        }
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            mixChannel(lines, channel, factors, limit, bytes.plane[channel]);
         interpolation::writeBgr(pixels, pitch, bytes.plane[0], bytes.plane[1], bytes.plane[2], count);
     }
 }

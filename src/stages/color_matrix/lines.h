@@ -37,6 +37,7 @@ struct ColorLines {
     std::array<std::array<ContributionLine, 3>, 3> line{};
     std::array<std::int16_t, 3> offset{};
     bool fit = false;
+    bool plain = false;  // all are straight, and wholes only from a channel to itself
 };
 
 // `offsets`: of B, G and R in whole levels.
