@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <limits>
 
 #include "base/error_codes.h"
@@ -36,22 +38,25 @@ int pitchOf(std::uint32_t format) {
     }
 }
 
-// One of the two sides. Strength times distance is kept within a word by limiting the distance first: to the
-// number of levels that make the whole.
+// One of the two sides, in words with a sign: luminance stays below 4096, and a threshold beyond the largest
+// such word lies so far away that all it could suppress is suppressed wholly, or nothing.
 struct Side {
     Side(std::uint16_t edge, std::uint16_t factor)
-        : threshold(edge),
+        : threshold(static_cast<std::int16_t>(std::min<std::uint16_t>(edge, INT16_MAX - 1))),
           strength(factor),
-          furthest(static_cast<std::uint16_t>(factor == 0 ? 0 : (kWhole - 1) / factor)) {}
+          furthest(static_cast<std::int16_t>(factor == 0 ? 0 : (kWhole - 1) / factor + 1)) {}
 
-    // k at `past` levels beyond the threshold, 0 at none.
-    std::uint16_t suppression(std::uint16_t past) const {
-        const auto extra = std::min<std::uint16_t>(past, 1);
-        const auto levels = static_cast<std::uint16_t>(std::min(past, furthest) + extra);
-        return std::min(static_cast<std::uint16_t>(levels * strength), kWhole);
+    // k at a distance beyond the threshold, counted from 1 at the threshold itself, where nothing is
+    // suppressed yet; the whole and more is the whole. Strength times distance is kept within a word by
+    // limiting the distance first: to the levels that make the whole.
+    std::uint16_t suppression(std::int16_t distance) const {
+        const std::int16_t levels = distance > 1 ? distance : std::int16_t{0};
+        return static_cast<std::uint16_t>(std::min(levels, furthest) * strength);
     }
 
-    std::uint16_t threshold, strength, furthest;
+    std::int16_t threshold;
+    std::uint16_t strength;
+    std::int16_t furthest;
 };
 
 struct Bands {
@@ -64,9 +69,10 @@ bool suppressionOf(const Bands& bands, const std::uint16_t* luma, std::uint16_t*
     const Side low = bands.low, high = bands.high;
     std::uint16_t any = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        const auto below = static_cast<std::uint16_t>(std::max(low.threshold, luma[i]) - luma[i]);
-        const auto above = static_cast<std::uint16_t>(luma[i] - std::min(high.threshold, luma[i]));
-        k[i] = std::max(low.suppression(below), high.suppression(above));
+        const auto y = static_cast<std::int16_t>(luma[i]);
+        const std::uint16_t below = low.suppression(static_cast<std::int16_t>(low.threshold + 1 - y));
+        const std::uint16_t above = high.suppression(static_cast<std::int16_t>(y - high.threshold + 1));
+        k[i] = std::min(std::max(below, above), kWhole);
         any |= k[i];
     }
     return any != 0;
@@ -77,10 +83,10 @@ bool suppressionOf(const Bands& bands, const std::uint16_t* luma, std::uint16_t*
 void pull(std::uint8_t* __restrict channel, const std::uint8_t* green, const std::uint16_t* k,
           std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        const std::uint8_t c = channel[i], g = green[i];
-        const auto distance = static_cast<std::uint16_t>((std::max(c, g) - std::min(c, g)) << 2);
-        const auto step = static_cast<std::uint16_t>((std::uint32_t{distance} * k[i]) >> 16);
-        channel[i] = static_cast<std::uint8_t>(c < g ? c + step : c - step);
+        const auto way = static_cast<std::int16_t>(green[i] - channel[i]);
+        const auto distance = static_cast<std::uint16_t>(std::abs(way) << 2);
+        const auto step = static_cast<std::int16_t>((std::uint32_t{distance} * k[i]) >> 16);
+        channel[i] = static_cast<std::uint8_t>(channel[i] + (way < 0 ? -step : step));
     }
 }
 void pull(std::uint16_t* __restrict channel, const std::uint16_t* green, const std::uint16_t* k,
@@ -115,10 +121,10 @@ std::uint32_t CChromaSuppress::apply(std::uint32_t width, std::uint32_t height, 
                                      std::uint32_t format, Sample* pixels) {
     // By design: only a setter that has begun is waited for; the values are read without the mutex.
     { const std::lock_guard lock(mutex_); }
-    const Bands bands = {{lowThreshold_, lowStrength_}, {highThreshold_, highStrength_}};
-    const bool lowOff = bands.low.threshold == 0 || bands.low.strength == 0;
-    const bool highOff =
-        bands.high.threshold >= std::numeric_limits<Sample>::max() || bands.high.strength == 0;
+    const std::uint16_t low = lowThreshold_, high = highThreshold_;
+    const Bands bands = {{low, lowStrength_}, {high, highStrength_}};
+    const bool lowOff = low == 0 || bands.low.strength == 0;
+    const bool highOff = high >= std::numeric_limits<Sample>::max() || bands.high.strength == 0;
     if (lowOff && highOff) return error::kNone;
     const int pitch = pitchOf<Sample>(format);
     if (pitch < 0) return error::kInvalidArgument;
