@@ -17,49 +17,60 @@ void readSpaced(const Sample* pixels, Sample* __restrict blue, Sample* __restric
     }
 }
 
-// How many pixels of three bytes were read as whole vectors.
+// How many pixels of three samples were read as whole vectors.
 #if defined(__SSSE3__) || defined(__ARM_NEON)
 
-// Machines that permute the bytes of a lane at once: three vectors hold 16 pixels in each of their lanes.
-// Position j of the k-th holds plane (16 k + j) mod 3: so for each plane one position out of three is taken
-// from each vector, and then one permutation puts the plane's samples in order, the i-th from position
-// (3 i + plane) mod 16.
-std::size_t readVectors(const std::uint8_t* pixels, std::uint8_t* blue, std::uint8_t* green,
-                        std::uint8_t* red, std::size_t count) {
-    constexpr std::size_t kPixels = lanes::kVectorBytes;
-    const auto load = [](const std::uint8_t* from) { return lanes::load(from, 3 * lanes::kLaneBytes); };
+// Machines that permute the bytes of a lane at once: three vectors hold as many pixels in each of their lanes
+// as a lane has samples. Position j of the k-th holds plane (k * samples + j) mod 3: so for each plane one
+// position out of three is taken from each vector, and then one permutation puts the plane's samples in
+// order, the i-th from position (3 i + plane) mod samples.
+template <std::size_t kPlane, class Sample>
+constexpr lanes::Order planeOrder() {
+    constexpr std::size_t kSamples = lanes::kLaneBytes / sizeof(Sample);
+    lanes::Order order{};
+    for (std::size_t i = 0; i < order.size(); ++i)
+        order[i] = (3 * (i / sizeof(Sample)) + kPlane) % kSamples * sizeof(Sample) + i % sizeof(Sample);
+    return order;
+}
+
+template <std::size_t kPlane, class Sample>
+void storePlane(lanes::Vector x, lanes::Vector y, lanes::Vector z, Sample* plane) {
+    const lanes::Vector samples =
+        lanes::permuted<planeOrder<kPlane, Sample>()>(lanes::everyThird<sizeof(Sample)>(x, y, z));
+    std::memcpy(plane, &samples, sizeof samples);
+}
+
+template <class Sample>
+std::size_t readVectors(const Sample* pixels, Sample* blue, Sample* green, Sample* red, std::size_t count) {
+    constexpr std::size_t kPixels = lanes::kVectorBytes / sizeof(Sample);
+    const auto* const bytes = static_cast<const std::uint8_t*>(static_cast<const void*>(pixels));
     std::size_t done = 0;
     for (; done + kPixels <= count; done += kPixels) {
-        const lanes::Vector first = load(pixels + 3 * done);
-        const lanes::Vector second = load(pixels + 3 * done + lanes::kLaneBytes);
-        const lanes::Vector third = load(pixels + 3 * done + 2 * lanes::kLaneBytes);
-        const lanes::Vector b =
-            lanes::permuted<lanes::Order{0, 3, 6, 9, 12, 15, 2, 5, 8, 11, 14, 1, 4, 7, 10, 13}>(
-                lanes::everyThird(first, third, second));
-        const lanes::Vector g =
-            lanes::permuted<lanes::Order{1, 4, 7, 10, 13, 0, 3, 6, 9, 12, 15, 2, 5, 8, 11, 14}>(
-                lanes::everyThird(second, first, third));
-        const lanes::Vector r =
-            lanes::permuted<lanes::Order{2, 5, 8, 11, 14, 1, 4, 7, 10, 13, 0, 3, 6, 9, 12, 15}>(
-                lanes::everyThird(third, second, first));
-        std::memcpy(blue + done, &b, sizeof b);
-        std::memcpy(green + done, &g, sizeof g);
-        std::memcpy(red + done, &r, sizeof r);
+        const auto load = [from = bytes + 3 * sizeof(Sample) * done](std::size_t lane) {
+            return lanes::load(from + lane * lanes::kLaneBytes, 3 * lanes::kLaneBytes);
+        };
+        const lanes::Vector first = load(0), second = load(1), third = load(2);
+        if constexpr (sizeof(Sample) == 1) {  // 16 mod 3 is 1
+            storePlane<0>(first, third, second, blue + done);
+            storePlane<1>(second, first, third, green + done);
+            storePlane<2>(third, second, first, red + done);
+        } else {  // 8 mod 3 is 2
+            storePlane<0>(first, second, third, blue + done);
+            storePlane<1>(third, first, second, green + done);
+            storePlane<2>(second, third, first, red + done);
+        }
     }
     return done;
 }
 
 #else
 
-std::size_t readVectors(const std::uint8_t*, std::uint8_t*, std::uint8_t*, std::uint8_t*, std::size_t) {
+template <class Sample>
+std::size_t readVectors(const Sample*, Sample*, Sample*, Sample*, std::size_t) {
     return 0;
 }
 
 #endif
-
-std::size_t readVectors(const std::uint16_t*, std::uint16_t*, std::uint16_t*, std::uint16_t*, std::size_t) {
-    return 0;
-}
 
 }  // namespace
 

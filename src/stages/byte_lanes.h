@@ -63,15 +63,17 @@ Vector permuted(Vector vector) {
     return permuted<kOrder>(vector, AllBytes());
 }
 
-// The bytes whose number in the lane, divided by 3, leaves `kRest` come from `y`, the others from `x`.
-template <std::size_t kRest, std::size_t... kByte>
+// The samples whose number in the lane, divided by 3, leaves `kRest` come from `y`, the others from `x`.
+template <std::size_t kSampleBytes, std::size_t kRest, std::size_t... kByte>
 Vector mixed(Vector x, Vector y, std::index_sequence<kByte...>) {
-    return __builtin_shufflevector(x, y, (kByte + (kByte % kLaneBytes % 3 == kRest ? kVectorBytes : 0))...);
+    constexpr auto fromY = [](std::size_t byte) { return byte % kLaneBytes / kSampleBytes % 3 == kRest; };
+    return __builtin_shufflevector(x, y, (kByte + (fromY(kByte) ? kVectorBytes : 0))...);
 }
 
-// Positions 0, 3, 6 ... of x, 1, 4, 7 ... of y, 2, 5, 8 ... of z.
-inline Vector everyThird(Vector x, Vector y, Vector z) {
-    return mixed<2>(mixed<1>(x, y, AllBytes()), z, AllBytes());
+// Samples 0, 3, 6 ... of x, 1, 4, 7 ... of y, 2, 5, 8 ... of z.
+template <std::size_t kSampleBytes>
+Vector everyThird(Vector x, Vector y, Vector z) {
+    return mixed<kSampleBytes, 2>(mixed<kSampleBytes, 1>(x, y, AllBytes()), z, AllBytes());
 }
 
 }  // namespace tavra::lanes

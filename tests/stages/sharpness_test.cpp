@@ -180,16 +180,39 @@ TEST(Sharpness, EightBitsHeldInWordsHaveTheFormatsOfBytesAndRowsOfWords) {
     }
 }
 
-// The work goes in tiles of 128 columns: widths around their seams.
+// The work goes in tiles of 256 columns: widths around their seams.
 TEST(Sharpness, EqualsThePlainRuleAroundTheSeamsOfItsTiles) {
     std::mt19937 random(9);
-    for (std::size_t width = 127; width <= 132; ++width) {
+    for (std::size_t width = 255; width <= 260; ++width) {
         for (std::uint32_t format : {1, 4, 8}) {
             const std::size_t channels = channelsOf(format);
             compare<std::uint8_t>({width, 4, (width * channels + 3) / 4 * 4, channels, 8}, {format, 0},
                                   {90, 4}, 255, random);
             if (HasFatalFailure()) return;
         }
+    }
+}
+
+// Every gain that people use, at every difference there is: each level alone on black, or on white.
+TEST(Sharpness, EveryUsualGainEqualsThePlainRuleAtEveryDifferenceOfBytes) {
+    constexpr std::size_t kApart = 3, kWidth = 256 * kApart + 2;
+    for (std::uint16_t gain = 1; gain <= 400; ++gain) {
+        const std::uint32_t format = gain % 4 < 2 ? 1 : 4;
+        const std::size_t channels = channelsOf(format);
+        const Layout layout = {kWidth, 3, kWidth * channels, channels, 8};
+        std::vector<int> image(layout.stride * 3, gain % 2 == 0 ? 0 : 255);
+        for (std::size_t level = 0; level < 256; ++level) {
+            int* const pixel = image.data() + layout.stride + (1 + kApart * level) * channels;
+            std::fill_n(pixel, channels, static_cast<int>(level));
+        }
+        const Setting setting = {gain, static_cast<std::uint16_t>(gain % 3)};
+        std::vector<std::uint8_t> samples(image.begin(), image.end());
+        CSharpness stage;
+        stage.SetMode(1, setting.gain, setting.coring);
+        ASSERT_EQ(apply(stage, layout, {format, static_cast<std::uint32_t>(layout.stride)}, samples.data()),
+                  0u);
+        const std::vector<int> wanted = plainSharpen(image, layout, setting, true);
+        ASSERT_TRUE(std::equal(samples.begin(), samples.end(), wanted.begin())) << gain;
     }
 }
 

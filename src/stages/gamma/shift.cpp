@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "stages/bgr_reader.h"
-#include "stages/interpolation/bgr_writer.h"
 #include "stages/luma_tables.h"
+#include "stages/pixel_shift.h"
 
 namespace tavra {
 namespace {
@@ -15,20 +15,6 @@ constexpr std::size_t kTile = 256;
 // turn a rise into a fall.
 int shiftOf(const GammaTable& table, std::uint16_t luma) {
     return static_cast<std::int16_t>(table[luma] - luma);
-}
-
-struct Shifts {
-    alignas(32) std::uint8_t rise[kTile], fall[kTile];
-};
-
-// All of a tile, so that the loop has a fixed length. One of the two is 0.
-void shiftChannel(std::uint8_t* __restrict channel, const Shifts& shifts) {
-    for (std::size_t i = 0; i < kTile; ++i) {
-        const std::uint8_t c = channel[i];
-        const auto room = static_cast<std::uint8_t>(255 - c);
-        const auto risen = static_cast<std::uint8_t>(c + std::min(shifts.rise[i], room));
-        channel[i] = static_cast<std::uint8_t>(std::max(risen, shifts.fall[i]) - shifts.fall[i]);
-    }
 }
 
 std::uint16_t shiftedWord(std::uint16_t word, int shift) {
@@ -49,22 +35,22 @@ void LumaShift::fill(const GammaTable& table) {
 }
 
 void LumaShift::apply(std::uint8_t* row, std::size_t pitch, std::size_t width) const {
+    // All of a tile is worked on, whatever its length; what lies behind the last pixel must be bytes at
+    // least.
     alignas(32) std::uint8_t blue[kTile] = {}, green[kTile] = {}, red[kTile] = {};
     alignas(32) std::uint16_t luma[kTile], both[kTile];
-    Shifts shifts;
+    alignas(32) std::uint8_t rise[kTile], fall[kTile];
     for (std::size_t x = 0; x < width; x += kTile) {
         const std::size_t count = std::min(kTile, width - x);
-        readBgr(row + x * pitch, pitch, blue, green, red, count);
+        std::uint8_t* const pixels = row + x * pitch;
+        readBgr(pixels, pitch, blue, green, red, count);
         lumaOfPlanes(blue, green, red, luma, kTile);
         shifts_.lookUp(luma, both, kTile);
         for (std::size_t i = 0; i < kTile; ++i) {
-            shifts.rise[i] = static_cast<std::uint8_t>(both[i]);
-            shifts.fall[i] = static_cast<std::uint8_t>(both[i] >> 8);
+            rise[i] = static_cast<std::uint8_t>(both[i]);
+            fall[i] = static_cast<std::uint8_t>(both[i] >> 8);
         }
-        shiftChannel(blue, shifts);
-        shiftChannel(green, shifts);
-        shiftChannel(red, shifts);
-        interpolation::writeBgr(row + x * pitch, pitch, blue, green, red, count);
+        shiftPixels(pixels, pitch, rise, fall, count);
     }
 }
 

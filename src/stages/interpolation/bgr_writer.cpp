@@ -62,9 +62,9 @@ inline void weave(std::uint8_t* pixels, Bytes b, Bytes g, Bytes r) {
     g = lanes::permuted<lanes::Order{5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10}>(g);
     r = lanes::permuted<lanes::Order{10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15}>(r);
     constexpr std::size_t kApart = 3 * lanes::kLaneBytes;
-    lanes::store(lanes::everyThird(b, g, r), pixels, kApart);
-    lanes::store(lanes::everyThird(g, r, b), pixels + lanes::kLaneBytes, kApart);
-    lanes::store(lanes::everyThird(r, b, g), pixels + 2 * lanes::kLaneBytes, kApart);
+    lanes::store(lanes::everyThird<1>(b, g, r), pixels, kApart);
+    lanes::store(lanes::everyThird<1>(g, r, b), pixels + lanes::kLaneBytes, kApart);
+    lanes::store(lanes::everyThird<1>(r, b, g), pixels + 2 * lanes::kLaneBytes, kApart);
 }
 
 inline void weave(std::uint8_t* pixels, Words b, Words g, Words r) {

@@ -1,16 +1,20 @@
 #include "stages/sharpness/kernel.h"
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
+#include <cstdlib>
+#include <utility>
 
+#include "stages/bgr_reader.h"
+#include "stages/interpolation/bgr_writer.h"
 #include "stages/luma_tables.h"
+#include "stages/pixel_shift.h"
+#include "stages/table_lookup.h"
 
 namespace tavra::sharpness {
 namespace {
 
 // Columns that are worked on at a time: what lies between two steps stays in the first-level cache.
-constexpr std::size_t kTile = 128;
+constexpr std::size_t kTile = 256;
 
 template <class Sample>
 void sumRow(const Sample* __restrict grey, std::size_t width, std::uint16_t* __restrict sums) {
@@ -19,99 +23,139 @@ void sumRow(const Sample* __restrict grey, std::size_t width, std::uint16_t* __r
     }
 }
 
-template <unsigned kChannels>
-void lumaRow(const std::uint16_t* __restrict row, std::size_t width, std::uint16_t* __restrict luma) {
-    for (std::size_t x = 0; x < width; ++x) {
-        const std::uint16_t* const pixel = row + x * kChannels;
-        luma[x] = lumaOf(pixel[0], pixel[1], pixel[2]);
+void keepLuma(const std::uint16_t* from, std::size_t count, std::uint8_t* __restrict to) {
+    for (std::size_t i = 0; i < count; ++i) to[i] = static_cast<std::uint8_t>(from[i]);
+}
+
+void lumaRow(const std::uint8_t* row, std::size_t pitch, std::size_t width, std::uint8_t* luma) {
+    alignas(32) std::uint8_t blue[kTile], green[kTile], red[kTile];
+    alignas(32) std::uint16_t words[kTile];
+    for (std::size_t x = 0; x < width; x += kTile) {
+        const std::size_t count = std::min(kTile, width - x);
+        readBgr(row + x * pitch, pitch, blue, green, red, count);
+        lumaOfPlanes(blue, green, red, words, count);
+        keepLuma(words, count, luma + x);
     }
 }
 
-// The weights of B, G and R in 1/65536, over and over. For bytes, sample * weight, rounded half up, is what
-// the luminance tables have.
-template <unsigned kChannels>
-class ByteWeights {
-  public:
-    constexpr ByteWeights() {
-        constexpr std::uint16_t kWeights[] = {7472, 38470, 19595, 0};
-        for (std::size_t i = 0; i < kTile * kChannels; ++i) weights_[i] = kWeights[i % kChannels];
+void lumaRow(const std::uint16_t* row, std::size_t pitch, std::size_t width, std::uint16_t* luma) {
+    alignas(32) std::uint16_t blue[kTile], green[kTile], red[kTile];
+    for (std::size_t x = 0; x < width; x += kTile) {
+        const std::size_t count = std::min(kTile, width - x);
+        readBgr(row + x * pitch, pitch, blue, green, red, count);
+        lumaOfPlanes(blue, green, red, luma + x, count);
     }
-    constexpr const std::uint16_t* data() const { return weights_; }
+}
 
-  private:
-    alignas(32) std::uint16_t weights_[kTile * kChannels] = {};
+// The sums of three rows, from the same column on.
+struct Sums {
+    const std::uint16_t *above, *here, *below;
 };
 
-template <unsigned kChannels>
-constexpr ByteWeights<kChannels> kByteWeights{};
-
-// Sample by sample, which vectorises: the parts that the channels have in the luminance, then the sum of each
-// part with the two that follow. Of the sums, those that begin with a pixel's first channel are wanted.
-template <unsigned kChannels>
-void lumaTile(const std::uint8_t* __restrict samples, std::size_t pixels, std::uint8_t* __restrict luma) {
-    const std::uint16_t* const weights = kByteWeights<kChannels>.data();
-    const std::size_t count = pixels * kChannels;
-    alignas(32) std::uint8_t parts[kTile * kChannels];
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint16_t sample = samples[i];
-        const auto high = static_cast<std::uint16_t>((std::uint32_t{sample} * weights[i]) >> 16);
-        const auto low = static_cast<std::uint16_t>(sample * weights[i]);
-        parts[i] = static_cast<std::uint8_t>(high + (low >> 15));
-    }
-    for (std::size_t i = 0; i + 2 < count; ++i) {
-        parts[i] = static_cast<std::uint8_t>(parts[i] + parts[i + 1] + parts[i + 2]);
-    }
-    for (std::size_t i = 0; i < pixels; ++i) luma[i] = parts[i * kChannels];
+// A value and the mean of its eight neighbours, rounded.
+std::int16_t differenceOf(std::uint16_t value, std::uint16_t above, std::uint16_t here, std::uint16_t below) {
+    const auto neighbours = static_cast<std::uint16_t>(above + here + below - value + 4);
+    return static_cast<std::int16_t>(value - (neighbours >> 3));
 }
 
-template <unsigned kChannels>
-void lumaRow(const std::uint8_t* row, std::size_t width, std::uint8_t* luma) {
-    for (std::size_t x = 0; x < width; x += kTile) {
-        lumaTile<kChannels>(row + x * kChannels, std::min(kTile, width - x), luma + x);
+std::uint16_t excessOf(std::int16_t difference, std::uint16_t coring) {
+    const auto size = static_cast<std::uint16_t>(std::abs(difference));
+    return static_cast<std::uint16_t>(std::max(size, coring) - coring);
+}
+
+// All ones below zero. (Of a condition the compiler makes two ways, each with all of the work.)
+std::int16_t signOf(std::int16_t difference) {
+    return static_cast<std::int16_t>(difference >> 15);
+}
+
+std::int16_t withSign(std::int16_t sign, std::uint16_t size) {
+    return static_cast<std::int16_t>((static_cast<std::int16_t>(size) ^ sign) - sign);
+}
+
+// By design: in byte images the low byte of a correction acts, so that one of 300 acts as 44. Only a colour
+// pixel that becomes darker takes it whole.
+std::uint8_t correctedGrey(std::uint8_t sample, std::int16_t sign, std::uint16_t correction) {
+    const auto changed = static_cast<std::int16_t>(sample + withSign(sign, correction & 0xFF));
+    return static_cast<std::uint8_t>(std::min<std::int16_t>(std::max<std::int16_t>(changed, 0), 255));
+}
+
+void splitColor(const std::int16_t* change, std::size_t count, std::uint8_t* __restrict rise,
+                std::uint8_t* __restrict fall) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int16_t sign = signOf(change[i]);
+        const auto size = static_cast<std::int16_t>(std::abs(change[i]));
+        rise[i] = static_cast<std::uint8_t>(size & ~sign);
+        fall[i] = static_cast<std::uint8_t>(std::min<std::int16_t>(size, 255) & sign);
     }
 }
 
-// The difference of each value from the mean of its eight neighbours, within what the tables have.
-template <class Sample>
-void differences(const std::uint16_t* __restrict above, const std::uint16_t* __restrict here,
-                 const std::uint16_t* __restrict below, const Sample* __restrict grey, std::size_t count,
-                 std::int16_t* __restrict difference) {
+// The corrections by arithmetic, in one pass.
+template <std::size_t kExceptions>
+void greyByLine(const std::uint16_t* __restrict above, const std::uint16_t* __restrict here,
+                const std::uint16_t* __restrict below, std::uint8_t* __restrict samples, std::size_t count,
+                std::uint16_t coring, const CorrectionLine& sharedLine) {
+    const CorrectionLine line = sharedLine;
     for (std::size_t i = 0; i < count; ++i) {
-        const auto neighbours = static_cast<std::uint16_t>(above[i] + here[i] + below[i] - grey[i] + 4);
-        const auto d = static_cast<std::int16_t>(grey[i] - (neighbours >> 3));
+        const std::int16_t difference = differenceOf(samples[i], above[i], here[i], below[i]);
+        const std::uint16_t correction = line.at<kExceptions>(excessOf(difference, coring));
+        samples[i] = correctedGrey(samples[i], signOf(difference), correction);
+    }
+}
+
+template <std::size_t kExceptions>
+void changesByLine(const std::uint16_t* __restrict above, const std::uint16_t* __restrict here,
+                   const std::uint16_t* __restrict below, const std::uint8_t* __restrict grey,
+                   std::size_t count, std::uint16_t coring, const CorrectionLine& sharedLine,
+                   std::int16_t* __restrict change) {
+    const CorrectionLine line = sharedLine;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int16_t difference = differenceOf(grey[i], above[i], here[i], below[i]);
+        const std::uint16_t correction = line.at<kExceptions>(excessOf(difference, coring));
+        change[i] = withSign(signOf(difference), correction);
+    }
+}
+
+// The corrections by look-ups between two passes.
+void changesByTable(const Sums& sums, const std::uint8_t* grey, std::size_t count, std::uint16_t coring,
+                    const WordTable& table, std::int16_t* __restrict change) {
+    alignas(32) std::int16_t sign[kTile] = {};
+    alignas(32) std::uint16_t excess[kTile] = {}, correction[kTile];
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int16_t difference = differenceOf(grey[i], sums.above[i], sums.here[i], sums.below[i]);
+        sign[i] = signOf(difference);
+        excess[i] = excessOf(difference, coring);
+    }
+    table.lookUp(excess, correction, count);
+    for (std::size_t i = 0; i < count; ++i) change[i] = withSign(sign[i], correction[i]);
+}
+
+void correctGrey(const std::int16_t* change, std::size_t count, std::uint8_t* __restrict samples) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto size = static_cast<std::uint16_t>(std::abs(change[i]));
+        samples[i] = correctedGrey(samples[i], signOf(change[i]), size);
+    }
+}
+
+constexpr auto kExceptionCounts = std::make_index_sequence<CorrectionLine::kMostExceptions + 1>();
+
+template <std::size_t... kCounts>
+auto* greyPass(const CorrectionLine& line, std::index_sequence<kCounts...>) {
+    static constexpr decltype(&greyByLine<0>) kPasses[] = {greyByLine<kCounts>...};
+    return kPasses[line.exceptionCount];
+}
+
+template <std::size_t... kCounts>
+auto* changesPass(const CorrectionLine& line, std::index_sequence<kCounts...>) {
+    static constexpr decltype(&changesByLine<0>) kPasses[] = {changesByLine<kCounts>...};
+    return kPasses[line.exceptionCount];
+}
+
+// The difference of each word from the mean of its neighbours, within what the table has.
+void differ(const Sums& sums, const std::uint16_t* grey, std::size_t count,
+            std::int16_t* __restrict difference) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int16_t d = differenceOf(grey[i], sums.above[i], sums.here[i], sums.below[i]);
         difference[i] = std::clamp<std::int16_t>(d, -kLargestDifference, kLargestDifference);
-    }
-}
-
-// One number for a pixel to those of its samples that change.
-template <unsigned kChannels, class Number>
-void spread(Number value, std::size_t i, Number* samples) {
-    for (unsigned channel = 0; channel < std::min(kChannels, 3u); ++channel) {
-        samples[i * kChannels + channel] = value;
-    }
-}
-
-void lookUp(const std::int16_t* __restrict difference, const std::int16_t* __restrict table,
-            std::size_t count, std::int16_t* __restrict amount) {
-    for (std::size_t i = 0; i < count; ++i) amount[i] = table[difference[i]];
-}
-
-// Of three samples a pixel, the fourth amount is overwritten by the next pixel's first; the last one's lies
-// behind the tile.
-template <unsigned kChannels>
-void lookUp(const std::int16_t* __restrict difference, const PixelCorrection* __restrict table,
-            std::size_t count, std::int16_t* __restrict amount) {
-    for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(amount + i * kChannels, &table[difference[i]], sizeof(PixelCorrection));
-    }
-}
-
-// Bytes never lie above the maximum, so that one limit does for all of them.
-void add(std::uint8_t* __restrict samples, std::size_t count, const std::int16_t* __restrict amount,
-         std::int16_t maximum) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto changed = static_cast<std::int16_t>(samples[i] + amount[i]);
-        samples[i] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(changed, 0, maximum));
     }
 }
 
@@ -119,37 +163,60 @@ void add(std::uint8_t* __restrict samples, std::size_t count, const std::int16_t
 // ceiling of its own, that of a sample that stays being the largest word.
 constexpr std::uint16_t kNoCeiling = 0xFFFF;
 
-// Amounts and ceilings of a tile of words.
-template <unsigned kChannels>
-void lookUpWords(const std::int16_t* __restrict difference, const Corrections& corrections,
-                 std::int16_t maximum, std::size_t count, std::int16_t* __restrict amount,
-                 std::uint16_t* __restrict ceiling) {
-    const std::int16_t* const table = corrections.words();
-    const std::int16_t coring = corrections.coring();
+struct WordChange {
+    alignas(32) std::int16_t amount[kTile];
+    alignas(32) std::uint16_t ceiling[kTile];
+};
+
+// In: the corrections of the table.
+void limit(const std::int16_t* difference, std::int16_t coring, std::int16_t maximum, std::size_t count,
+           WordChange& __restrict change) {
     for (std::size_t i = 0; i < count; ++i) {
-        const std::int16_t value = std::min(table[difference[i]], maximum);
-        const auto room = static_cast<std::uint16_t>(maximum - value);
-        spread<kChannels>(value, i, amount);
-        spread<kChannels>(difference[i] > coring ? room : kNoCeiling, i, ceiling);
+        const std::int16_t amount = std::min(change.amount[i], maximum);
+        const auto room = static_cast<std::uint16_t>(maximum - amount);
+        change.amount[i] = amount;
+        change.ceiling[i] = difference[i] > coring ? room : kNoCeiling;
     }
 }
 
-void addWords(std::uint16_t* __restrict samples, std::size_t count, const std::int16_t* __restrict amount,
-              const std::uint16_t* __restrict ceiling) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto floor = static_cast<std::uint16_t>(amount[i] < 0 ? -amount[i] : 0);
-        const std::uint16_t held = std::min(std::max(samples[i], floor), ceiling[i]);
-        samples[i] = static_cast<std::uint16_t>(held + amount[i]);
-    }
+std::uint16_t changed(std::uint16_t sample, std::int16_t amount, std::uint16_t ceiling) {
+    const auto floor = static_cast<std::uint16_t>(amount < 0 ? -amount : 0);
+    return static_cast<std::uint16_t>(std::min(std::max(sample, floor), ceiling) + amount);
 }
+
+void correctGrey(const WordChange& change, std::size_t count, std::uint16_t* __restrict samples) {
+    for (std::size_t i = 0; i < count; ++i)
+        samples[i] = changed(samples[i], change.amount[i], change.ceiling[i]);
+}
+
+void correctColor(const WordChange& change, std::size_t count, std::size_t pitch, std::uint16_t* samples) {
+    alignas(32) std::uint16_t planes[3][kTile];
+    readBgr(samples, pitch, planes[0], planes[1], planes[2], count);
+    for (auto& plane : planes) correctGrey(change, count, plane);
+    interpolation::writeBgr(samples, pitch, planes[0], planes[1], planes[2], count);
+}
+
+// Of one tile, from step to step.
+template <class Sample>
+struct Work;
+
+template <>
+struct Work<std::uint8_t> {
+    alignas(32) std::int16_t change[kTile];
+    alignas(32) std::uint8_t rise[kTile], fall[kTile];
+};
+
+template <>
+struct Work<std::uint16_t> {
+    alignas(32) std::int16_t difference[kTile];
+    WordChange change;
+};
 
 template <class Sample, unsigned kChannels>
 class Sharpener {
   public:
     Sharpener(const Image<Sample>& image, const Corrections& corrections, LineStore<Sample> lines)
-        : image_(image), corrections_(corrections), lines_(lines) {
-        std::fill(std::begin(ceiling_), std::end(ceiling_), kNoCeiling);
-    }
+        : image_(image), corrections_(corrections), lines_(lines) {}
 
     void run() {
         prepare(0);
@@ -173,36 +240,50 @@ class Sharpener {
 
     // What later rows need to know of a row, before it changes.
     void prepare(std::size_t y) {
-        if constexpr (kChannels > 1) {
-            lumaRow<kChannels>(image_.row(y), image_.width, lines_.luma(y));
-        }
+        if constexpr (kChannels > 1) lumaRow(image_.row(y), kChannels, image_.width, lines_.luma(y));
         sumRow(grey(y), image_.width, lines_.sums(y));
     }
 
     void sharpenTile(std::size_t x, std::size_t y, std::size_t count) {
-        alignas(32) std::int16_t difference[kTile];
-        differences(lines_.sums(y - 1) + x, lines_.sums(y) + x, lines_.sums(y + 1) + x, grey(y) + x, count,
-                    difference);
-        Sample* const samples = image_.row(y) + x * kChannels;
-        if constexpr (sizeof(Sample) == 1) {
-            if constexpr (kChannels == 1) {
-                lookUp(difference, corrections_.greyBytes(), count, amount_);
-            } else {
-                lookUp<kChannels>(difference, corrections_.colorBytes(), count, amount_);
-            }
-            add(samples, count * kChannels, amount_, image_.maximum);
+        const Sums sums = {lines_.sums(y - 1) + x, lines_.sums(y) + x, lines_.sums(y + 1) + x};
+        sharpenTile(sums, grey(y) + x, count, image_.row(y) + x * kChannels);
+    }
+
+    void sharpenTile(const Sums& sums, const std::uint8_t* grey, std::size_t count, std::uint8_t* samples) {
+        const auto coring = static_cast<std::uint16_t>(corrections_.coring());
+        const CorrectionLine* const line = corrections_.bytes().line();
+        if (line == nullptr) {
+            changesByTable(sums, grey, count, coring, corrections_.bytes().table(), work_.change);
+        } else if constexpr (kChannels == 1) {
+            const auto pass = greyPass(*line, kExceptionCounts);
+            return pass(sums.above, sums.here, sums.below, samples, count, coring, *line);
         } else {
-            lookUpWords<kChannels>(difference, corrections_, image_.maximum, count, amount_, ceiling_);
-            addWords(samples, count * kChannels, amount_, ceiling_);
+            const auto pass = changesPass(*line, kExceptionCounts);
+            pass(sums.above, sums.here, sums.below, grey, count, coring, *line, work_.change);
+        }
+        if constexpr (kChannels == 1) {
+            correctGrey(work_.change, count, samples);
+        } else {
+            splitColor(work_.change, count, work_.rise, work_.fall);
+            shiftPixels(samples, kChannels, work_.rise, work_.fall, count);
+        }
+    }
+
+    void sharpenTile(const Sums& sums, const std::uint16_t* grey, std::size_t count, std::uint16_t* samples) {
+        differ(sums, grey, count, work_.difference);
+        lookUp(corrections_.words(), work_.difference, work_.change.amount, count);
+        limit(work_.difference, corrections_.coring(), image_.maximum, count, work_.change);
+        if constexpr (kChannels == 1) {
+            correctGrey(work_.change, count, samples);
+        } else {
+            correctColor(work_.change, count, kChannels, samples);
         }
     }
 
     const Image<Sample>& image_;
     const Corrections& corrections_;
     LineStore<Sample> lines_;
-    // For each sample of a tile. A fourth one keeps what it has from the start: nothing, and no ceiling.
-    alignas(32) std::int16_t amount_[kTile * kChannels + 1] = {};
-    alignas(32) std::uint16_t ceiling_[kTile * kChannels];
+    Work<Sample> work_;
 };
 
 }  // namespace
