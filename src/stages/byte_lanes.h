@@ -34,10 +34,10 @@ Lane laneOf(Vector vector, std::index_sequence<kByte...>) {
 }
 
 // Each lane from memory of its own, `apart` bytes from the one before.
-inline Vector load(const std::uint8_t* from, std::size_t apart) {
+inline Vector load(const std::uint8_t* from, std::ptrdiff_t apart) {
     Lane first, last;
     std::memcpy(&first, from, sizeof first);
-    std::memcpy(&last, from + (kLanes - 1) * apart, sizeof last);
+    std::memcpy(&last, from + static_cast<std::ptrdiff_t>(kLanes - 1) * apart, sizeof last);
     return joined(first, last, AllBytes());
 }
 

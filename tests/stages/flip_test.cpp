@@ -136,6 +136,19 @@ TYPED_TEST(FlipOf, EveryOperationOnImagesOfSeveralPieces) {
     }
 }
 
+// Images beyond 8 MiB go another way than smaller ones of the same format.
+TYPED_TEST(FlipOf, AQuarterTurnOfALargeImage) {
+    const u32 w = 4101 / sizeof(TypeParam), h = 2055;
+    std::vector<TypeParam> source(std::size_t{w} * h);
+    for (std::size_t i = 0; i < source.size(); ++i) source[i] = static_cast<TypeParam>(i * 2654435761u >> 13);
+    std::vector<TypeParam> wanted(source.size()), result(source.size());
+    plainFlip(5, w, h, source, wanted, 1);
+    CFlip stage;
+    u32 width = w, height = h;
+    ASSERT_EQ(callFlip(stage, kModesOf[5], width, height, source.data(), result.data(), 1), 0u);
+    EXPECT_TRUE(result == wanted);
+}
+
 TYPED_TEST(FlipOf, RandomSizes) {
     std::mt19937 random(3);
     for (int i = 0; i < 5; ++i) {

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "stages/byte_lanes.h"
+
 namespace tavra::flip {
 namespace {
 
@@ -15,25 +17,27 @@ namespace {
 constexpr std::size_t kBandColumns = 256;
 constexpr std::size_t kRunBytes = 1024;
 constexpr std::size_t kCacheLine = 64;
-constexpr std::size_t kBlockBytes = 16;                      // a row of a block
 constexpr std::size_t kTileStride = kRunBytes + kCacheLine;  // not a power of two, which shares cache sets
 constexpr std::size_t kSourceRowsAhead = 8;
 constexpr std::size_t kResultRowsAhead = 4;
+constexpr std::size_t kCachedBytes = std::size_t{8} << 20;  // of an image that a processor of today keeps
 static_assert(kBandColumns * kTileStride <= sizeof(WorkTile));
 
-// A row of a block in a register. Vectors of the compiler's own, the same on every processor: it knows an
-// interleaving of two of them as one instruction.
+// Square blocks, one in each lane of the registers, the second one beside or below the first. Vectors of the
+// compiler's own, the same on every processor: it knows an interleaving of two of them as one instruction.
 template <class Word>
 struct Row {
-    using Vector [[gnu::vector_size(kBlockBytes)]] = Word;
-    static constexpr std::size_t kWords = kBlockBytes / sizeof(Word);
+    using Vector [[gnu::vector_size(lanes::kVectorBytes)]] = Word;
+    static constexpr std::size_t kSide = lanes::kLaneBytes / sizeof(Word);  // of a block
+    static constexpr std::size_t kBoth = kSide * lanes::kLanes;             // of all blocks together
 };
 
-// The words of the lower (kHalf 0) or upper halves (1) of two rows in turn.
+// The words of the lower (kHalf 0) or upper halves (1) of two rows in turn, in each lane.
 template <class Word, std::size_t kHalf, class Vector, std::size_t... kIndex>
 inline Vector interleaved(Vector a, Vector b, std::index_sequence<kIndex...>) {
-    constexpr std::size_t kWords = Row<Word>::kWords;
-    return __builtin_shufflevector(a, b, (kIndex % 2 * kWords + kHalf * kWords / 2 + kIndex / 2)...);
+    constexpr std::size_t kSide = Row<Word>::kSide, kWords = Row<Word>::kBoth;
+    return __builtin_shufflevector(
+        a, b, (kIndex % 2 * kWords + kIndex / kSide * kSide + kHalf * kSide / 2 + kIndex % kSide / 2)...);
 }
 
 // Interleaves the halves of a square block, row by row: one bit of the row number becomes the lowest of the
@@ -41,20 +45,20 @@ inline Vector interleaved(Vector a, Vector b, std::index_sequence<kIndex...>) {
 // changed places.
 template <class Word, class Vector>
 inline void interleaveHalves(const Vector* in, Vector* out) {
-    constexpr std::size_t kSide = Row<Word>::kWords;
-    constexpr auto kIndices = std::make_index_sequence<kSide>();
+    constexpr std::size_t kSide = Row<Word>::kSide;
+    constexpr auto kIndices = std::make_index_sequence<Row<Word>::kBoth>();
     for (std::size_t r = 0; r < kSide / 2; ++r) {
         out[2 * r] = interleaved<Word, 0>(in[r], in[r + kSide / 2], kIndices);
         out[2 * r + 1] = interleaved<Word, 1>(in[r], in[r + kSide / 2], kIndices);
     }
 }
 
-template <class Word, std::size_t kRounds = std::bit_width(Row<Word>::kWords) - 1, class Vector>
+template <class Word, std::size_t kRounds = std::bit_width(Row<Word>::kSide) - 1, class Vector>
 inline void transposeBlock(Vector* block) {
-    Vector next[Row<Word>::kWords];
+    Vector next[Row<Word>::kSide];
     interleaveHalves<Word>(block, next);
     if constexpr (kRounds > 1) transposeBlock<Word, kRounds - 1>(next);
-    for (std::size_t r = 0; r < Row<Word>::kWords; ++r) block[r] = next[r];
+    for (std::size_t r = 0; r < Row<Word>::kSide; ++r) block[r] = next[r];
 }
 
 // How pixels become a row of words, and how the words of a row become pixels.
@@ -62,9 +66,9 @@ template <class W>
 struct WholeWords {
     using Word = W;
     static constexpr std::size_t kPixelBytes = sizeof(Word);
-    static constexpr std::size_t kLeastWidth = Row<Word>::kWords;
-    static void load(const std::uint8_t* pixels, bool, typename Row<Word>::Vector& row) {
-        std::memcpy(&row, pixels, sizeof row);
+    static constexpr std::size_t kLeastWidth = Row<Word>::kBoth;
+    static lanes::Vector load(const std::uint8_t* pixels, std::ptrdiff_t apart, bool) {
+        return lanes::load(pixels, apart);
     }
     static void store(const Word* words, std::size_t count, std::uint8_t* pixels) {
         std::memcpy(pixels, words, count * sizeof(Word));
@@ -75,9 +79,9 @@ struct WholeWords {
 struct Bgr32 {
     using Word = std::uint32_t;
     static constexpr std::size_t kPixelBytes = 4;
-    static constexpr std::size_t kLeastWidth = Row<Word>::kWords;
-    static void load(const std::uint8_t* pixels, bool, Row<Word>::Vector& row) {
-        std::memcpy(&row, pixels, sizeof row);
+    static constexpr std::size_t kLeastWidth = Row<Word>::kBoth;
+    static lanes::Vector load(const std::uint8_t* pixels, std::ptrdiff_t apart, bool) {
+        return lanes::load(pixels, apart);
     }
     static void store(const Word* __restrict words, std::size_t count, std::uint8_t* __restrict pixels) {
         for (std::size_t i = 0; i < count; ++i) {
@@ -93,31 +97,26 @@ struct Bgr32 {
 struct Bgr24 {
     using Word = std::uint32_t;
     static constexpr std::size_t kPixelBytes = 3;
-    static constexpr std::size_t kLeastWidth = 6;  // 16 bytes and more
-    using Bytes = Row<std::uint8_t>::Vector;
+    static constexpr std::size_t kLeastWidth = Row<Word>::kBoth + 2;  // four bytes more than the blocks take
 
-    // Four pixels are 12 bytes. The other four that a register takes lie ahead of them where there are
-    // pixels, since behind them the image may end.
-    static void load(const std::uint8_t* pixels, bool first, Row<Word>::Vector& row) {
-        Bytes bytes;
+    // Four pixels are 12 bytes. The other four that a lane takes lie ahead of them where there are pixels,
+    // since behind them the image may end.
+    static lanes::Vector load(const std::uint8_t* pixels, std::ptrdiff_t apart, bool first) {
         if (first) {
-            std::memcpy(&bytes, pixels, sizeof bytes);
-            bytes = __builtin_shufflevector(bytes, bytes, 0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0);
-        } else {
-            std::memcpy(&bytes, pixels - 4, sizeof bytes);
-            bytes =
-                __builtin_shufflevector(bytes, bytes, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 0, 13, 14, 15, 0);
+            return lanes::permuted<lanes::Order{0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0}>(
+                lanes::load(pixels, apart));
         }
-        std::memcpy(&row, &bytes, sizeof row);
+        return lanes::permuted<lanes::Order{4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 0, 13, 14, 15, 0}>(
+            lanes::load(pixels - 4, apart));
     }
     static void store(const Word* words, std::size_t count, std::uint8_t* pixels) {
+        constexpr lanes::Order kCloseUp = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
         std::size_t i = 0;
-        // Four pixels are stored as 16 bytes, of which the next pixels replace the last four.
-        for (; 3 * i + kBlockBytes <= 3 * count; i += 4) {
-            Bytes bytes;
+        // Four pixels are stored as a lane, of which the next pixels replace the last four bytes.
+        for (; 3 * i + lanes::kVectorBytes <= 3 * count; i += 4 * lanes::kLanes) {
+            lanes::Vector bytes;
             std::memcpy(&bytes, words + i, sizeof bytes);
-            bytes = __builtin_shufflevector(bytes, bytes, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0);
-            std::memcpy(pixels + 3 * i, &bytes, sizeof bytes);
+            lanes::store(lanes::permuted<kCloseUp>(bytes), pixels + 3 * i, 12);
         }
         for (; i < count; ++i) std::memcpy(pixels + 3 * i, words + i, 3);
     }
@@ -149,23 +148,30 @@ void prefetchRows(const std::uint8_t* row, std::ptrdiff_t stride, std::size_t ro
     }
 }
 
-// One row of blocks into the work tile.
+// Blocks with their upper left corner at (x, y), the second one `apart` bytes behind the first.
+template <class Format>
+void loadTransposed(const Transposition& image, std::size_t x, std::size_t y, std::ptrdiff_t apart,
+                    typename Row<typename Format::Word>::Vector* block) {
+    using Word = typename Format::Word;
+    const std::uint8_t* pixels = pixelAt(image, x, y, Format::kPixelBytes);
+    for (std::size_t r = 0; r < Row<Word>::kSide; ++r, pixels += image.sourceStride)
+        block[r] = reinterpret_cast<typename Row<Word>::Vector>(Format::load(pixels, apart, x == 0));
+    transposeBlock<Word>(block);
+}
+
+// One row of blocks, two side by side, into the work tile.
 template <class Format>
 void transposeBlocks(const Transposition& image, const Span& columns, std::size_t y, std::uint8_t* out) {
     using Word = typename Format::Word;
-    constexpr std::size_t kSide = Row<Word>::kWords;
-    const std::uint8_t* const rows = pixelAt(image, columns.first, y, Format::kPixelBytes);
+    constexpr std::size_t kSide = Row<Word>::kSide, kBoth = Row<Word>::kBoth;
     const std::size_t count = columns.end - columns.first;
-    for (std::size_t start = 0; start < count; start += kSide) {
-        const std::size_t x = std::min(start, count - kSide);
-        const std::uint8_t* pixels = rows + x * Format::kPixelBytes;
+    for (std::size_t start = 0; start < count; start += kBoth) {
+        const std::size_t x = std::min(start, count - kBoth);
         typename Row<Word>::Vector block[kSide];
-        for (std::size_t r = 0; r < kSide; ++r, pixels += image.sourceStride) {
-            Format::load(pixels, columns.first + x == 0, block[r]);
-        }
-        transposeBlock<Word>(block);
+        loadTransposed<Format>(image, columns.first + x, y, kSide * Format::kPixelBytes, block);
         for (std::size_t r = 0; r < kSide; ++r) {
-            std::memcpy(out + (x + r) * kTileStride, &block[r], kBlockBytes);
+            lanes::store(reinterpret_cast<lanes::Vector>(block[r]), out + (x + r) * kTileStride,
+                         kSide * kTileStride);
         }
     }
 }
@@ -191,7 +197,7 @@ void storePiece(const Transposition& image, const Span& columns, const Span& row
 template <class Format>
 void transposePiece(const Transposition& image, const Span& columns, const Span& rows, WorkTile& tile) {
     using Word = typename Format::Word;
-    constexpr std::size_t kSide = Row<Word>::kWords;
+    constexpr std::size_t kSide = Row<Word>::kSide;
     for (std::size_t start = rows.first; start < rows.end; start += kSide) {
         const std::size_t y = std::min(start, rows.end - kSide);
         if (const std::size_t ahead = y + kSourceRowsAhead; ahead + kSide <= image.height) {
@@ -219,22 +225,62 @@ void transposePixels(const Transposition& image) {
 template <class Format>
 void transposeBands(const Transposition& image, WorkTile& tile) {
     using Word = typename Format::Word;
-    constexpr std::size_t kSide = Row<Word>::kWords;
     constexpr std::size_t kRows = kRunBytes / sizeof(Word);
     for (std::size_t x = 0; x < image.width; x += kBandColumns) {
-        const Span columns(x, kBandColumns, image.width, kSide);
+        const Span columns(x, kBandColumns, image.width, Row<Word>::kBoth);
         for (std::size_t y = 0; y < image.height; y += kRows) {
-            transposePiece<Format>(image, columns, Span(y, kRows, image.height, kSide), tile);
+            transposePiece<Format>(image, columns, Span(y, kRows, image.height, Row<Word>::kSide), tile);
         }
     }
 }
 
-template <class Format, std::size_t kMoved>
-void transposeFormat(const Transposition& image, WorkTile& tile) {
-    if (image.width < Format::kLeastWidth || image.height < Row<typename Format::Word>::kWords) {
-        transposePixels<Format::kPixelBytes, kMoved>(image);
+// An image of whole words that stays in the caches: without the detour through the work tile, blocks one
+// below the other, as many as fill lines of the destination.
+template <class Word>
+void transposeStripes(const Transposition& image) {
+    constexpr std::size_t kSide = Row<Word>::kSide, kBoth = Row<Word>::kBoth;
+    constexpr std::size_t kRows = kCacheLine / sizeof(Word);
+    const std::ptrdiff_t below = static_cast<std::ptrdiff_t>(kSide) * image.sourceStride;
+    for (std::size_t top = 0; top < image.height; top += kRows) {
+        const Span rows(top, kRows, image.height, kBoth);
+        for (std::size_t start = 0; start < image.width; start += kSide) {
+            const std::size_t x = std::min(start, image.width - kSide);
+            for (std::size_t next = rows.first; next < rows.end; next += kBoth) {
+                const std::size_t y = std::min(next, rows.end - kBoth);
+                typename Row<Word>::Vector block[kSide];
+                loadTransposed<WholeWords<Word>>(image, x, y, below, block);
+                std::uint8_t* pixels = resultAt(image, x, y, sizeof(Word));
+                // Lane by lane: where a row begins is anywhere, and whole vectors would lie across two lines
+                // more often.
+                for (std::size_t r = 0; r < kSide; ++r, pixels += image.destinationStride)
+                    lanes::store(reinterpret_cast<lanes::Vector>(block[r]), pixels, lanes::kLaneBytes);
+            }
+        }
+    }
+}
+
+template <class Format>
+bool fitsBlocks(const Transposition& image) {
+    return image.width >= Format::kLeastWidth && image.height >= Row<typename Format::Word>::kBoth;
+}
+
+template <class Word>
+void transposeWords(const Transposition& image, WorkTile& tile) {
+    if (!fitsBlocks<WholeWords<Word>>(image)) {
+        transposePixels<sizeof(Word), sizeof(Word)>(image);
+    } else if (image.width * image.height * sizeof(Word) <= kCachedBytes) {
+        transposeStripes<Word>(image);
     } else {
+        transposeBands<WholeWords<Word>>(image, tile);
+    }
+}
+
+template <class Format>
+void transposeColors(const Transposition& image, WorkTile& tile) {
+    if (fitsBlocks<Format>(image)) {
         transposeBands<Format>(image, tile);
+    } else {
+        transposePixels<Format::kPixelBytes, 3>(image);
     }
 }
 
@@ -242,10 +288,10 @@ void transposeFormat(const Transposition& image, WorkTile& tile) {
 
 void transpose(std::size_t pixelBytes, const Transposition& image, WorkTile& tile) {
     switch (pixelBytes) {
-        case 1: return transposeFormat<WholeWords<std::uint8_t>, 1>(image, tile);
-        case 2: return transposeFormat<WholeWords<std::uint16_t>, 2>(image, tile);
-        case 3: return transposeFormat<Bgr24, 3>(image, tile);
-        case 4: return transposeFormat<Bgr32, 3>(image, tile);
+        case 1: return transposeWords<std::uint8_t>(image, tile);
+        case 2: return transposeWords<std::uint16_t>(image, tile);
+        case 3: return transposeColors<Bgr24>(image, tile);
+        case 4: return transposeColors<Bgr32>(image, tile);
         case 6: return transposePixels<6, 6>(image);
         default: return transposePixels<8, 6>(image);
     }
