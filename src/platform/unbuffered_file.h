@@ -1,8 +1,9 @@
 // Files that are written past the system's cache, one write in flight: movies at the rate of the camera.
 //
-// Linux: O_DIRECT with the kernel's asynchronous writes; where the file system or the kernel takes either
-// not, the same bytes go the ordinary way. Windows: no buffering, overlapped. A file belongs to the object
-// that opened it; one thread at a time.
+// Linux: O_DIRECT with the kernel's asynchronous writes; where the file system, the disk or the kernel does
+// not take either, the same bytes go the ordinary way. Windows: overlapped, and without buffering unless the
+// disk has sectors of more than 2048 bytes. A file belongs to the object that opened it; one thread at a
+// time.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +27,8 @@ class UnbufferedFile {
     Status create(const std::u16string& name);
 
     // Waits for the write before it, then starts this one. Fails with the code of either. Position and size
-    // are multiples of 2048; the memory starts at a page and stays unchanged until the write has ended.
+    // are multiples of 2048, the size is at most 1 GiB; the memory starts at a page and stays unchanged until
+    // the write has ended.
     Status startWrite(std::uint64_t position, const void* data, std::size_t size);
 
     // Waits for the write in flight; its result, success if there is none. A write that the system took only

@@ -12,7 +12,8 @@ namespace tavra::test {
 
 class TempFolder {
   public:
-    TempFolder() : path_(std::filesystem::temp_directory_path() / uniqueName()) {
+    TempFolder() : TempFolder(std::filesystem::temp_directory_path()) {}
+    explicit TempFolder(const std::filesystem::path& within) : path_(within / uniqueName()) {
         std::filesystem::create_directory(path_);
     }
     ~TempFolder() {

@@ -30,17 +30,20 @@ std::uint32_t errorFromErrno(int errnoValue) {
         case EMFILE:
         case ENFILE: return 4;
         case EACCES:
-        case EPERM: return 5;
+        case EPERM:
+        case EISDIR: return 5;
         case EBADF: return 6;
         case EAGAIN:
         case ENOMEM: return 8;
         case EROFS: return 19;
         case EIO: return 29;
+        case ETXTBSY: return 32;
         case EBUSY: return 170;
         case EINVAL: return 87;
         case ENOSPC:
         case EDQUOT: return 112;
         case ENAMETOOLONG: return 206;
+        case EFBIG: return 223;
         case EEXIST: return 183;
         case ENODEV:
         case ENXIO: return 1167;

@@ -20,7 +20,10 @@ Status systemFailure() {
 Status openNative(const std::u16string& name, int flags, std::intptr_t& native) {
     const std::optional<std::string> narrow = toNarrowExactly(name);
     if (!narrow) return failWith(error::kInvalidName);
-    const int descriptor = ::open(narrow->c_str(), flags | O_CLOEXEC, 0666);
+    int descriptor;
+    do {
+        descriptor = ::open(narrow->c_str(), flags | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0) return systemFailure();
     native = descriptor;
     return {};

@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -30,6 +31,15 @@ void raisePriority() {
     }
 }
 
+// A file that grows past the process's limit gives the writer an error; the signal that comes with it would
+// end the application.
+void holdFileSizeSignal() {
+    sigset_t held;
+    sigemptyset(&held);
+    sigaddset(&held, SIGXFSZ);
+    pthread_sigmask(SIG_BLOCK, &held, nullptr);
+}
+
 }  // namespace
 
 struct Thread::Native {
@@ -40,6 +50,7 @@ struct Thread::Native {
 
     static void* run(void* self) {
         auto& native = *static_cast<Native*>(self);
+        holdFileSizeSignal();
         if (native.priority == ThreadPriority::TimeCritical) raisePriority();
         native.body();
         native.ended->set();

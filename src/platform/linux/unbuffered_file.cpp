@@ -25,8 +25,20 @@ int setUpWrites(unsigned count, aio_context_t* context) {
 int submitWrite(aio_context_t context, iocb* request) {
     return static_cast<int>(syscall(SYS_io_submit, context, 1, &request));
 }
-int awaitWrite(aio_context_t context, io_event* event) {
-    return static_cast<int>(syscall(SYS_io_getevents, context, 1, 1, event, nullptr));
+bool awaitWrite(aio_context_t context, io_event* event) {
+    long events;
+    do {
+        events = syscall(SYS_io_getevents, context, 1, 1, event, nullptr);
+    } while (events < 0 && errno == EINTR);
+    return events == 1;
+}
+
+int openNative(const char* name, int flags) {
+    int descriptor;
+    do {
+        descriptor = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | flags, 0666);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
 }
 
 }  // namespace
@@ -41,11 +53,16 @@ struct UnbufferedFile::Native {
 
     ~Native() {
         (void)wait();
-        if (context != 0) syscall(SYS_io_destroy, context);
+        leaveAsynchronous();
         if (descriptor >= 0) ::close(descriptor);
     }
 
-    // File systems may refuse the alignment only at the write: then the cache serves.
+    // Ends with the kernel's asynchronous writes; returns when none is in flight any more.
+    void leaveAsynchronous() {
+        if (context != 0) syscall(SYS_io_destroy, std::exchange(context, 0));
+    }
+
+    // From now on through the cache, which takes any alignment. False if that is so already.
     bool leaveDirect() {
         if (!std::exchange(direct, false)) return false;
         const int flags = fcntl(descriptor, F_GETFL);
@@ -55,11 +72,12 @@ struct UnbufferedFile::Native {
     Status writePlainly(std::uint64_t position, const std::uint8_t* data, std::size_t size) {
         while (size > 0) {
             const ssize_t done = ::pwrite(descriptor, data, size, static_cast<off_t>(position));
-            if (done < 0 && (errno == EINTR || (errno == EINVAL && leaveDirect()))) continue;
-            if (done < 0) return systemFailure(errno);
+            const int failure = done < 0 ? errno : 0;
+            // A disk of larger sectors refuses the alignment only here.
+            if (failure == EINTR || (failure == EINVAL && leaveDirect())) continue;
+            if (failure != 0) return systemFailure(failure);
             if (done == 0) return failWith(error::kWriteFault);
-            // What is left of a short write may start anywhere.
-            if (static_cast<std::size_t>(done) < size) leaveDirect();
+            if (static_cast<std::size_t>(done) < size) leaveDirect();  // the rest may start anywhere
             data += done;
             position += static_cast<std::uint64_t>(done);
             size -= static_cast<std::size_t>(done);
@@ -80,17 +98,16 @@ struct UnbufferedFile::Native {
     }
 
     Status wait() {
-        if (!inFlight) return std::exchange(plainResult, Status());
+        if (!std::exchange(inFlight, false)) return std::exchange(plainResult, Status());
         io_event event{};
-        while (awaitWrite(context, &event) < 0 && errno == EINTR) {
-        }
-        inFlight = false;
+        if (!awaitWrite(context, &event)) leaveAsynchronous();  // nothing known of it: all of it again
         const std::int64_t done = event.res;
         if (done == static_cast<std::int64_t>(request.aio_nbytes)) return {};
         if (done < 0 && done != -EINVAL) return systemFailure(static_cast<int>(-done));
-        // Part of it, or an alignment that the file system does not take: the rest the ordinary way.
+        // Only a part, or refused: the rest the ordinary way, which tells an alignment that the disk does not
+        // take from any other refusal.
         const std::uint64_t written = done < 0 ? 0 : static_cast<std::uint64_t>(done);
-        leaveDirect();
+        if (written > 0) leaveDirect();
         return writePlainly(static_cast<std::uint64_t>(request.aio_offset) + written,
                             reinterpret_cast<const std::uint8_t*>(request.aio_buf) + written,
                             request.aio_nbytes - written);
@@ -106,10 +123,10 @@ Status UnbufferedFile::create(const std::u16string& name) {
     const std::optional<std::string> narrow = toNarrowExactly(name);
     if (!narrow) return failWith(error::kInvalidName);
     auto native = std::make_unique<Native>();
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    native->descriptor = ::open(narrow->c_str(), kFlags | O_DIRECT, 0666);
+    native->descriptor = openNative(narrow->c_str(), O_DIRECT);
     native->direct = native->descriptor >= 0;
-    if (!native->direct && errno == EINVAL) native->descriptor = ::open(narrow->c_str(), kFlags, 0666);
+    // A file system that cannot bypass the cache says so here.
+    if (!native->direct && errno == EINVAL) native->descriptor = openNative(narrow->c_str(), 0);
     if (native->descriptor < 0) return systemFailure(errno);
     if (setUpWrites(1, &native->context) != 0) native->context = 0;
     native_ = std::move(native);

@@ -26,6 +26,11 @@ constexpr std::uint32_t kLargeFileSystems[] = {
     0xCA451A4E,  // bcachefs
     0x3153464A,  // JFS
     0x01161970,  // GFS2
+    0x0BD00BD0,  // Lustre
+    0x47504653,  // GPFS
+    0x0000482B,  // HFS+
+    0x0000F15F,  // eCryptfs
+    0x786F4256,  // a virtual machine's shared folder
 };
 
 // Asks the system about a name by `ask(name)`, which gives 0 on success.

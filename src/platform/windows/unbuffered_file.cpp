@@ -7,6 +7,21 @@
 #include "platform/last_error.h"
 
 namespace tavra::platform {
+namespace {
+
+constexpr DWORD kAlignment = 2048;            // of positions and sizes
+constexpr std::size_t kLargest = 0x40000000;  // of one write; the system's sizes have 32 bits
+
+// Whether the cache can be bypassed with our alignment. A disk of larger sectors would refuse the writes.
+bool takesUnbuffered(const wchar_t* name) {
+    wchar_t root[MAX_PATH + 1] = {};
+    DWORD sectors = 0, sectorBytes = 0, freeClusters = 0, clusters = 0;
+    return !GetVolumePathNameW(name, root, MAX_PATH) ||
+           !GetDiskFreeSpaceW(root, &sectors, &sectorBytes, &freeClusters, &clusters) || sectorBytes == 0 ||
+           kAlignment % sectorBytes == 0;
+}
+
+}  // namespace
 
 struct UnbufferedFile::Native {
     HANDLE handle = INVALID_HANDLE_VALUE;
@@ -38,10 +53,10 @@ Status UnbufferedFile::create(const std::u16string& name) {
     auto native = std::make_unique<Native>();
     native->written = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (native->written == nullptr) return Status(GetLastError());
-    native->handle =
-        CreateFileW(reinterpret_cast<const wchar_t*>(name.c_str()), GENERIC_WRITE,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_ALWAYS,
-                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_NO_BUFFERING | FILE_FLAG_OVERLAPPED, nullptr);
+    const auto* const wide = reinterpret_cast<const wchar_t*>(name.c_str());
+    const DWORD access = FILE_FLAG_OVERLAPPED | (takesUnbuffered(wide) ? FILE_FLAG_NO_BUFFERING : 0);
+    native->handle = CreateFileW(wide, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                 CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | access, nullptr);
     if (native->handle == INVALID_HANDLE_VALUE) return Status(GetLastError());
     native_ = std::move(native);
     return {};
@@ -49,6 +64,7 @@ Status UnbufferedFile::create(const std::u16string& name) {
 
 Status UnbufferedFile::startWrite(std::uint64_t position, const void* data, std::size_t size) {
     TAVRA_RETURN_IF_ERROR(native_->wait());
+    if (size > kLargest) return failWith(error::kInvalidArgument);
     native_->place = {};
     native_->place.Offset = static_cast<DWORD>(position);
     native_->place.OffsetHigh = static_cast<DWORD>(position >> 32);
