@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -10,6 +11,16 @@ namespace {
 
 constexpr std::uint64_t kFat32SizeLimit = 0x100000000;
 constexpr std::uint64_t kUnknownSizeLimit = 0x80000000;
+
+// One operation of a layout on the writer's thread, which nothing thrown may leave.
+template <typename Operation>
+Status attempt(Operation operation) {
+    try {
+        return operation();
+    } catch (const std::bad_alloc&) {
+        return Status(error::kOutOfMemory);
+    }
+}
 
 }  // namespace
 
@@ -43,12 +54,12 @@ void CAVIFile::ThreadMain() {
             static_cast<void>(listener->OnStatus(IAVIFileStatusListener::kFileStarted, 0));
         }
         const auto [end, written] = writeFrames(*record);
-        const Status closed = CloseFile(*record);
+        const Status closed = attempt([&] { return CloseFile(*record); });
         // By design: a close that fails behind good writes is not reported.
         result = written.ok() ? Status() : closed;
         if (end == End::Stopped) break;
     }
-    const Status finished = Finish();
+    const Status finished = attempt([&] { return Finish(); });
     result_ = result.ok() ? finished : result;
     ended_.set();
     if (fileStarted && listener != nullptr) {
@@ -68,6 +79,7 @@ std::unique_ptr<FileRecord> CAVIFile::nextFile() {
 CAVIFile::FileEnd CAVIFile::writeFrames(FileRecord& record) {
     // Frames first: what was filled before a stop is still written.
     const std::array<const platform::Event*, 2> events = {&filledFrames->notEmpty(), &stopEvent()};
+    const std::uint32_t framesPerFile = std::max(settings.framesPerFile, 1U);
     std::optional<std::uint32_t> first;
     for (;;) {
         if (platform::waitAny(events, platform::kWaitForever) != 0) return {End::Stopped, {}};
@@ -75,12 +87,12 @@ CAVIFile::FileEnd CAVIFile::writeFrames(FileRecord& record) {
         if (frame == nullptr) continue;
         if (!first) first = frame->position;
         const std::uint32_t index = frame->position - *first;
-        if (index >= settings.framesPerFile) {
+        if (index >= framesPerFile) {
             filledFrames->pushFront(frame);
             return {End::FileDone, {}};
         }
         if (settings.swapRedBlue && !encoderOrdersColors_) swapRedBlue(frame->image());
-        const Status written = WriteFrame(record, frame->image(), index, frame->tag);
+        const Status written = attempt([&] { return WriteFrame(record, frame->image(), index, frame->tag); });
         freeFrames->push(frame);
         if (!written.ok() || IsFileFull()) return {End::FileDone, written};
     }
@@ -102,6 +114,7 @@ std::uint64_t CAVIFile::GetFileSizeEstimate(std::uint32_t frameBytes, std::uint3
 }
 
 void CAVIFile::limitSizeByVolume(const std::u16string& fileName) {
+    sizeLimit_ = largestSize_;
     platform::VolumeKind kind = platform::VolumeKind::Large;
     if (files_.volumeKind(fileName, kind).ok()) {
         if (kind == platform::VolumeKind::Fat32) sizeLimit_ = kFat32SizeLimit;

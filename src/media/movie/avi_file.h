@@ -43,8 +43,8 @@ struct MovieSettings {
     std::uint32_t quality = 75;  // 0 to 100
     std::uint32_t rate = 1;      // frames a second are rate / scale
     std::uint32_t scale = 1;
-    std::uint32_t framesPerFile = 600;
-    std::uint32_t imageBytes = 0;  // of one frame
+    std::uint32_t framesPerFile = 600;  // 0 counts as 1
+    std::uint32_t imageBytes = 0;       // of one frame
     std::uint32_t rowStride = 0;
     bool swapRedBlue = false;
     ImageDescription image;
@@ -100,10 +100,10 @@ class CAVIFile : public TavraTrg::CWorker {
 
   protected:
     explicit CAVIFile(MovieFiles& files, std::uint64_t sizeLimit = kSizeLimit)
-        : files_(files), sizeLimit_(sizeLimit) {}
+        : files_(files), sizeLimit_(sizeLimit), largestSize_(sizeLimit) {}
 
-    // For the layouts that watch the volume: the limit by its file system and its free room. A file of that
-    // name that exists is about to be replaced, so that its bytes count as free.
+    // For the layouts that watch the volume: the limit by its file system and its free room, anew for each
+    // file. A file of that name that exists is about to be replaced, so that its bytes count as free.
     void limitSizeByVolume(const std::u16string& fileName);
 
     MovieFiles& files_;
@@ -124,6 +124,7 @@ class CAVIFile : public TavraTrg::CWorker {
     FileEnd writeFrames(FileRecord& record);
     void swapRedBlue(std::uint8_t* image) const;
 
+    const std::uint64_t largestSize_;  // where nothing of the volume is known
     PointerQueue<FileRecord> fileQueue_;
     Status result_;
     platform::Event ended_{platform::Event::Reset::Manual, true};
