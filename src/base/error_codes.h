@@ -22,6 +22,7 @@ inline constexpr std::uint32_t kOperationNotFound = TAVRA_ERROR_OPERATION_NOT_FO
 inline constexpr std::uint32_t kDiskFull = 112;
 inline constexpr std::uint32_t kInsufficientBuffer = 122;  // converted text does not fit
 inline constexpr std::uint32_t kInvalidName = 123;         // a file's name that the system cannot express
+inline constexpr std::uint32_t kFileTooLarge = 223;
 inline constexpr std::uint32_t kTimeout = TAVRA_ERROR_TIMEOUT;
 inline constexpr std::uint32_t kOperationAborted = 995;
 inline constexpr std::uint32_t kIoIncomplete = 996;

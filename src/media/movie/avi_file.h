@@ -36,6 +36,13 @@ struct FileRecord {
     std::u16string name;
     std::unique_ptr<MovieFile> file;
     std::unique_ptr<UnbufferedMovieFile> unbuffered;
+    Status firstFailure;
+
+    // Passes a result on, and keeps it if it is the file's first failure.
+    Status keep(Status result) {
+        if (firstFailure.ok()) firstFailure = result;
+        return result;
+    }
 };
 
 // How the movie is made; the recorder fills it in before Start.
