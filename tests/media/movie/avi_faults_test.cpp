@@ -1,0 +1,240 @@
+// AVI writers on disks that fail, fill up and stall.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "media/movie/avi_layouts.h"
+#include "support/failing_allocations.h"
+
+namespace tavra::test {
+namespace {
+
+constexpr std::uint32_t kFault = 29;
+constexpr MovieForm kForm{.width = 21, .height = 13, .rate = 25};
+constexpr SegmentLimits kTwoFrames = {.entries = 2};
+
+class AviFaults : public ::testing::TestWithParam<AviLayout> {
+  protected:
+    static constexpr std::uint32_t kFrames = 5;
+
+    static void addFrames(Recording& recording, std::uint32_t count = kFrames) {
+        for (std::uint32_t i = 0; i < count; ++i) recording.add(i, makeImage(kForm, i));
+    }
+
+    static FileBytes fileOf(std::uint32_t count, SegmentLimits limits = kTwoFrames, std::uint32_t first = 0) {
+        std::vector<MovieFrame> frames;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            frames.push_back(GetParam().frame(kForm, i, makeImage(kForm, first + i)));
+        }
+        return GetParam().build(kForm, frames, limits);
+    }
+};
+
+TEST_P(AviFaults, AFailureOfAnyWriteEndsTheRecordingWithItsCode) {
+    MovieFilesDouble whole;
+    Recording clean(GetParam().make(whole, kTwoFrames), kForm);
+    addFrames(clean);
+    EXPECT_EQ(clean.run(), Status());
+    // The index's head, its entries and the header; or the last index, the head and two more segments'. By
+    // design their failures are not reported.
+    const std::size_t closing = GetParam().format == 1 ? 3 : 4;
+
+    for (std::size_t nth = 1; nth <= whole.writeCount(); ++nth) {
+        for (const bool atStart : {false, true}) {
+            SCOPED_TRACE(::testing::Message() << "write " << nth << (atStart ? " at its start" : ""));
+            MovieFilesDouble files;
+            files.failWrite(nth, kFault, atStart);
+            Recording recording(GetParam().make(files, kTwoFrames), kForm);
+            addFrames(recording);
+            const std::uint32_t wanted = nth <= whole.writeCount() - closing ? kFault : 0;
+            EXPECT_EQ(recording.run().code(), wanted);
+            EXPECT_EQ(recording.events, (std::vector<Recording::Event>{{45064, 0}, {45065, wanted}}));
+            EXPECT_EQ(files.openFiles(), 0u);
+            EXPECT_EQ(recording.free.size() + recording.filled.size(), kFrames);
+        }
+    }
+}
+
+TEST_P(AviFaults, WhatWasWrittenAheadOfAFailureIsWhole) {
+    // The writes of a whole recording, to know which one is the third frame's.
+    MovieFilesDouble whole;
+    Recording clean(GetParam().make(whole, kTwoFrames), kForm);
+    addFrames(clean);
+    EXPECT_EQ(clean.run(), Status());
+    const FileBytes wanted = fileOf(2);
+    std::size_t third = 0;
+    for (const MovieFilesDouble::Write& write : whole.writes()) {
+        ++third;
+        // In AVI 2.0 it stands behind the first sector of a segment.
+        const std::uint64_t at = GetParam().format == 1 ? wanted.size() - 8 - 16 * (GetParam().jpeg() ? 2 : 3)
+                                                        : wanted.size() + 2048;
+        if (write.position == at) break;
+    }
+    ASSERT_LT(third, whole.writeCount());
+
+    MovieFilesDouble files;
+    files.failWrite(third, kFault);
+    Recording recording(GetParam().make(files, kTwoFrames), kForm);
+    addFrames(recording);
+    EXPECT_EQ(recording.run().code(), kFault);
+    EXPECT_EQ(recording.filled.size(), 2u);
+    FileBytes got = files.bytes(u"movie.avi");
+    ASSERT_GE(got.size(), wanted.size());
+    EXPECT_LE(got.size() - wanted.size(), 2048u) << "at most what would have opened another segment";
+    got.resize(wanted.size());
+    EXPECT_TRUE(equalFiles(got, wanted));
+}
+
+TEST_P(AviFaults, TheNextFileOfTheQueueStandsForItself) {
+    MovieFilesDouble files;
+    files.failWrite(1, kFault);
+    Recording recording(GetParam().make(files, kTwoFrames), kForm);
+    addFrames(recording);
+    EXPECT_EQ(recording.run({u"bad.avi", u"good.avi"}), Status());
+    EXPECT_EQ(files.openFiles(), 0u);
+    EXPECT_TRUE(equalFiles(files.bytes(u"good.avi"), fileOf(4, kTwoFrames, 1)));
+}
+
+TEST_P(AviFaults, AFullDiskEndsTheRecordingWithItsCode) {
+    MovieFilesDouble files;
+    // Room for two frames and part of the third.
+    files.setRoom(GetParam().format == 1 ? fileOf(3).size() - 8 - 4 * 16 - 100 : 0x101000 + 2 * 2048 + 100);
+    Recording recording(GetParam().make(files), kForm);
+    addFrames(recording);
+    EXPECT_EQ(recording.run().code(), 112u);
+    EXPECT_EQ(recording.events.back(), (Recording::Event{45065, 112}));
+    EXPECT_EQ(recording.filled.size(), 2u);
+}
+
+TEST_P(AviFaults, NoRoomAtAllEndsTheRecordingWithItsCode) {
+    MovieFilesDouble files;
+    files.setRoom(0);
+    Recording recording(GetParam().make(files), kForm);
+    addFrames(recording);
+    EXPECT_EQ(recording.run().code(), 112u);
+    EXPECT_EQ(recording.filled.size(), kFrames - 1);
+}
+
+TEST_P(AviFaults, ACloseThatFailsBehindGoodFramesIsNotReported) {
+    MovieFilesDouble files;
+    files.failClose(kFault);
+    files.failOpenAgain(3);
+    Recording recording(GetParam().make(files), kForm);
+    addFrames(recording);
+    EXPECT_EQ(recording.run(), Status());
+    EXPECT_EQ(files.openFiles(), 0u);
+}
+
+TEST_P(AviFaults, AFrameIsNotGivenBackBeforeItIsWritten) {
+    MovieFilesDouble files;
+    files.stallWrites();
+    Recording recording(GetParam().make(files), kForm);
+    addFrames(recording);
+    ASSERT_TRUE(recording.writer().addFile(u"movie.avi").ok());
+    ASSERT_TRUE(recording.writer().Start().ok());
+    EXPECT_TRUE(files.stalled().wait(platform::kWaitForever));
+    EXPECT_EQ(recording.free.size(), 0u);
+    files.releaseWrites();
+    recording.writer().Stop();
+    EXPECT_TRUE(equalFiles(files.bytes(u"movie.avi"), fileOf(kFrames, {})));
+}
+
+TEST_P(AviFaults, WithoutMemoryForTheHeadersNothingStarts) {
+    MovieFilesDouble files;
+    const auto writer = GetParam().make(files);
+    writer->settings.framesPerFile = 100000;
+    writer->settings.image = movie::ImageDescription::of(16, 16, 48, 24);
+    const FailAllocationsFrom fail(100000);
+    EXPECT_EQ(writer->Start().code(), 8u);
+    EXPECT_TRUE(writer->ended().wait(0));
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, AviFaults, kAllLayouts, layoutName);
+
+// A volume of every size around those of a few frames, and frames that fill their sectors in every way.
+TEST(AviDiskRoom, IsLeftByTheWriterBeforeTheDiskIsFull) {
+    for (const std::uint32_t width : {10u, 679u, 680u, 682u}) {
+        const MovieForm form{.width = width, .height = 2, .rate = 25};
+        std::size_t fewest = 100, most = 0;
+        for (std::uint64_t room = 0x101000 + 40000; room < 0x101000 + 60000; room += 509) {
+            MovieFilesDouble files;
+            files.setRoom(room);
+            files.free = {.value = room};
+            Recording recording(kAvi20NotCompressed.make(files, {.entries = 3}), form);
+            for (std::uint32_t i = 0; i < 40; ++i) recording.add(i, makeImage(form, i));
+            EXPECT_EQ(recording.run(), Status()) << room;
+            std::vector<MovieFrame> frames;
+            for (std::uint32_t i = 0; i < recording.free.size(); ++i)
+                frames.push_back({i, makeImage(form, i)});
+            EXPECT_TRUE(
+                equalFiles(files.bytes(u"movie.avi"), buildAvi20NotCompressed(form, frames, {.entries = 3})))
+                << room;
+            fewest = std::min(fewest, frames.size());
+            most = std::max(most, frames.size());
+        }
+        EXPECT_GE(fewest, 1u);
+        EXPECT_GT(most, fewest);
+        EXPECT_LT(most, 40u);
+    }
+}
+
+// Takes every write and keeps nothing.
+class NoFiles final : public movie::MovieFiles {
+    struct File final : movie::MovieFile {
+        Status write(std::uint64_t, const void*, std::size_t) override { return {}; }
+        Status close() override { return {}; }
+    };
+    struct Unbuffered final : movie::UnbufferedMovieFile {
+        Status startWrite(std::uint64_t, const void*, std::size_t) override { return {}; }
+        Status wait() override { return {}; }
+        Status close() override { return {}; }
+    };
+
+  public:
+    Status create(const std::u16string&, std::unique_ptr<movie::MovieFile>& file) override {
+        file = std::make_unique<File>();
+        return {};
+    }
+    Status createUnbuffered(const std::u16string&,
+                            std::unique_ptr<movie::UnbufferedMovieFile>& file) override {
+        file = std::make_unique<Unbuffered>();
+        return {};
+    }
+    Status openAgain(const std::u16string& name, std::unique_ptr<movie::MovieFile>& file) override {
+        return create(name, file);
+    }
+    Status volumeKind(const std::u16string&, platform::VolumeKind&) override { return {}; }
+    Status freeBytes(const std::u16string&, std::uint64_t& bytes) override {
+        bytes = std::numeric_limits<std::uint64_t>::max();
+        return {};
+    }
+    Status fileSize(const std::u16string&, std::uint64_t&) override { return Status(2); }
+};
+
+TEST(AviFrames, AreWrittenWithoutAllocations) {
+    NoFiles files;
+    for (const AviLayout& layout : {kAvi10NotCompressed, kAvi20NotCompressed}) {
+        Recording recording(layout.make(files), kForm);
+        recording.add(0, makeImage(kForm, 0));
+        movie::CAVIFile& writer = recording.writer();
+        writer.settings.framesPerFile = 20000;
+        ASSERT_TRUE(writer.PrepareHeader().ok());
+        std::unique_ptr<movie::FileRecord> record;
+        ASSERT_TRUE(writer.OpenFile(u"movie.avi", record).ok());
+        std::uint8_t* const image = recording.filled.pop()->image();
+        std::size_t failures = 0;
+        {
+            const FailAllocationsFrom none(1);
+            for (std::uint32_t i = 0; i < 20000; i += 1 + i % 3) {
+                ASSERT_TRUE(writer.WriteFrame(*record, image, i, 0).ok());
+            }
+            failures = FailAllocationsFrom::failures();
+        }
+        EXPECT_EQ(failures, 0u) << layout.name;
+        EXPECT_TRUE(writer.CloseFile(*record).ok());
+    }
+}
+
+}  // namespace
+}  // namespace tavra::test
