@@ -79,7 +79,7 @@ bool CAVIFile20::IsFileFull() const {
     if (segments_.size() >= limits_.segments || CAVIFile::IsFileFull()) return true;
     // The frame's JUNK, the head of another segment, its index, and the sectors by which indices grow:
     // without room for them the disk would be full before the file is.
-    constexpr std::uint64_t kMostBesides = 6 * kAviSector;
+    constexpr std::uint64_t kMostBesides = std::uint64_t{6} * kAviSector;
     return GetMaxFileSize() < projectedSize_ + settings.imageBytes + kMostBesides;
 }
 

@@ -110,7 +110,7 @@ void putOldIndex(std::span<std::uint8_t> block, const AviStandardIndex& index, s
     // By design: offsets are positions in the file, and the first frame's entry stands for the empty chunk
     // that opens the list.
     std::uint64_t lastData = index.base();
-    const std::size_t entries = (block.size() - 2 * kOldEntryBytes) / kOldEntryBytes;
+    const std::size_t entries = block.size() / kOldEntryBytes - 2;
     for (std::uint32_t i = 0; i < entries; ++i) {
         at += kOldEntryBytes;
         if (i >= index.count()) {
