@@ -15,6 +15,7 @@
 namespace tavra {
 
 // Makers of other rooms.
+ISUnknown* makeCreateAvi();
 ISUnknown* makeSaveImageFile();
 
 namespace {
@@ -38,6 +39,7 @@ constexpr StageClass kClasses[] = {
     {stage_code::kFlip, make<CFlip>},
     {stage_code::kWhiteBalance, make<CWB>},
     {stage_code::kSaveImageFile, makeSaveImageFile},
+    {stage_code::kCreateAvi, makeCreateAvi},
     {stage_code::kMultiRoiImage, make<CMultiROIImage>},
     {stage_code::kShadingCorrection, make<CShadingCorrection>},
 };

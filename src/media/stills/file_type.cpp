@@ -10,19 +10,19 @@ constexpr char16_t toUpper(char16_t c) {
     return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - u'a' + u'A') : c;
 }
 
-// By design: only as many characters as the extension has are compared, so ".t" is a TIFF and "." is raw.
-bool isBeginningOf(std::u16string_view extension, std::u16string_view name) {
-    return extension.size() <= name.size() &&
-           std::equal(extension.begin(), extension.end(), name.begin(),
-                      [](char16_t given, char16_t wanted) { return toUpper(given) == wanted; });
-}
-
 bool isBeginningOfAny(std::u16string_view extension, std::initializer_list<std::u16string_view> names) {
     return std::any_of(names.begin(), names.end(),
                        [=](std::u16string_view name) { return isBeginningOf(extension, name); });
 }
 
 }  // namespace
+
+// By design: only as many characters as the extension has are compared, so ".t" is a TIFF and "." is raw.
+bool isBeginningOf(std::u16string_view extension, std::u16string_view name) {
+    return extension.size() <= name.size() &&
+           std::equal(extension.begin(), extension.end(), name.begin(),
+                      [](char16_t given, char16_t wanted) { return toUpper(given) == wanted; });
+}
 
 std::optional<std::u16string_view> extensionOf(std::u16string_view fileName) {
     const std::size_t dot = fileName.rfind(u'.');
