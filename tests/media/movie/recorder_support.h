@@ -32,6 +32,9 @@ class LayoutLog {
     LayoutLog& operator=(const LayoutLog&) = delete;
 
     bool bottomUp = false;
+    std::uint32_t failWith = 0;  // of every write from now on
+    std::uint16_t format = 0;    // that was asked for
+    std::uint32_t compressor = 0;
 
     void add(Frame frame) {
         const std::lock_guard lock(mutex_);
@@ -71,12 +74,17 @@ class TestLayout final : public movie::CAVIFile {
         log.add({index, tag, Bytes(image, image + settings.imageBytes)});
         if (!log.gate.wait(0)) log.stopped.set();
         log.gate.wait(platform::kWaitForever);
-        return {};
+        return Status(log.failWith);
     }
-    Status CloseFile(movie::FileRecord& record) override { return record.file->close(); }
+    Status CloseFile(movie::FileRecord& record) override {
+        const Status closed = record.file->close();
+        return LayoutLog::current->failWith != 0 ? Status(LayoutLog::current->failWith) : closed;
+    }
 
     static std::unique_ptr<movie::CAVIFile> make(std::uint16_t format, std::uint32_t compressor,
                                                  movie::MovieFiles& files) {
+        LayoutLog::current->format = format;
+        LayoutLog::current->compressor = compressor;
         if (format == movie::movie_format::kSmf) return movie::makeMovieWriter(format, compressor, files);
         return std::make_unique<TestLayout>(files);
     }
