@@ -10,6 +10,7 @@
 #include "camera/geometry.h"
 #include "control/luminance_ctrl_usb.h"
 #include "control/white_balance_ctrl_usb.h"
+#include "media/movie/save_avi_file.h"
 #include "platform/system_version.h"
 #include "platform/user_settings.h"
 #include "stages/chroma_suppress.h"
@@ -82,7 +83,7 @@ TAVRA_COMMON_PARAM::TAVRA_COMMON_PARAM() : TAVRA_COMMON_PARAM(configuredTransfer
     chromaSuppress = makeStage<IChromaSuppress>(stage_code::kChromaSuppress);
 }
 
-// What uses the camera goes before what it uses. The recorder goes between the stage objects and the images.
+// What uses the camera goes before what it uses.
 TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     exposure.reset();
     whiteBalance.reset();
@@ -96,6 +97,7 @@ TAVRA_COMMON_PARAM::~TAVRA_COMMON_PARAM() {
     releaseStage(flip);
     releaseStage(shadingCorrection);
     releaseStage(chromaSuppress);
+    releaseStage(recording.recorder);
     imagesB.destroy();
     imagesA.destroy();
 }

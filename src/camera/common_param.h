@@ -16,6 +16,7 @@
 #include "camera/exposure_camera.h"
 #include "camera/frame_feature.h"
 #include "camera/image_buffer_set.h"
+#include "camera/recording_slot.h"
 #include "camera/register_map.h"
 #include "capture/callback_list.h"
 #include "capture/snapshot_request.h"
@@ -163,8 +164,10 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     std::unique_ptr<CLuminanceCtrlUSB> exposure;
     std::unique_ptr<CWhiteBalanceCtrlUSB> whiteBalance;
 
-    // Places of what is still to come: recorder and its mutexes (first the operation mutex, then the pointer
-    // mutex), draw object, preview window.
+    // A recording lasts no longer than the stream.
+    RecordingSlot recording;
+
+    // Places of what is still to come: draw object, preview window.
 
   private:
     // The record without its stages. Behind it a failing constructor has something to destroy.

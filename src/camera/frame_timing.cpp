@@ -63,7 +63,7 @@ Status readClock(TAVRA_COMMON_PARAM& camera) {
 }
 
 Status setClock(TAVRA_COMMON_PARAM& camera, std::uint32_t mode, std::uint32_t clock) {
-    // Place of the recorder: while one exists the clock stays (0xE0000008).
+    if (camera.recording.exists()) return Status(error::kRecording);
     if (!offersClock(camera.info, mode, clock)) return Status(error::kInvalidArgument);
     TAVRA_RETURN_IF_ERROR(sendClock(camera, mode, clock));
     camera.geometry->storeClock({mode, clock});

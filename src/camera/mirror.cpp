@@ -28,7 +28,7 @@ Status setMirrorMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode) {
 }
 
 Status setRotationMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode) {
-    // Place of the recorder: while one exists the rotation stays (0xE0000008).
+    if (camera.recording.exists()) return Status(error::kRecording);
     camera.rotationMode = mode;
     return refreshGeometry(camera, PreviewUpdate::Yes);
 }

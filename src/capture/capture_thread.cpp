@@ -5,6 +5,7 @@
 #include "base/little_endian.h"
 #include "camera/usb_speed.h"
 #include "capture/consumers.h"
+#include "capture/recording.h"
 #include "platform/last_error.h"
 #include "platform/messages.h"
 
@@ -100,9 +101,17 @@ void CaptureThread::loop() {
     }
 }
 
-// A run that a snapshot started ends by itself here.
+// A run that a snapshot or a recording started ends by itself here.
 bool CaptureThread::framesWanted() {
-    return rawWanted(camera_) || previewWanted(camera_);
+    return rawWanted(camera_) || previewWanted(camera_) || !closeToRecorder();
+}
+
+// From here on a recording that begins starts a stream of its own. False: one has begun meanwhile.
+bool CaptureThread::closeToRecorder() {
+    const std::lock_guard operation(camera_.recording.operationMutex);
+    if (camera_.recording.exists()) return false;
+    camera_.recording.streamClosed = closedToRecorder_ = true;
+    return true;
 }
 
 // The read thread's end is the same event over its restarts, so that the table is current whenever it is
@@ -172,9 +181,12 @@ void CaptureThread::shutdown() {
     engine_.reset();
 }
 
+// A recording does not outlive the stream. One that waits for the end of this thread has the mutex.
 void CaptureThread::releaseRecorder() {
-    // Place of the recorder, under its operation mutex and then its pointer mutex: a recording does not
-    // outlive the stream.
+    if (closedToRecorder_) return;
+    const std::lock_guard operation(camera_.recording.operationMutex);
+    closeRecording(camera_.recording);
+    camera_.recording.streamClosed = true;
 }
 
 std::uint32_t CaptureThread::endCode() const {

@@ -44,6 +44,7 @@ class CaptureThread {
     std::uint32_t headerFrameNumber(const FrameBlock& block) const;
 
     void shutdown();
+    bool closeToRecorder();
     void releaseRecorder();
     std::uint32_t endCode() const;
     void announceEnd();
@@ -53,6 +54,7 @@ class CaptureThread {
     CWorkerDrawTimming drawWorker_;
     std::optional<CReadEngine> engine_;
     std::optional<FramePath> path_;
+    bool closedToRecorder_ = false;
 };
 
 }  // namespace tavra

@@ -15,9 +15,9 @@ inline bool rawWanted(TAVRA_COMMON_PARAM& camera) {
 }
 
 inline bool previewWanted(TAVRA_COMMON_PARAM& camera) {
-    // Places of the recorder, before these, and of the preview window, behind them.
-    return isActive(camera.previewSnapshot) || !camera.previewBitmapCallbacks.empty() ||
-           !camera.previewGdiCallbacks.empty();
+    // Place of the preview window, behind these.
+    return camera.recording.exists() || isActive(camera.previewSnapshot) ||
+           !camera.previewBitmapCallbacks.empty() || !camera.previewGdiCallbacks.empty();
 }
 
 }  // namespace tavra

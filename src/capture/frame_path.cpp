@@ -6,6 +6,7 @@
 #include "base/pixel_format.h"
 #include "camera/mirror.h"
 #include "capture/consumers.h"
+#include "capture/recording.h"
 #include "capture/roi_pixel_format.h"
 #include "capture/snapshot.h"
 #include "capture/trigger_registers.h"
@@ -71,7 +72,7 @@ FramePath::Image FramePath::workOnFrame() {
     }
     if (class_ != PixelClass::Ycbcr && !turnFrame()) return Image::Abandoned;
     if (!chooseTarget()) return Image::Abandoned;
-    // Raw path only. Place of a recorder that takes raw frames.
+    if (takesRawPath(class_)) recordRaw();
     const Status made = makeImage();
     if (!made.ok()) {
         endRun(made.code());
@@ -87,7 +88,7 @@ void FramePath::finishImage() {
         endRun(platform::lastSystemError());
         return;
     }
-    // Place of a recorder that takes finished images.
+    recordImage();
     if (!servePreviewSnapshot()) {
         run_.goOn = false;
         return;
@@ -258,6 +259,11 @@ bool FramePath::chooseTarget() {
     return true;
 }
 
+// For a raw movie: reduced, balanced, corrected and turned. The rows are dense.
+void FramePath::recordRaw() {
+    record(data_, run_.colorArray, true);
+}
+
 Status FramePath::makeImage() {
     switch (class_) {
         case PixelClass::Bgr:
@@ -308,6 +314,10 @@ bool FramePath::spreadGrey() {
     return spreadGreyInPlace(width_, height_, run_.previewFormat, imagePixels()).ok();
 }
 
+void FramePath::recordImage() {
+    record(imagePixels(), 0, false);
+}
+
 bool FramePath::servePreviewSnapshot() {
     return serveSnapshot(camera_.previewSnapshot, imagePixels(), imageBytes(), run_.frameNumber);
 }
@@ -352,6 +362,13 @@ void FramePath::postFrameFinished() {
     // A full queue loses the message.
     static_cast<void>(platform::postMessage(receiver, TAVRA_MESSAGE_FRAME_FINISHED,
                                             reinterpret_cast<std::uintptr_t>(&camera_), run_.frameNumber));
+}
+
+// Waits while the writer lags. A stream that is there for the recording ends with it.
+void FramePath::record(const std::uint8_t* frame, std::uint32_t tag, bool raw) {
+    if (!camera_.recording.exists()) return;
+    const RecordedFrame recorded{frame, run_.frameNumber, tag, raw, target_->shape()};
+    if (!recordFrame(camera_.recording, recorded)) run_.endAfterFrame = true;
 }
 
 void FramePath::endRun(std::uint32_t code) {

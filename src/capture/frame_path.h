@@ -51,6 +51,7 @@ class FramePath {
     bool turnFrame();
     void narrowWordPixels();
     bool chooseTarget();
+    void recordRaw();
     Status makeImage();
     Status interpolateMosaic();
     Status convertYcbcr();
@@ -58,6 +59,7 @@ class FramePath {
     void releaseBlock();
     bool finishPixels();
     bool spreadGrey();
+    void recordImage();
     bool servePreviewSnapshot();
     void callPreviewBitmapCallbacks();
     bool imageIsShown();
@@ -65,6 +67,7 @@ class FramePath {
     void publish();
     void postFrameFinished();
 
+    void record(const std::uint8_t* frame, std::uint32_t tag, bool raw);
     void endRun(std::uint32_t code);
     std::uint32_t imageBytes() const { return static_cast<std::uint32_t>(target_->shape().bytes()); }
     std::uint8_t* imagePixels() const { return target_->image(chosen_).bitmap.pixels(); }

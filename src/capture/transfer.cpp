@@ -26,6 +26,15 @@ void endStream(TAVRA_COMMON_PARAM& camera) {
     abandonSnapshot(camera.previewSnapshot);
 }
 
+Status beginStream(TAVRA_COMMON_PARAM& camera, bool wanted) {
+    camera.transferWanted = wanted;
+    camera.stopEvent.reset();
+    camera.recording.streamClosed = false;  // the thread that set it is gone
+    const std::lock_guard lock(camera.captureThreadMutex);
+    return camera.captureThread.start("tavra-capture", platform::ThreadPriority::Normal,
+                                      [&camera] { CaptureThread(camera).run(); });
+}
+
 void waitUntilUnused(SnapshotRequest& request) {
     std::unique_lock lock(request.mutex);
     request.callsEnded.wait(lock, [&] { return request.calls == 0; });
@@ -37,11 +46,12 @@ Status startTransfer(TAVRA_COMMON_PARAM& camera, bool wanted, SnapshotRequest* s
     const std::lock_guard operation(camera.transferMutex);
     endStream(camera);
     if (starter != nullptr) expectStream(*starter);
-    camera.transferWanted = wanted;
-    camera.stopEvent.reset();
-    const std::lock_guard lock(camera.captureThreadMutex);
-    return camera.captureThread.start("tavra-capture", platform::ThreadPriority::Normal,
-                                      [&camera] { CaptureThread(camera).run(); });
+    return beginStream(camera, wanted);
+}
+
+Status restartStream(TAVRA_COMMON_PARAM& camera) {
+    endStream(camera);
+    return beginStream(camera, false);
 }
 
 Status stopTransfer(TAVRA_COMMON_PARAM& camera) {

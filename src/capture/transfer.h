@@ -23,4 +23,8 @@ Status stopTransfer(TAVRA_COMMON_PARAM& camera);
 // the stream, to let go of the record.
 void closeTransfer(TAVRA_COMMON_PARAM& camera);
 
+// For a recording, whose start holds the transfer mutex: waits for what is left of a stream, and starts one
+// that lasts as long as somebody wants its frames.
+Status restartStream(TAVRA_COMMON_PARAM& camera);
+
 }  // namespace tavra

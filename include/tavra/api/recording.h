@@ -12,13 +12,12 @@
  *    Tavra_SetAVIPriorityFileFormat();
  *  - avi with another compressor: AVI 1.0 through the platform's codecs;
  *  - smf: the 8-bit mosaic ahead of interpolation, with the settings to develop it later (smf.h); frames of a
- *    mono, BGR or YCbCr transfer format are not recorded. Frames line up for the reader when the preview
- *    pixel format is TAVRA_PIXEL_MONO_8 and the width is a multiple of four.
+ *    mono, BGR or YCbCr transfer format are not recorded.
  *
  *  TAVRA_MESSAGE_RECORDING_PROGRESS tells that the file is open, TAVRA_MESSAGE_RECORDING_ENDED that the
  *  writer has ended and how. The recording ends by Tavra_SetAVIStatus(), by its number of frames, at the
  *  largest size that layout, file system and free space allow (2 GiB for AVI 1.0), by a write error, or with
- *  the stream.
+ *  the stream; a stream that a snapshot started ends with the snapshot.
  */
 #ifndef TAVRA_API_RECORDING_H
 #define TAVRA_API_RECORDING_H
@@ -37,9 +36,11 @@ extern "C" {
  *  \param handle camera
  *  \param fileName name in UTF-16; an existing file is replaced
  *  \param compressor TAVRA_AVI_COMPRESSOR_ code or a FOURCC; for smf it is stored for the conversion
- *  \param framesPerFile frames after which the recording ends, at least 1
+ *  \param framesPerFile frames after which the recording ends, those that the camera lost included; 0 counts
+ *      as 1
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_RECORDING a recording exists already; TAVRA_ERROR_FILE_NAME no dot, or another type;
+ *  \errors TAVRA_ERROR_RECORDING a recording exists already; TAVRA_ERROR_FILE_NAME no name, no dot, or
+ * another type; TAVRA_ERROR_INVALID_ARGUMENT no writer for the compressor, or thinned to nothing;
  *      TAVRA_ERROR_FILE_STREAM the file cannot be opened; TAVRA_ERROR_OUT_OF_MEMORY no memory for a single
  *      frame buffer; TAVRA_ERROR_COMPRESSOR_A to TAVRA_ERROR_COMPRESSOR_D for a codec of the platform;
  *      TAVRA_ERROR_CONTROL_TRANSFER the frame rate could not be read; the operating system's code if no
@@ -74,7 +75,7 @@ TAVRA_API TavraBool Tavra_SaveAVIA(TavraHandle handle, const char* fileName, uin
  */
 TAVRA_API TavraBool Tavra_SetAVIStatus(TavraHandle handle, uint8_t status);
 
-/** Reads how a recording stands.
+/** Reads how a recording stands. Any of the pointers may be null.
  *
  *  \param handle camera
  *  \param[out] status TAVRA_AVI_STATUS_ code; 0 without a recording
@@ -92,7 +93,7 @@ TAVRA_API TavraBool Tavra_GetAVIStatus(TavraHandle handle, uint8_t* status, uint
  *  developed.
  *
  *  \param handle camera
- *  \param size TAVRA_AVI_FRAME_SIZE_ code; above 2 it is stored as 0
+ *  \param size TAVRA_AVI_FRAME_SIZE_ code; above 2 it is stored as 0. 0 at first
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_RECORDING a recording exists
  *  \threads any
@@ -114,7 +115,7 @@ TAVRA_API TavraBool Tavra_GetAVIFrameSize(TavraHandle handle, uint8_t* size);
  *  \param handle camera
  *  \param quality 0 to 100 (finest); above 100 it is stored as 100. 75 at first
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_RECORDING a recording exists
+ *  \errors none of its own
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetAVIQuality(TavraHandle handle, uint32_t quality);
@@ -132,7 +133,7 @@ TAVRA_API TavraBool Tavra_GetAVIQuality(TavraHandle handle, uint32_t* quality);
 /** Sets which AVI layout is preferred, for the next recording.
  *
  *  \param handle camera
- *  \param format TAVRA_AVI_FORMAT_1_0 or TAVRA_AVI_FORMAT_2_0
+ *  \param format TAVRA_AVI_FORMAT_1_0, as at first, or TAVRA_AVI_FORMAT_2_0
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT format above 1
  *  \threads any

@@ -3,8 +3,7 @@
  *
  *  A reader needs no camera. It belongs to one thread at a time and has no last error of its own: a failure
  *  leaves its code as the thread's system error (on Windows: GetLastError()). A file that was cut short opens
- *  as far as whole frames reach. What can be developed is a movie that was recorded under the conditions of
- *  recording.h; of others the frames do not line up.
+ *  as far as whole frames reach.
  */
 #ifndef TAVRA_API_SMF_H
 #define TAVRA_API_SMF_H
@@ -20,7 +19,7 @@ extern "C" {
  *  \param fileName name in UTF-16
  *  \return reader, to be given back with Tavra_SMFCloseFile(); null if the file cannot be opened, or is no
  *      SMF movie
- *  \errors the operating system's code, as the thread's system error
+ *  \errors the operating system's code, as the thread's system error; none for a file that is no SMF movie
  *  \threads any
  */
 TAVRA_API TavraSmfHandle Tavra_SMFOpenFileW(const TavraWChar* fileName);
@@ -45,9 +44,9 @@ TAVRA_API void Tavra_SMFCloseFile(TavraSmfHandle reader);
 /** Reads the length of a movie.
  *
  *  \param reader open movie
- *  \param[out] frameCount receives the whole frames in the file
+ *  \param[out] frameCount receives the whole frames in the file; may be null
  *  \param[out] lastFrameNumber receives the number of the last frame, counted from 0 with frames that were
- *      lost in between
+ *      lost in between; without meaning where frameCount is 0; may be null
  *  \return 1, or 0
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null, as the thread's system error
  *  \threads the reader's thread
@@ -58,8 +57,8 @@ TAVRA_API TavraBool Tavra_GetSMFFileInfo(TavraSmfHandle reader, uint32_t* frameC
 /** Reads how the movie is to be compressed at its conversion.
  *
  *  \param reader open movie
- *  \param[out] compressor TAVRA_AVI_COMPRESSOR_ code or a FOURCC
- *  \param[out] quality 0 to 100
+ *  \param[out] compressor TAVRA_AVI_COMPRESSOR_ code or a FOURCC; may be null
+ *  \param[out] quality 0 to 100; may be null
  *  \return 1, or 0
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null, as the thread's system error
  *  \threads the reader's thread
@@ -70,7 +69,7 @@ TAVRA_API TavraBool Tavra_GetSMFCompressor(TavraSmfHandle reader, uint32_t* comp
  *
  *  \param reader open movie
  *  \param compressor TAVRA_AVI_COMPRESSOR_ code or a FOURCC
- *  \param quality 0 to 100
+ *  \param quality 0 to 100; more counts as 100
  *  \return 1, or 0
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null, as the thread's system error
  *  \threads the reader's thread
@@ -83,14 +82,16 @@ TAVRA_API TavraBool Tavra_SetSMFCompressor(TavraSmfHandle reader, uint32_t compr
  *  \param reader open movie
  *  \param fileName name of the AVI file in UTF-16; an existing file is replaced
  *  \param firstFrame frame to begin with, from 0; one beyond the end writes nothing and succeeds
- *  \param[out] currentFrame receives the number of the frame in work, from 0
+ *  \param[out] currentFrame receives the index of each frame that is done, from 0; may be null
  *  \param progress called after each frame; may be null. If it stops the conversion, the file holds the
  *      frames done so far
  *  \param context handed to progress as it is; may be null
  *  \return 1, also if it was stopped, or if there was no memory for a frame (then nothing is written); 0 on
  *      failure
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null; the code of the file or the compressor as for
- *      Tavra_SaveAVIW(); both as the thread's system error
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null, or a setting in the file is none; 13 sizes in the
+ * file that no image has, or a frame that is no mosaic; 38 the file has become shorter; the code of the file
+ * or the compressor as for Tavra_SaveAVIW(); 112 and other codes of the operating system for the movie that
+ *      is written; all as the thread's system error
  *  \threads the reader's thread; blocks until the file is closed
  */
 TAVRA_API TavraBool Tavra_SMF2AVIW(TavraSmfHandle reader, const TavraWChar* fileName, uint32_t firstFrame,
