@@ -97,6 +97,12 @@ class Camera {
         EXPECT_EQ(got.message, message);
         return got.parameter2;
     }
+    // The next message and its second parameter, whatever it is; 0 for none.
+    std::pair<std::uint32_t, std::uint64_t> next() {
+        test::ReceivedMessage got;
+        EXPECT_TRUE(receiver_.wait(got, kPatienceMs)) << "no message came";
+        return {got.message, got.parameter2};
+    }
     void expectNoMessage() {
         test::ReceivedMessage got;
         EXPECT_FALSE(receiver_.wait(got, 0)) << got.message;
