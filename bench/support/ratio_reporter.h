@@ -12,11 +12,10 @@
 
 namespace tavra::bench {
 
-// What the ratios compare, of the fastest repetition of each side. Processor time is disturbed least by other
-// load on the machine; where both sides wait for a disk, the time on the wall is what counts.
-enum class Measure { ProcessorTime, WallTime };
-
-// Our time, the reference's time, and how many times the reference's rate is wanted.
+// Our time, the reference's time (of the fastest repetition of each; processor time, which other load on the
+// machine disturbs least, or the wall's where both benchmarks ask for it by UseRealTime or take
+// the time themselves), and how many times
+// the reference's rate is wanted.
 //
 // A target that is missed is told. It fails the run only from a quarter of it downwards, which no load of the
 // machine explains and a mistake in the code does.
@@ -41,15 +40,11 @@ inline bool initializeShuffled(int argc, char** argv) {
 // Prints the usual lines, and keeps the fastest repetition of each benchmark.
 class FastestReporter : public benchmark::ConsoleReporter {
   public:
-    explicit FastestReporter(Measure measure = Measure::ProcessorTime) : measure_(measure) {}
-
     void ReportRuns(const std::vector<Run>& runs) override {
         benchmark::ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
             if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-            const double seconds =
-                measure_ == Measure::WallTime ? run.real_accumulated_time : run.cpu_accumulated_time;
-            const double milliseconds = seconds * 1e3 / static_cast<double>(run.iterations);
+            const double milliseconds = secondsOf(run) * 1e3 / static_cast<double>(run.iterations);
             const auto [entry, isNew] = fastest_.emplace(run.run_name.function_name, milliseconds);
             if (!isNew) entry->second = std::min(entry->second, milliseconds);
         }
@@ -79,16 +74,20 @@ class FastestReporter : public benchmark::ConsoleReporter {
     }
 
   private:
-    const Measure measure_;
+    static double secondsOf(const Run& run) {
+        const std::string& clock = run.run_name.time_type;
+        const bool onTheWall = clock == "real_time" || clock == "manual_time";
+        return onTheWall ? run.real_accumulated_time : run.cpu_accumulated_time;
+    }
+
     std::map<std::string, double> fastest_;
 };
 
 // The whole of a benchmark's main function. `addAll` registers both sides of its pairs.
-inline int runPairs(int argc, char** argv, std::vector<Pair> (*addAll)(),
-                    Measure measure = Measure::ProcessorTime) {
+inline int runPairs(int argc, char** argv, std::vector<Pair> (*addAll)()) {
     if (!initializeShuffled(argc, argv)) return 2;
     const std::vector<Pair> pairs = addAll();
-    FastestReporter reporter(measure);
+    FastestReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return reporter.printRatios(pairs) ? 0 : 1;
 }
