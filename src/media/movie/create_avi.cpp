@@ -62,8 +62,13 @@ std::uint32_t CCreateAVI::change(std::uint32_t MovieSettings::*setting, std::uin
 std::uint32_t CCreateAVI::SetFileFormat(std::uint16_t format, std::uint32_t compressor) {
     if (writer_) writer_->Stop();
     status_ = recorder_status::kIdle;
-    writer_ = surroundings_.makeWriter(format, compressor, *surroundings_.files);
+    writer_.reset();
     format_ = format;
+    try {
+        writer_ = surroundings_.makeWriter(format, compressor, *surroundings_.files);
+    } catch (const std::bad_alloc&) {
+        return error::kOutOfMemory;
+    }
     return writer_ ? error::kNone : error::kInvalidArgument;
 }
 

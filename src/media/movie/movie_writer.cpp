@@ -1,7 +1,5 @@
 #include "media/movie/movie_writer.h"
 
-#include <new>
-
 #include "media/movie/avi_file_smf.h"
 #include "media/stills/file_type.h"
 #include "tavra/tavra_types.h"
@@ -20,7 +18,7 @@ std::optional<std::uint16_t> movieFormatOf(std::u16string_view extension, std::u
 
 std::unique_ptr<CAVIFile> makeMovieWriter(std::uint16_t format, std::uint32_t compressor, MovieFiles& files) {
     if (format != movie_format::kSmf) return nullptr;
-    return std::unique_ptr<CAVIFile>(new (std::nothrow) CAVIFileSMF(files, compressor));
+    return std::make_unique<CAVIFileSMF>(files, compressor);
 }
 
 }  // namespace tavra::movie

@@ -22,7 +22,8 @@ inline constexpr std::uint16_t kSmf = 10;
 std::optional<std::uint16_t> movieFormatOf(std::u16string_view extension, std::uint32_t compressor,
                                            bool preferAvi2);
 
-// The writer for a format and a compressor (FOURCC, 0 for none); null if there is none, and without memory.
+// The writer for a format and a compressor (FOURCC, 0 for none); null if there is none. Throws
+// std::bad_alloc.
 std::unique_ptr<CAVIFile> makeMovieWriter(std::uint16_t format, std::uint32_t compressor, MovieFiles& files);
 
 }  // namespace tavra::movie

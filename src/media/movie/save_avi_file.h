@@ -25,7 +25,7 @@ inline constexpr std::uint8_t kPaused = 2;  // frames are counted, not stored
 class ISaveAVIFile : public ISUnknown {
   public:
     // Chooses the writer (movie_writer.h); the one before it goes, with its files. compressor: FOURCC, 0 for
-    // none. 87: there is no such writer.
+    // none. 87: there is no such writer; 8: no memory.
     virtual std::uint32_t SetFileFormat(std::uint16_t format, std::uint32_t compressor) = 0;
     // Movies are 2^shift times smaller than the frames, by leaving out. Not while active.
     virtual std::uint32_t SetFrameSizeShift(std::uint8_t shift) = 0;
@@ -43,7 +43,7 @@ class ISaveAVIFile : public ISUnknown {
     virtual std::uint32_t SetBufferCount(std::uint32_t count) = 0;
     virtual std::uint32_t GetBufferCount(std::uint32_t* count) = 0;
     // The images that WriteFrame gets, by preview pixel format 1, 4 or 8 (87: another). stride: bytes from
-    // row to row, 0 for rows padded to four bytes (of a raw movie: dense).
+    // row to row, 0 for rows padded to four bytes (of a raw movie: dense); the last row has its padding, too.
     virtual std::uint32_t SetImageFormat(std::uint32_t width, std::uint32_t height, std::uint32_t stride,
                                          std::uint32_t previewFormat) = 0;
     // Opens a file and puts it behind those to be filled.

@@ -86,6 +86,14 @@ TEST_F(CreateAvi, HasNoWriterForAnUnknownFormat) {
     plain->Release();
 }
 
+TEST_F(CreateAvi, TellsThatThereIsNoMemoryForAWriter) {
+    {
+        const FailAllocationsFrom none(1);
+        if (recorder->SetFileFormat(kSmf, 0) != 8) std::abort();
+    }
+    EXPECT_EQ(recorder->Start(), 6u);
+}
+
 TEST_F(CreateAvi, RefusesChangesWhileActive) {
     start();
     EXPECT_EQ(recorder->SetFrameSizeShift(1), 12u);

@@ -24,8 +24,8 @@ class ReadSmf : public testing::Test {
         return builder;
     }
     std::uint32_t open(const Bytes& bytes) {
+        reader = std::make_unique<CReadSMF>();  // what was open is closed
         SmfBuilder::write(folder / "a.smf", bytes);
-        reader = std::make_unique<CReadSMF>();
         const Status opened = reader->open(wideName(folder / "a.smf"));
         EXPECT_EQ(reader->lastError(), opened.code());
         return opened.code();

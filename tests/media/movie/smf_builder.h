@@ -57,7 +57,9 @@ class SmfBuilder {
         return all;
     }
 
+    // As a new file: some file systems wait for the disk when an old one is emptied and written again.
     static void write(const std::filesystem::path& path, const Bytes& bytes) {
+        std::filesystem::remove(path);
         std::ofstream file(path, std::ios::binary);
         file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
