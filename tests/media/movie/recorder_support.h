@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "media/movie/create_avi.h"
@@ -116,12 +117,14 @@ class Recorder {
         EXPECT_EQ(object_->WriteFrame(image.data(), number, tag, &ended), 0u);
         EXPECT_EQ(ended, 0u) << "frame " << number;
     }
-    // Frames from `number` on until the writer's end is told; how many were taken.
+    // Frames from `number` on until the writer's end is told, and its status with it; how many were taken.
     std::uint32_t writeUntilEnded(const Bytes& image, std::uint32_t number) {
         for (std::uint32_t taken = 0;; ++taken) {
             std::uint32_t ended = 0;
             EXPECT_EQ(object_->WriteFrame(image.data(), number + taken, 0, &ended), 0u);
-            if (ended != 0) return taken;
+            if (ended == 0) continue;
+            while (status() == 1) std::this_thread::yield();  // the writer's last act
+            return taken;
         }
     }
     std::uint8_t status() const {
