@@ -1,5 +1,6 @@
 /** \file tavra_host.h
- *  What an application needs beside the exported functions on a platform without window messages.
+ *  What an application needs beside the exported functions on a platform without window messages and
+ *  without the system's dialogs.
  *
  *  A receiver is an in-process message queue that can be given wherever the interface takes the window
  *  that is to receive messages (Tavra_SetReceiveMsgWindow()). On Windows the window handle is an HWND and
@@ -66,6 +67,42 @@ TAVRA_API TavraBool TavraHost_WaitMessage(TavraWindow receiver, TavraMessage* me
  *  \threads any
  */
 TAVRA_API int TavraHost_ReceiverFd(TavraWindow receiver);
+
+/** A codec for a movie, as a user chose it. */
+typedef struct TavraCodecChoice {
+    uint32_t compressor;    /**< FOURCC, first character in the low byte */
+    uint32_t quality;       /**< 0 (coarsest) to 100; any other value: that of the recording */
+    uint32_t keyFrameEvery; /**< frames from one key frame to the next; 0: as the codec has it */
+    uint32_t dataRate;      /**< bytes a second, in place of the quality; 0: by the quality */
+} TavraCodecChoice;
+
+/** Lets the user choose the codec of a movie that is about to be recorded.
+ *
+ *  It is called when a recording or a conversion starts with TAVRA_AVI_COMPRESSOR_CHOOSE, once for each, on
+ *  the thread that starts it, which waits for the answer. It may call anything but the camera that is about
+ *  to record.
+ *
+ *  \param context as given to TavraHost_SetCodecChooser()
+ *  \param width pixels of a row of the movie's frames
+ *  \param height rows
+ *  \param bitCount 8: gray, 24: colour
+ *  \param[in,out] choice comes with no compressor, the recording's quality and zeros; receives the answer
+ *  \return 1: chosen. 0: cancelled; the start fails with TAVRA_ERROR_COMPRESSOR_D
+ */
+typedef TavraBool (*TavraCodecChooser)(void* context, uint32_t width, uint32_t height, uint32_t bitCount,
+                                       TavraCodecChoice* choice);
+
+/** Sets the function that is asked for the codec of a movie. There is one for the whole program.
+ *
+ *  On Windows the system's own dialog asks. Without a chooser, here, every such question is cancelled.
+ *
+ *  A call that is under way when another chooser is set goes on with the one before.
+ *
+ *  \param chooser function; null: none any more
+ *  \param context handed to the function as it is
+ *  \threads any
+ */
+TAVRA_API void TavraHost_SetCodecChooser(TavraCodecChooser chooser, void* context);
 
 #ifdef __cplusplus
 }

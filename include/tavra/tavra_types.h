@@ -284,12 +284,13 @@ enum {
 };
 
 /** \name Compressors of a movie
- *  Any other FOURCC, first character in the low byte, names a codec of the platform.
+ *  Any other FOURCC, first character in the low byte, names a codec of the platform: on Windows one that is
+ *  installed for Video for Windows, on Linux one that FFmpeg's libraries can encode and file under it in AVI.
  *  \{
  */
 #define TAVRA_AVI_COMPRESSOR_NONE UINT32_C(0)            /**< uncompressed */
 #define TAVRA_AVI_COMPRESSOR_MJPG UINT32_C(0x47504A4D)   /**< motion-JPEG by the library's own encoder */
-#define TAVRA_AVI_COMPRESSOR_CHOOSE UINT32_C(0xFFFFFFFF) /**< the user chooses in a dialog */
+#define TAVRA_AVI_COMPRESSOR_CHOOSE UINT32_C(0xFFFFFFFF) /**< the user chooses; Linux: tavra_host.h */
 /** \} */
 
 /** State of a recording (Tavra_GetAVIStatus(), Tavra_SetAVIStatus()). */

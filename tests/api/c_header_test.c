@@ -49,10 +49,23 @@ static TavraSmfProgressCallback const progressCallback = onProgress;
 #if !defined(_WIN32)
 _Static_assert(sizeof(TavraMessage) == 24, "layout of a message");
 _Static_assert(offsetof(TavraMessage, parameter2) == 16, "layout of a message");
+_Static_assert(sizeof(TavraCodecChoice) == 16, "layout of a choice");
+
+static TavraBool onCodecQuestion(void* context, uint32_t width, uint32_t height, uint32_t bitCount,
+                                 TavraCodecChoice* choice) {
+    (void)context;
+    (void)width;
+    (void)height;
+    (void)bitCount;
+    choice->quality = 50;
+    return 0;
+}
 
 static int receiverFromC(void) {
     TavraMessage message;
     memset(&message, 0x5A, sizeof message);
+    TavraHost_SetCodecChooser(onCodecQuestion, NULL);
+    TavraHost_SetCodecChooser(NULL, NULL);
     TavraWindow receiver = TavraHost_CreateReceiver();
     if (receiver == NULL) {
         fputs("no receiver\n", stderr);

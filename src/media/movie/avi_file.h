@@ -109,6 +109,9 @@ class CAVIFile : public TavraTrg::CWorker {
     explicit CAVIFile(MovieFiles& files, std::uint64_t sizeLimit = kSizeLimit)
         : files_(files), sizeLimit_(sizeLimit), largestSize_(sizeLimit) {}
 
+    // Whether a file that is opened now is the first of a recording: none runs, and none waits in the queue.
+    bool isFirstFile() const { return ended_.wait(0) && fileQueue_.size() == 0; }
+
     // For the layouts that watch the volume: the limit by its file system and its free room, anew for each
     // file. A file of that name that exists is about to be replaced, so that its bytes count as free.
     void limitSizeByVolume(const std::u16string& fileName);

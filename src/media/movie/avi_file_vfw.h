@@ -1,0 +1,36 @@
+// AVI files whose frames a codec of the platform compresses (platform/codec_movie.h).
+//
+// Belongs to the recorder, as every writer. The platform's framework stays ready for as long as it lives.
+#pragma once
+
+#include <memory>
+
+#include "media/movie/avi_file.h"
+#include "platform/codec_movie.h"
+
+namespace tavra::movie {
+
+class CAVIFileVFW : public CAVIFile {
+  public:
+    // The compressor's code that lets the user choose.
+    static constexpr std::uint32_t kUserChooses = 0xFFFFFFFF;
+
+    explicit CAVIFileVFW(MovieFiles& files) : CAVIFile(files) {}
+    ~CAVIFileVFW() override { Stop(); }
+
+    bool StoresBottomUp() const override { return true; }
+    // The user is asked at the first file of a recording, and the answer holds for those behind it.
+    Status OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) override;
+    Status WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index,
+                      std::uint32_t tag) override;
+    Status CloseFile(FileRecord& record) override;
+
+  private:
+    platform::CodecFramework framework_;
+    platform::CodecChoice choice_;
+};
+
+// Null: out of memory. The codecs write their files themselves; `files` is kept and not used.
+std::unique_ptr<CAVIFile> makeCodecWriter(MovieFiles& files);
+
+}  // namespace tavra::movie
