@@ -24,7 +24,7 @@ using BitmapHeader = std::span<const std::uint8_t>;
 class CodecFramework {
   public:
     CodecFramework();
-    ~CodecFramework();
+    ~CodecFramework();  // NOLINT(performance-trivially-destructible): Windows has something to give back
     CodecFramework(const CodecFramework&) = delete;
     CodecFramework& operator=(const CodecFramework&) = delete;
 };

@@ -15,29 +15,30 @@ extern "C" {
 
 namespace tavra::platform {
 
-#define TAVRA_AVUTIL_FUNCTIONS(USE)                                                                 \
-    USE(av_frame_alloc)                                                                             \
-    USE(av_frame_free)                                                                              \
-    USE(av_frame_unref)                                                                             \
-    USE(av_frame_get_buffer)                                                                        \
-    USE(av_frame_is_writable)                                                                       \
-    USE(av_free)                                                                                    \
-    USE(av_freep)                                                                                   \
-    USE(av_log_set_level)                                                                           \
-    USE(av_malloc) USE(av_opt_find) USE(av_opt_set) USE(av_opt_set_double) USE(av_pix_fmt_desc_get) \
-        USE(av_reduce)
+#define TAVRA_AVUTIL_FUNCTIONS(USE) \
+    USE(av_frame_alloc)             \
+    USE(av_frame_free)              \
+    USE(av_frame_unref)             \
+    USE(av_frame_get_buffer)        \
+    USE(av_frame_is_writable)       \
+    USE(av_free)                    \
+    USE(av_freep)                   \
+    USE(av_log_set_level)           \
+    USE(av_malloc)                  \
+    USE(av_opt_find) USE(av_opt_set) USE(av_opt_set_double) USE(av_pix_fmt_desc_get) USE(av_reduce)
 
-#define TAVRA_AVCODEC_FUNCTIONS(USE)                                                          \
-    USE(av_codec_is_encoder)                                                                  \
-    USE(av_codec_iterate)                                                                     \
-    USE(av_packet_alloc)                                                                      \
-    USE(av_packet_free)                                                                       \
-    USE(av_packet_unref)                                                                      \
-    USE(avcodec_alloc_context3)                                                               \
-    USE(avcodec_descriptor_get)                                                               \
-    USE(avcodec_free_context)                                                                 \
-    USE(avcodec_open2) USE(avcodec_pix_fmt_to_codec_tag) USE(avcodec_parameters_from_context) \
-        USE(avcodec_receive_packet) USE(avcodec_send_frame)
+#define TAVRA_AVCODEC_FUNCTIONS(USE)                                                                   \
+    USE(av_codec_is_encoder)                                                                           \
+    USE(av_codec_iterate)                                                                              \
+    USE(av_packet_alloc)                                                                               \
+    USE(av_packet_free)                                                                                \
+    USE(av_packet_unref)                                                                               \
+    USE(avcodec_alloc_context3)                                                                        \
+    USE(avcodec_descriptor_get)                                                                        \
+    USE(avcodec_free_context)                                                                          \
+    USE(avcodec_open2)                                                                                 \
+    USE(avcodec_pix_fmt_to_codec_tag) USE(avcodec_parameters_from_context) USE(avcodec_receive_packet) \
+        USE(avcodec_send_frame)
 
 #define TAVRA_AVFORMAT_FUNCTIONS(USE)   \
     USE(av_codec_get_id)                \
@@ -52,6 +53,7 @@ namespace tavra::platform {
 #define TAVRA_SWSCALE_FUNCTIONS(USE) USE(sws_freeContext) USE(sws_getContext) USE(sws_scale)
 
 struct Ffmpeg {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the name of a member
 #define TAVRA_DECLARE(name) decltype(&::name) name = nullptr;
     TAVRA_AVUTIL_FUNCTIONS(TAVRA_DECLARE)
     TAVRA_AVCODEC_FUNCTIONS(TAVRA_DECLARE)
