@@ -27,18 +27,18 @@ namespace tavra::platform {
     USE(av_malloc)                  \
     USE(av_opt_find) USE(av_opt_set) USE(av_opt_set_double) USE(av_pix_fmt_desc_get) USE(av_reduce)
 
-#define TAVRA_AVCODEC_FUNCTIONS(USE)                                                                   \
-    USE(av_codec_is_encoder)                                                                           \
-    USE(av_codec_iterate)                                                                              \
-    USE(av_packet_alloc)                                                                               \
-    USE(av_packet_free)                                                                                \
-    USE(av_packet_unref)                                                                               \
-    USE(avcodec_alloc_context3)                                                                        \
-    USE(avcodec_descriptor_get)                                                                        \
-    USE(avcodec_free_context)                                                                          \
-    USE(avcodec_open2)                                                                                 \
-    USE(avcodec_pix_fmt_to_codec_tag) USE(avcodec_parameters_from_context) USE(avcodec_receive_packet) \
-        USE(avcodec_send_frame)
+#define TAVRA_AVCODEC_FUNCTIONS(USE)  \
+    USE(av_codec_is_encoder)          \
+    USE(av_codec_iterate)             \
+    USE(av_packet_alloc)              \
+    USE(av_packet_free)               \
+    USE(av_packet_unref)              \
+    USE(avcodec_alloc_context3)       \
+    USE(avcodec_descriptor_get)       \
+    USE(avcodec_free_context)         \
+    USE(avcodec_open2)                \
+    USE(avcodec_pix_fmt_to_codec_tag) \
+    USE(avcodec_parameters_from_context) USE(avcodec_receive_packet) USE(avcodec_send_frame)
 
 #define TAVRA_AVFORMAT_FUNCTIONS(USE)   \
     USE(av_codec_get_id)                \
