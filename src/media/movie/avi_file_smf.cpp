@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <utility>
 
 #include "base/little_endian.h"
 
@@ -30,7 +29,6 @@ Status CAVIFileSMF::OpenFile(const std::u16string& name, std::unique_ptr<FileRec
     std::unique_ptr<FileRecord> opened(new (std::nothrow) FileRecord);
     if (opened == nullptr) return Status(error::kOutOfMemory);
     opened->name = name;
-    sizeLimit_ = kLargeSizeLimit;
     limitSizeByVolume(name);
     if (!files_.create(name, opened->file).ok()) return Status(error::kFileStream);
     record = std::move(opened);
@@ -43,19 +41,18 @@ Status CAVIFileSMF::WriteFrame(FileRecord& record, std::uint8_t* image, std::uin
     std::array<std::uint8_t, SmfHeader::kFrameHeaderBytes> frameHeader{};
     storeLe32(&frameHeader[0], index);
     storeLe32(&frameHeader[4], tag);
-    failure_ = position_ == 0 ? writeHeader(record) : Status();
-    if (failure_.ok()) failure_ = append(record, frameHeader.data(), frameHeader.size());
-    if (failure_.ok()) failure_ = append(record, image, settings.imageBytes);
+    if (position_ == 0) TAVRA_RETURN_IF_ERROR(writeHeader(record));
+    TAVRA_RETURN_IF_ERROR(append(record, frameHeader.data(), frameHeader.size()));
+    TAVRA_RETURN_IF_ERROR(append(record, image, settings.imageBytes));
     projectedSize_ = position_;
-    return failure_;
+    return {};
 }
 
 // A file that got no frame is a header alone.
 Status CAVIFileSMF::CloseFile(FileRecord& record) {
-    Status result = std::exchange(failure_, Status());
-    if (result.ok() && position_ == 0) result = writeHeader(record);
-    const Status closed = record.file->close();
-    return result.ok() ? closed : result;
+    if (record.firstFailure.ok() && position_ == 0) (void)writeHeader(record);
+    (void)record.keep(record.file->close());
+    return record.firstFailure;
 }
 
 Status CAVIFileSMF::writeHeader(FileRecord& record) {
@@ -64,7 +61,7 @@ Status CAVIFileSMF::writeHeader(FileRecord& record) {
 }
 
 Status CAVIFileSMF::append(FileRecord& record, const void* data, std::size_t size) {
-    TAVRA_RETURN_IF_ERROR(record.file->write(position_, data, size));
+    TAVRA_RETURN_IF_ERROR(record.keep(record.file->write(position_, data, size)));
     position_ += size;
     return {};
 }

@@ -32,7 +32,6 @@ class CAVIFileSMF final : public CAVIFile {
     void completeHeader();
 
     SmfHeader header_;
-    Status failure_;  // the first of the present file
 };
 
 }  // namespace tavra::movie

@@ -1,6 +1,8 @@
 #include "media/movie/movie_writer.h"
 
 #include "media/movie/avi_file_smf.h"
+#include "media/movie/avi_file_vfw.h"
+#include "media/movie/avi_writers.h"
 #include "media/stills/file_type.h"
 #include "tavra/tavra_types.h"
 
@@ -17,8 +19,11 @@ std::optional<std::uint16_t> movieFormatOf(std::u16string_view extension, std::u
 }
 
 std::unique_ptr<CAVIFile> makeMovieWriter(std::uint16_t format, std::uint32_t compressor, MovieFiles& files) {
-    if (format != movie_format::kSmf) return nullptr;
-    return std::make_unique<CAVIFileSMF>(files, compressor);
+    if (format == movie_format::kSmf) return std::make_unique<CAVIFileSMF>(files, compressor);
+    std::unique_ptr<CAVIFile> writer = makeAviWriter(format, compressor, files);
+    if (writer == nullptr && format == movie_format::kAvi1) writer = makeCodecWriter(files);
+    if (writer != nullptr) writer->SetCompressor(compressor);
+    return writer;
 }
 
 }  // namespace tavra::movie
