@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
 #include <string>
 #include <vector>
+
+#include "support/temp_folder.h"
 
 namespace tavra::usbd {
 namespace {
@@ -134,6 +139,62 @@ TEST(HexImage, RefusesABytePastTheImage) {
     EXPECT_EQ(parse(record(0, 63, {1}) + kEnd).result, 0u);
     EXPECT_EQ(parse(record(0, 63, {1, 2}) + kEnd).result, 122u);
     EXPECT_EQ(parse(record(4, 0, {0xFF, 0xFF}) + record(0, 0, {1}) + kEnd).result, 122u);
+}
+
+TEST(HexImage, TheLongestRecordHas255Bytes) {
+    std::vector<std::uint8_t> data(255);
+    for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<std::uint8_t>(i);
+    const Parsed parsed = parse(record(0, 1, data) + kEnd, 256);
+    ASSERT_EQ(parsed.result, 0u);
+    EXPECT_EQ(parsed.length, 256u);
+    EXPECT_EQ(parsed.mask[0], 0);
+    EXPECT_TRUE(std::equal(data.begin(), data.end(), parsed.image.begin() + 1));
+}
+
+TEST(HexImage, ATextCutAnywhereIsNone) {
+    const std::string text = record(4, 0, {0, 0}) + record(0, 0, {1, 2, 3}) + record(5, 0, {0, 0, 0, 1}) +
+                             kEnd.substr(0, kEnd.size() - 2);
+    ASSERT_EQ(parse(text).result, 0u);
+    for (std::size_t size = 0; size < text.size(); ++size) {
+        EXPECT_EQ(parse(text.substr(0, size)).result, 13u) << size;
+    }
+}
+
+TEST(HexImage, ADigitThatChangedShows) {
+    const std::string text = record(0, 0x12, {0x10, 0x0F, 0xA5}) + kEnd;
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        if (std::isxdigit(static_cast<unsigned char>(text[at])) == 0) continue;
+        for (const char digit : {'0', '1', '7', 'F'}) {
+            if (digit == text[at]) continue;
+            std::string changed = text;
+            changed[at] = digit;
+            EXPECT_EQ(parse(changed).result, 13u) << at << " to " << digit;
+        }
+    }
+}
+
+// What firmware/make_image.cmake promises, and nothing else.
+TEST(ShippedFirmware, HoldsItsNameAPatternAndItsType) {
+    for (const unsigned type : {773u, 1541u, 1797u, 2053u}) {
+        const auto bytes =
+            test::readFile(std::string(TAVRA_SHIPPED_FIRMWARE) + "/" + std::to_string(type) + ".hex");
+        const Parsed parsed = parse(std::string(bytes.begin(), bytes.end()), 16384);
+        ASSERT_EQ(parsed.result, 0u) << type;
+        EXPECT_EQ(parsed.length, 16384u);
+        std::vector<std::uint8_t> image(16384), mask(16384);
+        const std::string name = "Firmware of the virtual camera, type " + std::to_string(type);
+        std::copy(name.begin(), name.end(), image.begin());
+        std::fill_n(mask.begin(), name.size() + 1, std::uint8_t{1});
+        for (unsigned address = 0x100; address < 0x300; ++address) {
+            image[address] = static_cast<std::uint8_t>(address + type);
+            mask[address] = 1;
+        }
+        image[0x3FFE] = static_cast<std::uint8_t>(type);
+        image[0x3FFF] = static_cast<std::uint8_t>(type / 256);
+        mask[0x3FFE] = mask[0x3FFF] = 1;
+        EXPECT_EQ(parsed.image, image) << type;
+        EXPECT_EQ(parsed.mask, mask) << type;
+    }
 }
 
 }  // namespace
