@@ -4,6 +4,7 @@
 
 #include "api/call.h"
 #include "camera/open_camera.h"
+#include "camera/open_firmware.h"
 #include "capture/transfer.h"
 #include "platform/text.h"
 #include "tavra/tavra_api.h"
@@ -76,6 +77,15 @@ TavraHandle Tavra_OpenByDevicePathA(const char* path) {
         return openByPath(platform::toWide(path),
                           [&](const platform::UsbAccess& usb) { return usb.openByPathA(path); });
     });
+}
+
+TavraHandle Tavra_OpenFW(std::uint32_t userId, std::uint32_t* count) {
+    if (count == nullptr) {
+        globalLastError = error::kInvalidArgument;
+        return nullptr;
+    }
+    *count = 0;
+    return openSafely([&] { return openWithFirmware(userId, *count); });
 }
 
 void Tavra_Close(TavraHandle handle) {

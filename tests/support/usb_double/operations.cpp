@@ -51,6 +51,14 @@ TavraUsbDevice openPath(const std::u16string& path) {
     return 0;
 }
 
+// The next of the errors that were ordered, 0 behind the last.
+std::uint32_t takeFront(std::deque<std::uint32_t>& errors) {
+    if (errors.empty()) return 0;
+    const std::uint32_t error = errors.front();
+    errors.pop_front();
+    return error;
+}
+
 // Bytes first to last of a memory, both inclusive.
 std::uint32_t accessMemory(Bytes& memory, std::uint32_t error, std::uint32_t first, std::uint32_t last,
                            void* out, const void* in, std::uint32_t* transferred) {
@@ -210,18 +218,33 @@ USB_DOUBLE_API int32_t UsbWriteControllerMemory(TavraUsbDevice, uint32_t, uint32
     return give(kNotFunctioning);
 }
 
-USB_DOUBLE_API int32_t UsbDownloadFirmware(TavraUsbDevice device, const uint8_t*, const uint8_t*,
+USB_DOUBLE_API int32_t UsbDownloadFirmware(TavraUsbDevice device, const uint8_t* image, const uint8_t* mask,
                                            uint32_t length, uint32_t* result) {
     return onCamera(device, [&](DoubleCamera& camera) {
         usbDouble().record("UsbDownloadFirmware", {length});
         *result = camera.firmwareResult;
+        if (camera.gone) return kNotConnected;
+        if (const std::uint32_t error = takeFront(camera.firmwareErrors); error != 0) return error;
+        camera.firmware.assign(image, image + length);
+        camera.firmwareMask.assign(mask, mask + length);
+        camera.setIdentity16(8, camera.loadedRevision);
+        camera.gone = camera.goneWhenLoaded;
         return std::uint32_t{0};
     });
 }
 
-// Firmware images are none of the double's business: no test parses one through it.
-USB_DOUBLE_API int32_t UsbParseHexImage(const char*, uint32_t, uint8_t*, uint8_t*, uint32_t, uint32_t*) {
-    return give(kNotFunctioning);
+USB_DOUBLE_API int32_t UsbParseHexImage(const char* text, uint32_t textLength, uint8_t* image, uint8_t* mask,
+                                        uint32_t capacity, uint32_t* length) {
+    const std::lock_guard lock(usbDouble().mutex());
+    usbDouble().record("UsbParseHexImage", {textLength, capacity});
+    usbDouble().hexText.assign(text, textLength);
+    if (const std::uint32_t error = takeFront(usbDouble().hexImageErrors); error != 0) return give(error);
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        image[i] = static_cast<std::uint8_t>(i + 1);
+        mask[i] = i == 2 ? 0 : 1;
+    }
+    *length = 4;
+    return 1;
 }
 
 USB_DOUBLE_API int32_t UsbParseSecondImage(const uint8_t*, const uint8_t*, uint32_t, uint8_t*, uint32_t,
@@ -241,10 +264,7 @@ USB_DOUBLE_API int32_t UsbBeginRead(TavraUsbDevice device) {
     return onCamera(device, [&](DoubleCamera& camera) {
         usbDouble().record("UsbBeginRead", {});
         if (camera.gone) return kNotConnected;
-        if (camera.beginReadErrors.empty()) return std::uint32_t{0};
-        const std::uint32_t error = camera.beginReadErrors.front();
-        camera.beginReadErrors.pop_front();
-        return error;
+        return takeFront(camera.beginReadErrors);
     });
 }
 

@@ -26,6 +26,8 @@ void UsbDouble::reset() {
     calls_.clear();
     faults_.clear();
     endOfEnumerationError = 2;
+    hexImageErrors.clear();
+    hexText.clear();
 }
 
 DoubleCamera& UsbDouble::addCamera(DoubleCamera camera) {

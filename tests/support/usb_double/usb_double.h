@@ -131,6 +131,14 @@ struct DoubleCamera {
     std::uint32_t i2cError = 0;
     std::uint32_t firmwareResult = 0;
 
+    // Firmware loads. One that succeeds keeps what came and gives the camera its new revision, or takes it
+    // off the bus.
+    std::deque<std::uint32_t>
+        firmwareErrors;  // one for each UsbDownloadFirmware, 0: succeeds; empty: likewise
+    Bytes firmware, firmwareMask;
+    std::uint16_t loadedRevision = 16;
+    bool goneWhenLoaded = false;
+
     // The stream.
     std::deque<std::uint32_t> beginReadErrors;  // one for each UsbBeginRead, 0: succeeds; empty: succeeds
     std::deque<std::uint32_t> startReadErrors;  // likewise for UsbStartRead
@@ -158,6 +166,11 @@ class UsbDouble {
     DoubleCamera& camera(std::size_t index = 0) { return cameras_.at(index); }
     // Error of an open behind the last camera.
     std::uint32_t endOfEnumerationError = 2;
+
+    // UsbParseHexImage: keeps the text, and makes an image of four bytes 1, 2, 3, 4 of which the third is a
+    // gap.
+    std::deque<std::uint32_t> hexImageErrors;  // one for each call, 0: succeeds; empty: succeeds
+    std::string hexText;
 
     // Runs with the double's lock held.
     template <typename Function>

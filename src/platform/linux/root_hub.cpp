@@ -1,0 +1,102 @@
+#include "platform/root_hub.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/last_error.h"
+
+namespace tavra::platform {
+namespace {
+
+constexpr const char* kDevicesFolder = "/sys/bus/usb/devices";
+constexpr unsigned kHighSpeed = 480;  // Mbit/s
+
+// A file of a device's folder.
+class Attribute {
+  public:
+    Attribute(const std::string& name, int mode) : descriptor_(::open(name.c_str(), mode | O_CLOEXEC)) {}
+    ~Attribute() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+    Attribute(const Attribute&) = delete;
+    Attribute& operator=(const Attribute&) = delete;
+
+    // The number at its start; 0 if it cannot be read or has none. Fractions are cut off: "1.5" is 1.
+    unsigned number() const {
+        std::array<char, 16> text{};
+        const ssize_t got = descriptor_ >= 0 ? ::read(descriptor_, text.data(), text.size()) : -1;
+        unsigned value = 0;
+        if (got > 0) std::from_chars(text.data(), text.data() + got, value);
+        return value;
+    }
+
+    // False with errno, be it that of the opening.
+    bool write(char digit) const { return descriptor_ >= 0 && ::write(descriptor_, &digit, 1) == 1; }
+
+  private:
+    int descriptor_;
+};
+
+// The number of the bus whose root hub has this name: usb7 is 7.
+std::optional<unsigned> busOfRootHub(std::string_view name) {
+    constexpr std::string_view kPrefix = "usb";
+    if (!name.starts_with(kPrefix)) return std::nullopt;
+    unsigned bus = 0;
+    const char* const end = name.data() + name.size();
+    const auto [last, failed] = std::from_chars(name.data() + kPrefix.size(), end, bus);
+    if (failed != std::errc() || last != end) return std::nullopt;
+    return bus;
+}
+
+// The buses, in rising order. A machine without USB has none.
+Status listBuses(const std::string& devicesFolder, std::vector<unsigned>& buses) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(devicesFolder.c_str()), &::closedir);
+    if (folder == nullptr) return errno == ENOENT ? Status() : failWith(errorFromErrno(errno));
+    while (const dirent* const entry = ::readdir(folder.get())) {
+        if (const auto bus = busOfRootHub(entry->d_name)) buses.push_back(*bus);
+    }
+    std::sort(buses.begin(), buses.end());
+    return Status();
+}
+
+Status writeAttribute(const std::string& name, char digit) {
+    const Attribute attribute(name, O_WRONLY);
+    return attribute.write(digit) ? Status() : failWith(errorFromErrno(errno));
+}
+
+// Deauthorised, the hub gives up everything on it; authorised again, it looks for its devices anew.
+Status restart(const std::string& hub) {
+    TAVRA_RETURN_IF_ERROR(writeAttribute(hub + "/authorized", '0'));
+    return writeAttribute(hub + "/authorized", '1');
+}
+
+}  // namespace
+
+Status resetHighSpeedRootHubs(const std::string& devicesFolder) {
+    std::vector<unsigned> buses;
+    TAVRA_RETURN_IF_ERROR(listBuses(devicesFolder, buses));
+    Status result;
+    for (const unsigned bus : buses) {
+        const std::string hub = devicesFolder + "/usb" + std::to_string(bus);
+        if (Attribute(hub + "/speed", O_RDONLY).number() < kHighSpeed) continue;
+        if (const Status restarted = restart(hub); !restarted.ok()) result = restarted;
+    }
+    return result;
+}
+
+Status resetHighSpeedRootHubs() {
+    return resetHighSpeedRootHubs(kDevicesFolder);
+}
+
+}  // namespace tavra::platform

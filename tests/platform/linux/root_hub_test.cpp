@@ -1,0 +1,113 @@
+// Root hubs in a folder made up as sysfs has them. What a hub is told is collected by a pipe in the place of
+// its attribute.
+#include "platform/root_hub.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/fsuid.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+#include <map>
+#include <string>
+
+#include "support/temp_folder.h"
+
+namespace tavra::platform {
+namespace {
+
+class RootHubs : public testing::Test {
+  protected:
+    ~RootHubs() override {
+        for (const auto& [name, pipe] : pipes) close(pipe);
+    }
+
+    void addDevice(const std::string& name, const std::string& speed) {
+        std::filesystem::create_directory(folder / name);
+        if (!speed.empty()) std::ofstream(folder / name / "speed") << speed;
+    }
+    void addPipe(const std::string& name) {
+        const std::string file = (folder / name / "authorized").string();
+        ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+        pipes[name] = open(file.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        ASSERT_GE(pipes[name], 0);
+    }
+    void addHub(const std::string& name, const std::string& speed) {
+        addDevice(name, speed);
+        addPipe(name);
+    }
+    // All that was written since the last look.
+    std::string told(const std::string& name) {
+        std::array<char, 16> text;
+        const ssize_t got = read(pipes.at(name), text.data(), text.size());
+        return got > 0 ? std::string(text.data(), static_cast<std::size_t>(got)) : std::string();
+    }
+    std::uint32_t reset() { return resetHighSpeedRootHubs(folder.path().string()).code(); }
+
+    test::TempFolder folder;
+    std::map<std::string, int> pipes;
+};
+
+TEST_F(RootHubs, ThoseOfHighSpeedAndAboveAreSwitchedOffAndOnAgain) {
+    for (const auto& [name, speed] : {std::pair{"usb1", "480\n"},
+                                      {"usb2", "5000\n"},
+                                      {"usb3", "12\n"},
+                                      {"usb4", "1.5\n"},
+                                      {"usb10", "20000"},
+                                      {"usb11", "479\n"},
+                                      {"usb12", "nonsense\n"},
+                                      {"usb13", ""}}) {
+        addHub(name, speed);
+    }
+    EXPECT_EQ(reset(), 0u);
+    EXPECT_EQ(told("usb1"), "01");
+    EXPECT_EQ(told("usb2"), "01");
+    EXPECT_EQ(told("usb10"), "01");
+    for (const char* const slow : {"usb3", "usb4", "usb11", "usb12", "usb13"})
+        EXPECT_EQ(told(slow), "") << slow;
+}
+
+TEST_F(RootHubs, WhatIsNoRootHubIsLeftAlone) {
+    for (const char* const name : {"1-1", "1-0:1.0", "usb", "usb1x", "xusb1", "usb-1", "2-1.4"}) {
+        addHub(name, "5000\n");
+    }
+    EXPECT_EQ(reset(), 0u);
+    for (const auto& [name, pipe] : pipes) EXPECT_EQ(told(name), "") << name;
+}
+
+TEST_F(RootHubs, AMachineWithoutAnyIsNoFailure) {
+    EXPECT_EQ(reset(), 0u);
+    EXPECT_EQ(resetHighSpeedRootHubs((folder / "nowhere").string()).code(), 0u);
+}
+
+TEST_F(RootHubs, AFolderThatIsNoneIsAFailure) {
+    std::ofstream(folder / "file") << "x";
+    EXPECT_EQ(resetHighSpeedRootHubs((folder / "file").string()).code(), 3u);
+}
+
+TEST_F(RootHubs, AHubThatFailsDoesNotSpareTheOthers) {
+    addHub("usb1", "480\n");
+    addDevice("usb2", "480\n");  // no such attribute
+    addHub("usb3", "480\n");
+    EXPECT_EQ(reset(), 2u);
+    EXPECT_EQ(told("usb1"), "01");
+    EXPECT_EQ(told("usb3"), "01");
+}
+
+// Rights of files do not bind root, so this thread looks at them as nobody.
+TEST_F(RootHubs, WithoutTheRightItFailsWith5AndTouchesNothing) {
+    std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+    addDevice("usb1", "480\n");
+    std::ofstream(folder / "usb1" / "authorized") << "1";
+    std::filesystem::permissions(folder / "usb1" / "authorized", std::filesystem::perms(0444));
+    const int owner = setfsuid(65534);
+    const std::uint32_t code = reset();
+    setfsuid(static_cast<uid_t>(owner));
+    EXPECT_EQ(code, 5u);
+    EXPECT_EQ(test::readFile(folder / "usb1" / "authorized"), (std::vector<std::uint8_t>{'1'}));
+}
+
+}  // namespace
+}  // namespace tavra::platform
