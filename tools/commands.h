@@ -13,6 +13,8 @@ void addStream(CLI::App& app);
 void addWatch(CLI::App& app);
 void addCalibrate(CLI::App& app);
 void addGetAndSet(CLI::App& app);
+void addFirmware(CLI::App& app);
+void addResetHubs(CLI::App& app);
 void addDoctor(CLI::App& app);
 
 // "tavra 0.1.0", and the version of the USB access library.

@@ -22,6 +22,8 @@ int run(int argc, char** argv) {
     addWatch(app);
     addCalibrate(app);
     addGetAndSet(app);
+    addFirmware(app);
+    addResetHubs(app);
     addDoctor(app);
     try {
         app.parse(argc, argv);
