@@ -20,6 +20,7 @@ int run(int argc, char** argv) {
     addSnap(app);
     addStream(app);
     addWatch(app);
+    addProbe(app);
     addCalibrate(app);
     addGetAndSet(app);
     addFirmware(app);
