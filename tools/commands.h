@@ -11,6 +11,8 @@ void addInfo(CLI::App& app);
 void addSnap(CLI::App& app);
 void addStream(CLI::App& app);
 void addWatch(CLI::App& app);
+void addRecord(CLI::App& app);
+void addConvert(CLI::App& app);
 void addProbe(CLI::App& app);
 void addCalibrate(CLI::App& app);
 void addGetAndSet(CLI::App& app);

@@ -20,6 +20,8 @@ int run(int argc, char** argv) {
     addSnap(app);
     addStream(app);
     addWatch(app);
+    addRecord(app);
+    addConvert(app);
     addProbe(app);
     addCalibrate(app);
     addGetAndSet(app);

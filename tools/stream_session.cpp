@@ -30,11 +30,16 @@ Receiver::Receiver() : window_(TavraHost_CreateReceiver()) {
     if (window_ == nullptr) throw Failure("no memory or descriptors for the messages of the camera");
 }
 
-std::optional<std::uint32_t> Receiver::wait(std::uint32_t message, std::uint32_t timeoutMs) const {
+std::optional<TavraMessage> Receiver::next(std::uint32_t timeoutMs) const {
     TavraMessage received{};
     if (!TavraHost_WaitMessage(window_, &received, timeoutMs)) return std::nullopt;
-    if (received.message != message) return std::nullopt;
-    return static_cast<std::uint32_t>(received.parameter2);
+    return received;
+}
+
+std::optional<std::uint32_t> Receiver::wait(std::uint32_t message, std::uint32_t timeoutMs) const {
+    const auto received = next(timeoutMs);
+    if (!received || received->message != message) return std::nullopt;
+    return static_cast<std::uint32_t>(received->parameter2);
 }
 
 StreamSession::StreamSession(const Camera& camera) : camera_(camera) {

@@ -25,6 +25,8 @@ class Receiver {
 
     TavraWindow window() const { return window_; }
 
+    // Waits at most so long for a message.
+    std::optional<TavraMessage> next(std::uint32_t timeoutMs) const;
     // Waits for the message at most so long; others are dropped. Its second parameter.
     std::optional<std::uint32_t> wait(std::uint32_t message, std::uint32_t timeoutMs) const;
 

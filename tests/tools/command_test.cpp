@@ -175,7 +175,7 @@ TEST_F(CommandTest, AWrongCommandLineIsExitCode2WithHelp) {
 TEST_F(CommandTest, HelpAndVersionSucceed) {
     EXPECT_NE(run("--help").output.find("Exit codes"), std::string::npos);
     EXPECT_EQ(run("--version").output, "tavra " TAVRA_VERSION "\n");
-    for (const char* name : {"list", "info", "snap", "stream", "watch", "probe",
+    for (const char* name : {"list", "info", "snap", "stream", "watch", "record", "convert", "probe",
                              "calibrate", "get", "set", "doctor"}) {
         EXPECT_EQ(run(std::string(name) + " --help").exitCode, 0) << name;
     }
