@@ -1,0 +1,30 @@
+// Files that are read at once and replaced at once: settings and what else must survive a crash.
+//
+// The name is wide, as in the interface. Any thread; two that replace one file leave the bytes of one of
+// them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "base/status.h"
+
+namespace tavra::platform {
+
+// Everything in the file. 2 or 3: there is no such file; 5: it may not be read, or is no plain file. Throws
+// std::bad_alloc.
+Status readWholeFile(const std::u16string& name, std::vector<std::uint8_t>& bytes);
+
+// Makes the file, or replaces what it holds: whoever reads it, and whatever ends the process or the machine,
+// finds either all of the old bytes or all of the new ones. They are written to a temporary file in the same
+// folder and on the disk before that one takes the name. A file that is marked read-only stays (5).
+Status replaceWholeFile(const std::u16string& name, std::span<const std::uint8_t> bytes);
+
+// Whether a failure of readWholeFile says that there is nothing to read.
+constexpr bool saysNoSuchFile(Status status) {
+    return status.code() == 2 || status.code() == 3;
+}
+
+}  // namespace tavra::platform
