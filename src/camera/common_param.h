@@ -146,6 +146,7 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     std::uint8_t secondInterpolationByte = 3;
     std::atomic<std::uint8_t> mirrorMode{0};  // low nibble: software; high nibble: by the camera
     std::atomic<std::uint8_t> rotationMode{0};
+    std::atomic<std::uint32_t> settingFileMode{0};  // which parts setting files leave alone
     ImageSize previewMask;
     ImageSize previewDestination;
 

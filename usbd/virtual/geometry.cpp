@@ -148,6 +148,10 @@ bool Geometry::write(std::span<const std::uint8_t> record) {
     constexpr std::size_t kShortest = 24;  // up to the scan mode
     if (record.size() < kShortest) return false;
     regions_[0] = loadRegion(&record[6]);
+    if (regions_[0].width == 0 && regions_[0].height == 0) {
+        regions_[0].width = readableWidth();
+        regions_[0].height = readableHeight();
+    }
     // By design: region 0 is always sent, so that the image size of the record is that of a frame with one
     // region.
     regions_[0].enabled = true;

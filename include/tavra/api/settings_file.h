@@ -22,13 +22,16 @@
 extern "C" {
 #endif
 
-/** Saves the camera's settings. A file that exists is updated key by key.
+/** Saves the camera's settings. Of a file that exists the keys get their new values; other sections,
+ * comments, order, line ends and encoding stay.
+ *
+ *  The file is read once and replaced whole: a crash at any moment, or a failure, leaves the old one.
  *
  *  \param handle camera
  *  \param fileName name in UTF-16
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; the code of a getter that failed; the operating
- *      system's code if the file cannot be written. Keys written before stay
+ *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; TAVRA_ERROR_FILE_NAME null or empty; the code of a
+ *      getter that failed; the operating system's code if the file cannot be read or written
  *  \threads any, not in a callback; the camera's settings must not change meanwhile
  */
 TAVRA_API TavraBool Tavra_SaveSettingFileW(TavraHandle handle, const TavraWChar* fileName);
@@ -38,13 +41,15 @@ TAVRA_API TavraBool Tavra_SaveSettingFileW(TavraHandle handle, const TavraWChar*
  *  A key that is missing, or whose text is no number, leaves the present value. So a file that does not
  *  exist, or is for another camera type, succeeds and changes nothing, except the display mode: it becomes 0
  *  where its key is missing, and is set only while there is no preview window. The image size is set twice
- *  over, so that settings that limit each other land.
+ *  over, so that settings that limit each other land. Numbers are decimal without a sign where the value has
+ *  none; those with bit 31 set are not read back, and an empty text is 0.
  *
  *  \param handle camera
  *  \param fileName name in UTF-16
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; the code of a setter that refused a value: what was
- *      set before stays set
+ *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; TAVRA_ERROR_FILE_NAME null or empty; the operating
+ *      system's code if a file is there and cannot be read; the code of a getter that failed, or of a setter
+ *      that refused a value: what was set before stays set
  *  \threads as Tavra_SaveSettingFileW()
  */
 TAVRA_API TavraBool Tavra_LoadSettingFileW(TavraHandle handle, const TavraWChar* fileName);
@@ -54,8 +59,7 @@ TAVRA_API TavraBool Tavra_LoadSettingFileW(TavraHandle handle, const TavraWChar*
  *  \param handle camera
  *  \param fileName name in the system code page
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_SaveSettingFileW(); TAVRA_ERROR_OUT_OF_MEMORY no memory; TAVRA_ERROR_FILE_NAME the name
- *      does not convert
+ *  \errors as Tavra_SaveSettingFileW(); TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads as Tavra_SaveSettingFileW()
  */
 TAVRA_API TavraBool Tavra_SaveSettingFileA(TavraHandle handle, const char* fileName);
@@ -65,8 +69,7 @@ TAVRA_API TavraBool Tavra_SaveSettingFileA(TavraHandle handle, const char* fileN
  *  \param handle camera
  *  \param fileName name in the system code page
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_LoadSettingFileW(); TAVRA_ERROR_OUT_OF_MEMORY no memory; TAVRA_ERROR_FILE_NAME the name
- *      does not convert
+ *  \errors as Tavra_LoadSettingFileW(); TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads as Tavra_SaveSettingFileW()
  */
 TAVRA_API TavraBool Tavra_LoadSettingFileA(TavraHandle handle, const char* fileName);

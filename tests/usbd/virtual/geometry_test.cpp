@@ -51,6 +51,7 @@ TEST(Geometry, WhatAHostAsksForIsMadeToFit) {
     EXPECT_EQ(result(askFor(0, 0, 5000, 5000)), (Region{0, 0, 1000, 600, true}));
     EXPECT_EQ(result(askFor(990, 599, 64, 64)), (Region{936, 536, 64, 64, true})) << "moved into the sensor";
     EXPECT_EQ(result(askFor(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0)), (Region{0, 596, 1000, 4, true}));
+    EXPECT_EQ(result(askFor(0, 0, 0, 0)), (Region{0, 0, 1000, 600, true})) << "all of the sensor";
     EXPECT_FALSE(geometry.write(std::vector<std::uint8_t>(23)));
 }
 

@@ -1,0 +1,77 @@
+#include "settings/setting_file.h"
+
+#include <string_view>
+#include <vector>
+
+#include "platform/profile_file.h"
+#include "settings/walk.h"
+
+namespace tavra {
+namespace {
+
+bool done(ISettingCamera& camera, Status status) {
+    camera.noteFailure(status);
+    return status.ok();
+}
+
+std::u16string sectionName(const WalkCamera& camera, std::string_view section) {
+    return std::u16string(section.begin(), section.end()) + camera.suffix();
+}
+
+bool save(const WalkCamera& camera, const Group& group, platform::ProfileText& text) {
+    std::vector<std::uint32_t> values(camera.size(group));
+    if (!group.access.get(camera.camera(), values)) return false;
+    const std::u16string section = sectionName(camera, group.section);
+    std::size_t at = 0;
+    forEachKey(camera, group, [&](const Key& key, std::uint32_t index) {
+        text.set(section, keyName(key, index), textOf(key.form, values[at++]));
+    });
+    return true;
+}
+
+// What the section has for the group; `values` are the defaults.
+void read(const WalkCamera& camera, const Group& group, const std::u16string& section,
+          platform::ProfileText& text, std::vector<std::uint32_t>& values) {
+    std::size_t at = 0;
+    forEachKey(camera, group, [&](const Key& key, std::uint32_t index) {
+        const auto found = text.find(section, keyName(key, index));
+        if (found) values[at] = valueOf(key.form, *found, values[at]);
+        ++at;
+    });
+}
+
+bool load(const WalkCamera& camera, const Group& group, platform::ProfileText& text) {
+    std::vector<std::uint32_t> values(camera.size(group));
+    if (!group.access.get(camera.camera(), values)) return false;
+    if (group.defaults != nullptr) group.defaults(values);
+    const std::vector<std::uint32_t> defaults = values;
+    read(camera, group, sectionName(camera, group.section), text, values);
+    if (group.secondSection != nullptr && values == defaults) {
+        read(camera, group, sectionName(camera, group.secondSection), text, values);
+    }
+    return group.access.set(camera.camera(), values);
+}
+
+}  // namespace
+
+bool saveSettingFile(ISettingCamera& camera, const std::u16string& name) {
+    platform::ProfileText text;
+    if (!done(camera, platform::readProfile(name, text))) return false;
+    const WalkCamera walker(camera);
+    for (const Group& group : settingWalk()) {
+        if (walker.has(group) && !save(walker, group, text)) return false;
+    }
+    return done(camera, platform::writeProfile(name, text));
+}
+
+bool loadSettingFile(ISettingCamera& camera, const std::u16string& name) {
+    platform::ProfileText text;
+    if (!done(camera, platform::readProfile(name, text))) return false;
+    const WalkCamera walker(camera);
+    for (const Group& group : settingWalk()) {
+        if (walker.has(group) && !load(walker, group, text)) return false;
+    }
+    return true;
+}
+
+}  // namespace tavra

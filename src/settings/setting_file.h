@@ -1,0 +1,23 @@
+// Setting files: everything that was set on a camera, in a text file of sections and keys. The camera's
+// stream must not run.
+#pragma once
+
+#include <string>
+
+#include "settings/setting_camera.h"
+
+namespace tavra {
+
+// Both give false on a failure, which then is the last error of the handle.
+
+// Writes the file once, whole; when a getter fails, or the file cannot be written, it stays as it was.
+bool saveSettingFile(ISettingCamera& camera, const std::u16string& name);
+
+// Reads the file once, and sets group after group. Ends at the first setter that fails; what was set before
+// stays.
+bool loadSettingFile(ISettingCamera& camera, const std::u16string& name);
+
+// Sets the defaults. Ends at the first setter that fails.
+bool resetSettings(ISettingCamera& camera);
+
+}  // namespace tavra
