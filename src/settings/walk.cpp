@@ -19,21 +19,13 @@ std::u16string widened(std::string_view ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-// Four upper-case hexadecimal digits.
-std::u16string hexadecimal(std::uint32_t word) {
-    constexpr std::u16string_view kDigits = u"0123456789ABCDEF";
-    std::u16string text;
-    for (int shift = 12; shift >= 0; shift -= 4) text += kDigits[word >> shift & 15];
-    return text;
-}
-
 std::u16string suffixOf(ISettingCamera& camera) {
     std::uint16_t vendor = 0, type = 0, hardware = 0, firmware = 0;
     std::uint32_t samePid = 0;
     Tavra_GetCameraVersion(camera.handle(), &vendor, &type, &hardware, &firmware);
     Tavra_GetSamePIDCameraType(camera.handle(), &samePid);
-    std::u16string suffix = u"-" + hexadecimal(type);
-    if (!camera.legacy() && samePid != 0) suffix += u"-" + hexadecimal(samePid);
+    std::u16string suffix = u"-" + hexadecimalWord(type);
+    if (!camera.legacy() && samePid != 0) suffix += u"-" + hexadecimalWord(samePid);
     return suffix;
 }
 
@@ -116,6 +108,13 @@ std::size_t WalkCamera::size(const Group& group) const {
     std::size_t count = 0;
     for (const Block& block : group.blocks) count += times(block.times) * block.keys.size();
     return count;
+}
+
+std::u16string hexadecimalWord(std::uint32_t word) {
+    constexpr std::u16string_view kDigits = u"0123456789ABCDEF";
+    std::u16string text;
+    for (int shift = 12; shift >= 0; shift -= 4) text += kDigits[word >> shift & 15];
+    return text;
 }
 
 std::u16string keyName(const Key& key, std::uint32_t index) {

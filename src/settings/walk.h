@@ -104,6 +104,9 @@ class WalkCamera {
     bool color_ = false;
 };
 
+// Four upper-case hexadecimal digits, as product types stand in names.
+std::u16string hexadecimalWord(std::uint32_t word);
+
 // The name of a key in the file.
 std::u16string keyName(const Key& key, std::uint32_t index);
 

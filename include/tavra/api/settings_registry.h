@@ -11,7 +11,12 @@
  *  and table of all gamma curves, sharpness, interpolation, mirror and rotation. It holds neither clock
  *  frequency nor image sizes, nor brightness and contrast of the curves: a load sets those two to 0.
  *
- *  Text of the A forms is in the system code page, names and file names of at most 258 characters.
+ *  Names of settings have at most 255 characters; capitals and small letters are the same name. Text of the A
+ *  forms is in the system code page, names and file names of at most 258 characters.
+ *
+ *  The database is shared by all processes of the user, and a call changes all of what it changes or nothing.
+ *  It is waited for up to five seconds while another process holds it (then code 170); one that is damaged or
+ *  of another form (1009), or of a newer version (1306), is refused and never written.
  */
 #ifndef TAVRA_API_SETTINGS_REGISTRY_H
 #define TAVRA_API_SETTINGS_REGISTRY_H
@@ -22,13 +27,16 @@
 extern "C" {
 #endif
 
-/** Saves the camera's settings under a name. A store that cannot be written is not reported.
+/** Saves the camera's settings under a name.
+ *
+ *  A store that cannot be written is no failure: the call succeeds, nothing is stored, and the last error has
+ *  the store's code.
  *
  *  \param handle camera
  *  \param name name in UTF-16; may be null: the type's key itself
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; the code of a getter that failed, values written
- *      before stay
+ *      before stay; with result 1 the store's code
  *  \threads any, not in a callback; the camera's settings must not change meanwhile
  */
 TAVRA_API TavraBool Tavra_SaveSettingRegW(TavraHandle handle, const TavraWChar* name);
@@ -42,8 +50,8 @@ TAVRA_API TavraBool Tavra_SaveSettingRegW(TavraHandle handle, const TavraWChar* 
  *  \param handle camera
  *  \param name name in UTF-16; may be null: the type's key itself
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; the code of a setter that refused: what was set
- *      before stays set
+ *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; the store's code if it cannot be read, nothing is
+ *      set then; the code of a setter that refused: what was set before stays set
  *  \threads as Tavra_SaveSettingRegW()
  */
 TAVRA_API TavraBool Tavra_LoadSettingRegW(TavraHandle handle, const TavraWChar* name);
@@ -54,8 +62,8 @@ TAVRA_API TavraBool Tavra_LoadSettingRegW(TavraHandle handle, const TavraWChar* 
  *  \param handle camera
  *  \param name name in UTF-16
  *  \return 1, or 0 with the last error set
- *  \errors the operating system's code, also if there is no such setting
- *  \threads any
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT name null or empty; the store's code, 2 if there is no such setting,
+ * 5 if there are keys under it \threads any
  */
 TAVRA_API TavraBool Tavra_RemoveSettingRegW(TavraHandle handle, const TavraWChar* name);
 
@@ -64,7 +72,7 @@ TAVRA_API TavraBool Tavra_RemoveSettingRegW(TavraHandle handle, const TavraWChar
  *  \param handle camera
  *  \param name name in UTF-16; may be null: no default
  *  \return 1, or 0 with the last error set
- *  \errors none of its own
+ *  \errors the store's code if it cannot be written
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetDefaultSettingRegW(TavraHandle handle, const TavraWChar* name);
@@ -72,11 +80,12 @@ TAVRA_API TavraBool Tavra_SetDefaultSettingRegW(TavraHandle handle, const TavraW
 /** Reads the name of the default setting.
  *
  *  \param handle camera
- *  \param[out] buffer receives the name in UTF-16, zero-terminated; empty if there is no default, or it no
- *      longer exists
+ *  \param[out] buffer receives the name in UTF-16, zero-terminated; empty if there is no default, it no
+ *      longer exists, or it does not fit
  *  \param size bytes at buffer
  *  \return 1, or 0 with the last error set
- *  \errors none of its own
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT buffer null, or size less than 2; the store's code if it cannot be
+ *      read
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetDefaultSettingRegW(TavraHandle handle, TavraWChar* buffer, uint32_t size);
@@ -88,8 +97,8 @@ TAVRA_API TavraBool Tavra_GetDefaultSettingRegW(TavraHandle handle, TavraWChar* 
  *  \param size bytes at buffer
  *  \param[out] count receives the number of all names, also of those that did not fit
  *  \return 1, or 0 with the last error set
- *  \errors none of its own
- *  \threads any
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT buffer or count null, or size less than 2; the store's code if it
+ * cannot be read \threads any
  */
 TAVRA_API TavraBool Tavra_GetSettingListRegW(TavraHandle handle, TavraWChar* buffer, uint32_t size,
                                              uint32_t* count);
@@ -101,8 +110,8 @@ TAVRA_API TavraBool Tavra_GetSettingListRegW(TavraHandle handle, TavraWChar* buf
  *  \param name name in UTF-16; may be null: the type's key itself
  *  \param fileName name in UTF-16; an existing file is replaced
  *  \return 1, or 0 with the last error set
- *  \errors the operating system's code: no such setting, or the file cannot be created
- *  \threads any
+ *  \errors TAVRA_ERROR_FILE_NAME null or empty; the store's code, 2 if there is no such setting, no file is
+ * made then; the operating system's code if the file cannot be written \threads any
  */
 TAVRA_API TavraBool Tavra_ExportSettingRegW(TavraHandle handle, const TavraWChar* name,
                                             const TavraWChar* fileName);
@@ -114,8 +123,8 @@ TAVRA_API TavraBool Tavra_ExportSettingRegW(TavraHandle handle, const TavraWChar
  *  \param fileName name in UTF-16
  *  \return 1, or 0 if the file cannot be read, is of another form, is for another product type, or holds no
  *      byte value (number values are taken over then)
- *  \errors the operating system's code of that moment
- *  \threads any
+ *  \errors TAVRA_ERROR_FILE_NAME null or empty; the operating system's code if the file cannot be read; 13
+ * for another form or product type, or no byte value; the store's code if it cannot be written \threads any
  */
 TAVRA_API TavraBool Tavra_ImportSettingRegW(TavraHandle handle, const TavraWChar* fileName);
 
@@ -124,7 +133,7 @@ TAVRA_API TavraBool Tavra_ImportSettingRegW(TavraHandle handle, const TavraWChar
  *  \param handle camera
  *  \param name name; may be null: the type's key itself
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_SaveSettingRegW()
+ *  \errors as Tavra_SaveSettingRegW(); 122 the name is too long
  *  \threads as Tavra_SaveSettingRegW()
  */
 TAVRA_API TavraBool Tavra_SaveSettingRegA(TavraHandle handle, const char* name);
@@ -134,7 +143,7 @@ TAVRA_API TavraBool Tavra_SaveSettingRegA(TavraHandle handle, const char* name);
  *  \param handle camera
  *  \param name name; may be null: the type's key itself
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_LoadSettingRegW()
+ *  \errors as Tavra_LoadSettingRegW(); 122 the name is too long
  *  \threads as Tavra_SaveSettingRegW()
  */
 TAVRA_API TavraBool Tavra_LoadSettingRegA(TavraHandle handle, const char* name);
@@ -144,7 +153,7 @@ TAVRA_API TavraBool Tavra_LoadSettingRegA(TavraHandle handle, const char* name);
  *  \param handle camera
  *  \param name name
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_RemoveSettingRegW()
+ *  \errors as Tavra_RemoveSettingRegW(); 122 the name is too long
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_RemoveSettingRegA(TavraHandle handle, const char* name);
@@ -165,7 +174,7 @@ TAVRA_API TavraBool Tavra_SetDefaultSettingRegA(TavraHandle handle, const char* 
  *  \param[out] buffer receives the name, zero-terminated; may be empty
  *  \param size bytes at buffer
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_OUT_OF_MEMORY no memory
+ *  \errors as the W form; TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetDefaultSettingRegA(TavraHandle handle, char* buffer, uint32_t size);
@@ -177,7 +186,7 @@ TAVRA_API TavraBool Tavra_GetDefaultSettingRegA(TavraHandle handle, char* buffer
  *  \param size bytes at buffer
  *  \param[out] count receives the number of all names
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_OUT_OF_MEMORY no memory
+ *  \errors as the W form; TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetSettingListRegA(TavraHandle handle, char* buffer, uint32_t size,
@@ -189,7 +198,7 @@ TAVRA_API TavraBool Tavra_GetSettingListRegA(TavraHandle handle, char* buffer, u
  *  \param name name; may be null: the type's key itself
  *  \param fileName name of the file; an existing file is replaced
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_ExportSettingRegW()
+ *  \errors as Tavra_ExportSettingRegW(); 122 the name, TAVRA_ERROR_FILE_NAME the file's name is too long
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_ExportSettingRegA(TavraHandle handle, const char* name, const char* fileName);
@@ -199,7 +208,7 @@ TAVRA_API TavraBool Tavra_ExportSettingRegA(TavraHandle handle, const char* name
  *  \param handle camera
  *  \param fileName name of the file
  *  \return as Tavra_ImportSettingRegW()
- *  \errors as Tavra_ImportSettingRegW()
+ *  \errors as Tavra_ImportSettingRegW(); TAVRA_ERROR_FILE_NAME the name is too long
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_ImportSettingRegA(TavraHandle handle, const char* fileName);
