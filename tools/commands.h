@@ -16,6 +16,7 @@ void addConvert(CLI::App& app);
 void addProbe(CLI::App& app);
 void addCalibrate(CLI::App& app);
 void addGetAndSet(CLI::App& app);
+void addSettings(CLI::App& app);
 void addFirmware(CLI::App& app);
 void addResetHubs(CLI::App& app);
 void addDoctor(CLI::App& app);

@@ -14,6 +14,9 @@ struct Entry {
 };
 
 constexpr Entry kEntries[] = {
+    {2, ExitCode::Failed, "there is no such file or setting"},
+    {3, ExitCode::Failed, "there is no such folder"},
+    {5, ExitCode::Failed, "no permission, or it is no plain file; is it marked read-only?"},
     {TAVRA_ERROR_DEVICE_GONE, ExitCode::CameraLost,
      "the camera went away (unplugged, or no right to use it); plug it in again, or run `tavra doctor`"},
     {TAVRA_ERROR_OUT_OF_MEMORY, ExitCode::Failed, "out of memory"},
@@ -22,6 +25,15 @@ constexpr Entry kEntries[] = {
     {TAVRA_ERROR_NOT_SUPPORTED, ExitCode::Failed, "not supported"},
     {TAVRA_ERROR_INVALID_ARGUMENT, ExitCode::Failed,
      "a value is out of range, or this camera does not have the capability"},
+    {13, ExitCode::Failed, "the file has another form, or is for another camera type"},
+    {112, ExitCode::Failed, "the disk is full"},
+    {122, ExitCode::Failed, "the name is too long"},
+    {170, ExitCode::Failed, "another program keeps the stored settings busy; end it, or try again"},
+    {206, ExitCode::Failed, "the name is too long"},
+    {1009, ExitCode::Failed,
+     "the stored settings are damaged, or not this library's; move settings.db in the folder "
+     "tavra of the configuration folder out of the way"},
+    {1306, ExitCode::Failed, "the stored settings are those of a newer version"},
     {TAVRA_ERROR_OPEN_FAILED, ExitCode::Failed,
      "the file could not be opened; check the folder and its permissions"},
     {TAVRA_ERROR_MODULE_NOT_FOUND, ExitCode::NoCamera,

@@ -25,6 +25,7 @@ int run(int argc, char** argv) {
     addProbe(app);
     addCalibrate(app);
     addGetAndSet(app);
+    addSettings(app);
     addFirmware(app);
     addResetHubs(app);
     addDoctor(app);

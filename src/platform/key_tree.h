@@ -31,6 +31,17 @@ struct TreeValue {
     std::vector<std::uint8_t> data;
 };
 
+// Whether no part of a path is too long.
+constexpr bool keyPartsFit(std::u16string_view path) {
+    constexpr std::size_t kLongestPart = 255;
+    std::size_t length = 0;
+    for (const char16_t unit : path) {
+        length = unit == u'\\' ? 0 : length + 1;
+        if (length > kLongestPart) return false;
+    }
+    return true;
+}
+
 // One open key. On Linux everything that is done through the object is one transaction, which ends with it:
 // others see all of it or nothing.
 class TreeKey {

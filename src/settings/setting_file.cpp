@@ -1,10 +1,6 @@
 #include "settings/setting_file.h"
 
 #include <string_view>
-#include <vector>
-
-#include "platform/profile_file.h"
-#include "settings/walk.h"
 
 namespace tavra {
 namespace {
@@ -40,19 +36,21 @@ void read(const WalkCamera& camera, const Group& group, const std::u16string& se
     });
 }
 
-bool load(const WalkCamera& camera, const Group& group, platform::ProfileText& text) {
-    std::vector<std::uint32_t> values(camera.size(group));
-    if (!group.access.get(camera.camera(), values)) return false;
-    if (group.defaults != nullptr) group.defaults(values);
-    const std::vector<std::uint32_t> defaults = values;
-    read(camera, group, sectionName(camera, group.section), text, values);
-    if (group.secondSection != nullptr && values == defaults) {
-        read(camera, group, sectionName(camera, group.secondSection), text, values);
-    }
-    return group.access.set(camera.camera(), values);
-}
-
 }  // namespace
+
+bool readGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
+               GroupValues& values) {
+    values.present.assign(camera.size(group), 0);
+    if (!group.access.get(camera.camera(), values.present)) return false;
+    values.wanted = values.present;
+    if (group.defaults != nullptr) group.defaults(values.wanted);
+    const std::vector<std::uint32_t> defaults = values.wanted;
+    read(camera, group, sectionName(camera, group.section), text, values.wanted);
+    if (group.secondSection != nullptr && values.wanted == defaults) {
+        read(camera, group, sectionName(camera, group.secondSection), text, values.wanted);
+    }
+    return true;
+}
 
 bool saveSettingFile(ISettingCamera& camera, const std::u16string& name) {
     platform::ProfileText text;
@@ -69,7 +67,9 @@ bool loadSettingFile(ISettingCamera& camera, const std::u16string& name) {
     if (!done(camera, platform::readProfile(name, text))) return false;
     const WalkCamera walker(camera);
     for (const Group& group : settingWalk()) {
-        if (walker.has(group) && !load(walker, group, text)) return false;
+        if (!walker.has(group)) continue;
+        GroupValues values;
+        if (!readGroup(walker, group, text, values) || !group.access.set(camera, values.wanted)) return false;
     }
     return true;
 }

@@ -2,9 +2,13 @@
 // stream must not run.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
+#include "platform/profile_file.h"
 #include "settings/setting_camera.h"
+#include "settings/walk.h"
 
 namespace tavra {
 
@@ -16,6 +20,13 @@ bool saveSettingFile(ISettingCamera& camera, const std::u16string& name);
 // Reads the file once, and sets group after group. Ends at the first setter that fails; what was set before
 // stays.
 bool loadSettingFile(ISettingCamera& camera, const std::u16string& name);
+
+// The values that a load of the text gives to a group that the camera has. False: a getter failed.
+struct GroupValues {
+    std::vector<std::uint32_t> present, wanted;
+};
+bool readGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
+               GroupValues& values);
 
 // Sets the defaults. Ends at the first setter that fails.
 bool resetSettings(ISettingCamera& camera);

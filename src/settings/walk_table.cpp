@@ -67,9 +67,11 @@ constexpr Block kDestBlocks[] = {{kDestKeys}};
 constexpr Key kAlcModeKeys[] = {
     {"ALCMode", Byte, Plain, "automatic exposure", "0 to 6; 16, 32, 48 where the camera controls", "alc"}};
 constexpr Key kBrightnessKeys[] = {
-    {"BrightnessTarget", Byte, Plain, "mean that automatic exposure holds", "levels, 0 to 255"},
-    {"BrightnessTolerance", Byte, Plain, "how far from the target it comes to rest", "levels, 0 to 255"},
-    {"BrightnessThreshold", Byte, Plain, "how far from the target it wakes up", "levels, 0 to 255"}};
+    {"BrightnessTarget", Byte, Plain, "mean that automatic exposure holds", "levels, 0 to 255", "alc.target"},
+    {"BrightnessTolerance", Byte, Plain, "how far from the target it comes to rest", "levels, 0 to 255",
+     "alc.tolerance"},
+    {"BrightnessThreshold", Byte, Plain, "how far from the target it wakes up", "levels, 0 to 255",
+     "alc.threshold"}};
 constexpr Key kDigitalGainKeys[] = {{"CurrentDigitalGain", Number, Plain, "digital gain",
                                      "the camera's unit, 0 to its maximum", "digital-gain"}};
 constexpr Key kGainKeys[] = {
@@ -82,25 +84,28 @@ constexpr Key kShutterKeys[] = {
     {"ExposureClock", Unsigned, Plain, "exposure as one number", "clocks; 4294967295 counts as a missing key",
      "exposure"}};
 constexpr Key kShutterRangeKeys[] = {
-    {"ALCMaxShutterLine", Number, Plain, "longest exposure of automatic exposure", "lines"},
-    {"ALCMaxShutterClock", Number, Plain, "longest exposure of automatic exposure", "clocks of a line"},
-    {"ALCMinShutterLine", Number, Plain, "shortest exposure of automatic exposure", "lines"},
-    {"ALCMinShutterClock", Number, Plain, "shortest exposure of automatic exposure", "clocks of a line"}};
+    {"ALCMaxShutterLine", Number, Plain, "longest exposure of automatic exposure", "lines", "alc.exposure"},
+    {"ALCMaxShutterClock", Number, Plain, "longest exposure of automatic exposure", "clocks of a line",
+     "alc.exposure"},
+    {"ALCMinShutterLine", Number, Plain, "shortest exposure of automatic exposure", "lines", "alc.exposure"},
+    {"ALCMinShutterClock", Number, Plain, "shortest exposure of automatic exposure", "clocks of a line",
+     "alc.exposure"}};
 constexpr Key kGainRangeKeys[] = {
-    {"AGCMinGain", Number, Plain, "lowest gain of automatic exposure", "the camera's unit"},
-    {"AGCMaxGain", Number, Plain, "highest gain of automatic exposure", "the camera's unit"}};
+    {"AGCMinGain", Number, Plain, "lowest gain of automatic exposure", "the camera's unit", "alc.gain"},
+    {"AGCMaxGain", Number, Plain, "highest gain of automatic exposure", "the camera's unit", "alc.gain"}};
 // The names are those that files have.
 constexpr Key kAreaKeys[] = {{"SepalateX", Number, Underscore, "inner vertical line of the grid of cells",
                               "ten-thousandths of the width, 0 to 10000", "control-area"},
                              {"SepalateY", Number, Underscore, "inner horizontal line of the grid of cells",
                               "ten-thousandths of the height, 0 to 10000", "control-area"}};
-constexpr Key kAlcWeightKeys[] = {
-    {"ALCWeight", Byte, Underscore, "weight of a cell in automatic exposure, row by row", kByteRange}};
+constexpr Key kAlcWeightKeys[] = {{"ALCWeight", Byte, Underscore,
+                                   "weight of a cell in automatic exposure, row by row", kByteRange,
+                                   "alc.weights"}};
 constexpr Key kSpeedKeys[] = {
-    {"ShutterCtrlSpeedLimit", Byte, Plain, "limit of the shutter's steps", kByteRange},
-    {"GainCtrlSpeedLimit", Byte, Plain, "limit of the gain's steps", kByteRange},
-    {"SkipFrameCount", Byte, Plain, "frames left out after a step", "frames, 0 to 255"},
-    {"AverageFrameCount", Byte, Plain, "frames of one measurement", "frames, 0 to 255"}};
+    {"ShutterCtrlSpeedLimit", Byte, Plain, "limit of the shutter's steps", kByteRange, "alc.speed"},
+    {"GainCtrlSpeedLimit", Byte, Plain, "limit of the gain's steps", kByteRange, "alc.speed"},
+    {"SkipFrameCount", Byte, Plain, "frames left out after a step", "frames, 0 to 255", "alc.speed"},
+    {"AverageFrameCount", Byte, Plain, "frames of one measurement", "frames, 0 to 255", "alc.speed"}};
 
 constexpr Block kAlcModeBlocks[] = {{kAlcModeKeys}};
 constexpr Block kBrightnessBlocks[] = {{kBrightnessKeys}};
@@ -135,12 +140,12 @@ constexpr Key kFormatKeys[] = {
 constexpr Key kSharpnessKeys[] = {
     {"SharpnessMode", Byte, Plain, "sharpening", "0: off; 1: on", "sharpness"},
     {"SharpnessGain", Number, Plain, "strength of sharpening", "0 to 65535", "sharpness"},
-    {"SharpnessCoring", Byte, Plain, "differences left as they are", "levels, 0 to 255", "sharpness"}};
+    {"SharpnessCoring", Byte, Plain, "differences left as they are", "levels, 0 to 255", "sharpness.coring"}};
 constexpr Key kGammaKeys[] = {
-    {"GammaMode", UnsignedByte, Plain, "tone curve", "0: off; 1: power; 2: reversed; 255: table"},
-    {"Gamma", Unsigned, Plain, "power of the curve", "hundredths, 1 to 65535"},
-    {"Brightness", Signed16, Plain, "added to the curve", "-32768 to 32767"},
-    {"Contrast", UnsignedByte, Plain, "contrast of the curve", kByteRange}};
+    {"GammaMode", UnsignedByte, Plain, "tone curve", "0: off; 1: power; 2: reversed; 255: table", "gamma.*"},
+    {"Gamma", Unsigned, Plain, "power of the curve", "hundredths, 1 to 65535", "gamma.*"},
+    {"Brightness", Signed16, Plain, "added to the curve", "-32768 to 32767", "gamma.*"},
+    {"Contrast", UnsignedByte, Plain, "contrast of the curve", kByteRange, "gamma.*"}};
 constexpr Key kTableKeys[] = {{"GammaTable", UnsignedByte, Underscore,
                                "the curve, level by level; read with GammaMode 255", kByteRange}};
 
@@ -160,18 +165,20 @@ constexpr Block kGammaBlocks[] = {{kGammaKeys}, {kTableKeys, Times::TableSize}};
 constexpr Key kWhiteBalanceKeys[] = {
     {"WhiteBalanceMode", Byte, Plain, "white balance", "0: off; 1: gains; 2: one push; 3: automatic", "wb"}};
 constexpr Key kTargetKeys[] = {
-    {"AWBTargetR", Number, Plain, "red that automatic white balance holds", "percent of green"},
-    {"AWBTargetB", Number, Plain, "blue that automatic white balance holds", "percent of green"}};
+    {"AWBTargetR", Number, Plain, "red that automatic white balance holds", "percent of green", "wb.target"},
+    {"AWBTargetB", Number, Plain, "blue that automatic white balance holds", "percent of green",
+     "wb.target"}};
 constexpr Key kWhiteGainKeys[] = {
-    {"WBGainR", Number, Plain, "gain of red", kGain128, "wb"},
-    {"WBGainGr", Number, Plain, "gain of green in the rows of red", kGain128, "wb"},
-    {"WBGainGb", Number, Plain, "gain of green in the rows of blue", kGain128, "wb"},
-    {"WBGainB", Number, Plain, "gain of blue", kGain128, "wb"}};
+    {"WBGainR", Number, Plain, "gain of red", kGain128, "wb.gains"},
+    {"WBGainGr", Number, Plain, "gain of green in the rows of red", kGain128, "wb.gains"},
+    {"WBGainGb", Number, Plain, "gain of green in the rows of blue", kGain128, "wb.gains"},
+    {"WBGainB", Number, Plain, "gain of blue", kGain128, "wb.gains"}};
 constexpr Key kBandKeys[] = {
-    {"AWBThreshold", Number, Plain, "how far off white balance moves", "tenths of a level"},
+    {"AWBThreshold", Number, Plain, "how far off white balance moves", "tenths of a level", "wb.threshold"},
     {"AWBTolerance", Number, Plain, "kept for applications", "no effect"}};
-constexpr Key kAwbWeightKeys[] = {
-    {"AWBWeight", Byte, Behind, "weight of a cell in automatic white balance, row by row", kByteRange}};
+constexpr Key kAwbWeightKeys[] = {{"AWBWeight", Byte, Behind,
+                                   "weight of a cell in automatic white balance, row by row", kByteRange,
+                                   "wb.weights"}};
 constexpr Key kInterpolationKeys[] = {
     {"ColorInterpolationMethod", Byte, Plain, "colour interpolation", "0 to 5", "interpolation"}};
 constexpr Key kHueKeys[] = {
@@ -183,11 +190,11 @@ constexpr Key kMatrixModeKeys[] = {
 constexpr Key kMatrixKeys[] = {{"ColorMatrix", Signed16, Underscore,
                                 "three rows of red, green, blue and offset", "hundredths", "matrix"}};
 constexpr Key kHighChromaKeys[] = {
-    {"StartLevel", Number, Plain, "level above which colour fades", "levels, 0 to 255"},
-    {"Suppression", Number, Plain, "how much colour fades above it", "0 to 255"}};
+    {"StartLevel", Number, Plain, "level above which colour fades", "levels, 0 to 255", "chroma.high"},
+    {"Suppression", Number, Plain, "how much colour fades above it", "0 to 255", "chroma.high"}};
 constexpr Key kLowChromaKeys[] = {
-    {"LowStartLevel", Number, Plain, "level below which colour fades", "levels, 0 to 255"},
-    {"LowSuppression", Number, Plain, "how much colour fades below it", "0 to 255"}};
+    {"LowStartLevel", Number, Plain, "level below which colour fades", "levels, 0 to 255", "chroma.low"},
+    {"LowSuppression", Number, Plain, "how much colour fades below it", "0 to 255", "chroma.low"}};
 
 constexpr Block kWhiteBalanceBlocks[] = {{kWhiteBalanceKeys}};
 constexpr Block kTargetBlocks[] = {{kTargetKeys}};
@@ -203,7 +210,7 @@ constexpr Block kLowChromaBlocks[] = {{kLowChromaKeys}};
 // --- what some cameras have ---
 
 constexpr Key kCameraGammaKeys[] = {
-    {"Raw", ProfileNumber, Plain, "gamma of the camera itself", "a code of the camera"}};
+    {"Raw", ProfileNumber, Plain, "gamma of the camera itself", "a code of the camera", "gamma.camera"}};
 constexpr Key kVBlankKeys[] = {
     {"VBlankForFPS", ProfileNumber, Plain, "lines added between frames", "lines", "vblank"}};
 constexpr Key kDefectKeys[] = {{"DefectPixelCorrectionMode", ProfileNumber, Plain, "defect pixel correction",

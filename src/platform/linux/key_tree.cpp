@@ -20,7 +20,6 @@ constexpr std::uint32_t kNoMoreItems = 259;
 constexpr std::uint32_t kBadDatabase = 1009;
 constexpr std::uint32_t kRevisionMismatch = 1306;
 
-constexpr std::size_t kLongestPart = 255;          // units of a key's name
 constexpr std::size_t kLongestName = 16383;        // units of a value's name
 constexpr std::int64_t kRoot = 0;                  // parent of the topmost keys
 constexpr std::int64_t kApplication = 0x54415652;  // "TAVR", where a database tells whose it is
@@ -220,19 +219,6 @@ bool TreeKey::State::hasKeysBelow(std::int64_t parent) const {
     return statement.bind(parent).step();
 }
 
-namespace {
-
-bool partsFit(std::u16string_view path) {
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find(u'\\', begin), path.size());
-        if (end - begin > kLongestPart) return false;
-        begin = end + 1;
-    }
-    return true;
-}
-
-}  // namespace
-
 TreeKey::TreeKey() = default;
 TreeKey::~TreeKey() {
     close();
@@ -242,7 +228,7 @@ TreeKey& TreeKey::operator=(TreeKey&& other) noexcept = default;
 
 std::uint32_t TreeKey::open(const std::u16string& path, Access access, Missing missing) {
     close();
-    if (!partsFit(path)) return kInvalidParameter;
+    if (!keyPartsFit(path)) return kInvalidParameter;
     const bool write = access == Access::Write;
     const bool create = missing == Missing::Create;
     auto state = std::make_unique<State>();
@@ -280,7 +266,7 @@ std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
 }
 
 std::uint32_t TreeKey::removeSubKey(const std::u16string& name) {
-    if (!isOpen() || name.empty() || !partsFit(name)) return kInvalidParameter;
+    if (!isOpen() || name.empty() || !keyPartsFit(name)) return kInvalidParameter;
     if (!state_->writing) return kAccessDenied;
     std::int64_t key = kRoot;
     if (const std::uint32_t error = state_->walk(state_->key, name, false, key); error != 0) return error;

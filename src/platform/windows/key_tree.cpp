@@ -34,6 +34,7 @@ TreeKey& TreeKey::operator=(TreeKey&& other) noexcept = default;
 
 std::uint32_t TreeKey::open(const std::u16string& path, Access access, Missing missing) {
     close();
+    if (!keyPartsFit(path)) return ERROR_INVALID_PARAMETER;
     HKEY key = nullptr;
     const REGSAM rights = access == Access::Read ? KEY_READ : KEY_ALL_ACCESS;
     const LSTATUS status = missing == Missing::Create
@@ -62,7 +63,7 @@ std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
 }
 
 std::uint32_t TreeKey::removeSubKey(const std::u16string& name) {
-    if (!isOpen() || name.empty()) return ERROR_INVALID_PARAMETER;
+    if (!isOpen() || name.empty() || !keyPartsFit(name)) return ERROR_INVALID_PARAMETER;
     return code(RegDeleteKeyW(state_->key, systemText(name)));
 }
 

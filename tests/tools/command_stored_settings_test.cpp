@@ -1,0 +1,111 @@
+// `tavra settings`: files, names, text form, and what a load would change.
+#include <algorithm>
+#include <cstdlib>
+
+#include "command_fixture.h"
+
+namespace tavra::test {
+namespace {
+
+class StoredSettings : public CommandTest {
+  protected:
+    StoredSettings() { setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1); }
+
+    Outcome settings(const std::string& job, const std::string& arguments = "") const {
+        return run("settings " + job + " --virtual bayer:width=64:height=48 " + arguments);
+    }
+    void expectGood(const std::string& job, const std::string& arguments = "") const {
+        const Outcome outcome = settings(job, arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << job << ": " << outcome.output;
+    }
+};
+
+TEST_F(StoredSettings, AFileIsSavedLoadedAndCompared) {
+    expectGood("save", "--set gain.value=60 --set wb.weights=3 day.ini");
+    EXPECT_TRUE(std::filesystem::exists(folder / "day.ini"));
+    const Outcome changes = settings("diff", "day.ini");
+    EXPECT_EQ(changes.exitCode, 0);
+    EXPECT_NE(changes.output.find("analogue gain: 0 -> 60  [GainShutter/CurrentGain; gain]"),
+              std::string::npos)
+        << changes.output;
+    EXPECT_NE(changes.output.find("1 -> 3, and 15 more"), std::string::npos) << changes.output;
+    EXPECT_EQ(settings("diff", "--set gain.value=60 --set wb.weights=3 day.ini").output,
+              "nothing would change\n");
+    expectGood("load", "day.ini");
+}
+
+TEST_F(StoredSettings, ADifferenceIsAlsoThereForPrograms) {
+    expectGood("save", "--set exposure.clocks=4400 day.ini");
+    const Outcome outcome = settings("diff", "--set gain.value=60 --json day.ini");
+    const auto changes = nlohmann::json::parse(outcome.output);
+    ASSERT_EQ(changes.size(), 2u) << outcome.output;
+    EXPECT_EQ(changes[0]["key"], "CurrentGain");
+    EXPECT_EQ(changes[0]["present"], "60");
+    EXPECT_EQ(changes[1]["key"], "ExposureClock");
+    EXPECT_EQ(changes[1]["wanted"], "4400");
+    EXPECT_EQ(changes[1]["setting"], "exposure");
+}
+
+TEST_F(StoredSettings, SizesCanBeLeftOut) {
+    expectGood("save", "--set rotate=cw --without-sizes day.ini");
+    EXPECT_EQ(settings("diff", "day.ini").output, "nothing would change\n");
+    expectGood("save", "--set rotate=cw --set size=32x16 --without-rotation day.ini");
+    const std::string changes = settings("diff", "day.ini").output;
+    EXPECT_EQ(changes.find("rotation"), std::string::npos) << changes;
+    EXPECT_NE(changes.find("width of the region: 64 -> 32"), std::string::npos) << changes;
+}
+
+TEST_F(StoredSettings, NamesAreKeptListedMarkedAndForgotten) {
+    expectGood("save", "--named day --set gain.value=60");
+    expectGood("save", "--named night");
+    EXPECT_EQ(settings("list").output, "day\nnight\n");
+    EXPECT_EQ(settings("default").output, "");
+    expectGood("default", "day");
+    EXPECT_EQ(settings("default").output, "day\n");
+    const auto listed = nlohmann::json::parse(settings("list", "--json").output);
+    EXPECT_EQ(listed["default"], "day");
+    EXPECT_EQ(listed["names"].size(), 2u);
+    expectGood("load", "--named day");
+    expectGood("export", "day day.reg");
+    expectGood("remove", "day");
+    EXPECT_EQ(settings("list").output, "night\n");
+    expectGood("import", "day.reg");
+    EXPECT_EQ(settings("list").output, "day  (default)\nnight\n");
+    expectGood("default", "--none");
+    EXPECT_EQ(settings("list").output, "day\nnight\n");
+}
+
+TEST_F(StoredSettings, WhatIsNotThereIsNamed) {
+    const std::pair<const char*, const char*> jobs[] = {
+        {"load", "--named dusk"}, {"remove", "dusk"}, {"default", "dusk"}};
+    for (const auto& [job, arguments] : jobs) {
+        const Outcome outcome = settings(job, arguments);
+        EXPECT_EQ(outcome.exitCode, 1) << job;
+        EXPECT_NE(outcome.output.find("there is no setting 'dusk'"), std::string::npos) << outcome.output;
+    }
+    EXPECT_NE(settings("load", "none.ini").output.find("there is no such file"), std::string::npos);
+    EXPECT_EQ(settings("load", "none.ini").exitCode, 1);
+    EXPECT_EQ(settings("export", "dusk dusk.reg").exitCode, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "dusk.reg"));
+    EXPECT_EQ(settings("save").exitCode, 2);
+    EXPECT_EQ(settings("save", "--named a b.ini").exitCode, 2);
+}
+
+TEST_F(StoredSettings, AStoreThatIsDamagedIsToldAtOnce) {
+    expectGood("save", "--named day");
+    std::ofstream(folder / "config" / "tavra" / "settings.db", std::ios::trunc) << std::string(5000, 'x');
+    for (const char* job : {"save --named night", "list", "load --named day"}) {
+        const Outcome outcome = settings(job);
+        EXPECT_EQ(outcome.exitCode, 1) << job;
+        EXPECT_NE(outcome.output.find("damaged"), std::string::npos) << outcome.output;
+    }
+}
+
+TEST_F(StoredSettings, AResetIsTheDefaults) {
+    expectGood("save", "day.ini");
+    expectGood("reset");
+    EXPECT_NE(settings("--help").output.find("reset"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tavra::test

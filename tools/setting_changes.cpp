@@ -1,0 +1,91 @@
+#include "setting_changes.h"
+
+#include "error_text.h"
+#include "platform/text.h"
+#include "settings/setting_file.h"
+#include "settings/walk_access.h"
+
+namespace tavra::tool {
+namespace {
+
+// A camera that is only read.
+class ReadCamera final : public ISettingCamera {
+  public:
+    explicit ReadCamera(TavraHandle handle) : handle_(handle) {}
+
+    TavraHandle handle() const override { return handle_; }
+    void noteFailure(Status) override {}
+    bool legacy() const override {
+        constexpr std::uint32_t kAnyButTheOldest = 256;
+        std::uint32_t present = 0;
+        return Tavra_HasFunction(handle_, kAnyButTheOldest, &present) != 0 && present == 0;
+    }
+    std::uint32_t fileMode() const override {
+        std::uint32_t mode = 0;
+        Tavra_GetSettingFileMode(handle_, &mode);
+        return mode;
+    }
+    bool hasPreviewWindow() const override { return false; }
+    Status storeRotation(std::uint8_t) override { return Status(); }
+    Status resetExposure() override { return Status(); }
+    void resetStatistics() override {}
+    void resetWhiteBalance() override {}
+
+  private:
+    TavraHandle handle_;
+};
+
+std::string narrow(const std::u16string& text) {
+    return platform::toNarrow(text);
+}
+
+// Lines and clocks of the shutter do not count beside the exposure clock, which leaves all as it is where the
+// file does not have it.
+void applyShutterRule(GroupValues& values) {
+    if (values.wanted[2] == access::kNoExposureClock) {
+        values.wanted[2] = values.present[2];
+    } else {
+        values.wanted[0] = values.present[0];
+        values.wanted[1] = values.present[1];
+    }
+}
+
+void addChanges(const WalkCamera& camera, const Group& group, const GroupValues& values,
+                std::vector<SettingChange>& changes) {
+    const Key* last = nullptr;
+    std::size_t at = 0;
+    forEachKey(camera, group, [&](const Key& key, std::uint32_t index) {
+        const std::uint32_t present = values.present[at], wanted = values.wanted[at];
+        ++at;
+        if (present == wanted) return;
+        if (last == &key) {
+            ++changes.back().more;
+            return;
+        }
+        last = &key;
+        changes.push_back({key.meaning, group.section, narrow(keyName(key, index)), key.command,
+                           narrow(textOf(key.form, present)), narrow(textOf(key.form, wanted))});
+    });
+}
+
+}  // namespace
+
+std::vector<SettingChange> settingChanges(const Camera& camera, const std::string& fileName) {
+    platform::ProfileText text;
+    const Status read = platform::readProfile(platform::toWide(fileName), text);
+    if (!read.ok()) throw failure("cannot read " + fileName, read.code());
+    ReadCamera reader(camera.handle());
+    const WalkCamera walker(reader);
+    std::vector<SettingChange> changes;
+    for (const Group& group : settingWalk()) {
+        if (!walker.has(group)) continue;
+        GroupValues values;
+        camera.check(readGroup(walker, group, text, values) ? 1 : 0,
+                     std::string("cannot read the settings of ") + group.section);
+        if (&group.access == &access::kShutter) applyShutterRule(values);
+        addChanges(walker, group, values, changes);
+    }
+    return changes;
+}
+
+}  // namespace tavra::tool
