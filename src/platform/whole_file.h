@@ -13,8 +13,11 @@
 
 namespace tavra::platform {
 
-// Everything in the file. 2 or 3: there is no such file; 5: it may not be read, or is no plain file. Throws
-// std::bad_alloc.
+// What is larger is no text that a person has, and would take the memory of all others.
+inline constexpr std::uint64_t kMostFileBytes = 1u << 30;
+
+// Everything in the file. 2 or 3: there is no such file; 5: it may not be read, or is no plain file; 223: it
+// is larger than kMostFileBytes. Throws std::bad_alloc.
 Status readWholeFile(const std::u16string& name, std::vector<std::uint8_t>& bytes);
 
 // Makes the file, or replaces what it holds: whoever reads it, and whatever ends the process or the machine,

@@ -57,7 +57,13 @@ const char* describe(Condition condition) {
     return "";
 }
 
-WalkCamera::WalkCamera(ISettingCamera& camera) : camera_(camera), suffix_(suffixOf(camera)) {
+WalkCamera::WalkCamera(ISettingCamera& camera)
+    : camera_(camera),
+      suffix_(suffixOf(camera)),
+      regions_(access::regionCount(camera)),
+      hdrSettings_(access::hdrParameterCount(camera)),
+      skipping_(access::hasSkippingAndBinning(camera)),
+      sum_(access::hasBinningSum(camera)) {
     std::uint16_t array = 0;
     color_ = Tavra_GetColorArray(camera.handle(), &array) != 0 && !isMonoForSettings(array);
 }
@@ -80,7 +86,7 @@ bool WalkCamera::meets(Condition condition) const {
         case Condition::Clamp: return function(kClampFunction);
         case Condition::AnalogBlackLevel: return function(kBlackLevelFunction);
         case Condition::AdjustmentMode: return function(kAdjustmentFunction);
-        case Condition::Hdr: return access::hdrParameterCount(camera_) != 0;
+        case Condition::Hdr: return access::hasHdr(camera_);
     }
     return false;
 }
@@ -96,10 +102,10 @@ std::uint32_t WalkCamera::times(Times times) const {
         case Times::Twelve: return 12;
         case Times::Sixteen: return 16;
         case Times::TableSize: return 256;
-        case Times::Regions: return access::regionCount(camera_);
-        case Times::IfSkipping: return access::hasSkippingAndBinning(camera_) ? 1 : 0;
-        case Times::IfSum: return access::hasBinningSum(camera_) ? 1 : 0;
-        case Times::HdrSettings: return access::hdrParameterCount(camera_);
+        case Times::Regions: return regions_;
+        case Times::IfSkipping: return skipping_ ? 1 : 0;
+        case Times::IfSum: return sum_ ? 1 : 0;
+        case Times::HdrSettings: return hdrSettings_;
     }
     return 0;
 }

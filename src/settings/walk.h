@@ -102,6 +102,9 @@ class WalkCamera {
     ISettingCamera& camera_;
     std::u16string suffix_;
     bool color_ = false;
+    // Asked for once: what a camera tells the next time must not outgrow the room for its values.
+    std::uint32_t regions_, hdrSettings_;
+    bool skipping_, sum_;
 };
 
 // Four upper-case hexadecimal digits, as product types stand in names.

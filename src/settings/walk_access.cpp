@@ -76,23 +76,27 @@ bool getImageSize(ISettingCamera& camera, Values values) {
     std::uint16_t mode = 0;
     std::uint32_t x = 0, y = 0, width = 0, height = 0;
     if (Tavra_GetImageSize(camera.handle(), 0, &mode, &x, &y, &width, &height) == 0) return false;
+    const bool factors = hasSkippingAndBinning(camera);
+    const bool sum = hasBinningSum(camera);
+    // By the room there is, whatever the camera has come to offer meanwhile.
+    const std::size_t regions = (values.size() - 1 - (factors ? 4 : 0) - (sum ? 1 : 0)) / kRegionValues;
     std::size_t at = 0;
     values[at++] = mode;
-    for (std::uint32_t i = 0; i < regionCount(camera); ++i) {
+    for (std::uint32_t i = 0; i < regions; ++i) {
         Region region;
         if (!readRegion(camera, i, region)) return false;
         for (const std::uint32_t value : {region.mode, region.x, region.y, region.width, region.height}) {
             values[at++] = value;
         }
     }
-    if (hasSkippingAndBinning(camera)) {
+    if (factors) {
         if (!getFactors(camera, values.subspan(at))) return false;
         at += 4;
     }
-    if (!hasBinningSum(camera)) return true;
-    std::uint16_t sum = 0;
-    const bool good = Tavra_GetBinningSumMode(camera.handle(), &sum) != 0;
-    values[at] = sum;
+    if (!sum) return true;
+    std::uint16_t sumMode = 0;
+    const bool good = Tavra_GetBinningSumMode(camera.handle(), &sumMode) != 0;
+    values[at] = sumMode;
     return good;
 }
 
@@ -257,15 +261,16 @@ bool setGamma(ISettingCamera& camera, GivenValues values) {
 
 // --- HDR ---
 
+// Without values the number of parameters is asked for once more: that it could not be read is a failure.
 bool getHdr(ISettingCamera& camera, Values values) {
     auto size = static_cast<std::uint32_t>(values.size_bytes());
-    if (Tavra_GetHDRParameter(camera.handle(), values.data(), &size) == 0) return false;
-    return true;
+    std::uint32_t* const parameters = values.empty() ? nullptr : values.data();
+    return Tavra_GetHDRParameter(camera.handle(), parameters, &size) != 0;
 }
 
 bool setHdr(ISettingCamera& camera, GivenValues values) {
-    return Tavra_SetHDRParameter(camera.handle(), values.data(),
-                                 static_cast<std::uint32_t>(values.size_bytes())) != 0;
+    return values.empty() || Tavra_SetHDRParameter(camera.handle(), values.data(),
+                                                   static_cast<std::uint32_t>(values.size_bytes())) != 0;
 }
 
 }  // namespace
@@ -291,9 +296,14 @@ std::uint32_t regionCount(ISettingCamera& camera) {
     return Tavra_GetMaxROICount(camera.handle(), &count) != 0 ? count : 0;
 }
 
+bool hasHdr(ISettingCamera& camera) {
+    std::uint32_t type = 0;
+    return Tavra_GetHDRType(camera.handle(), &type) != 0 && type != 0;
+}
+
 std::uint32_t hdrParameterCount(ISettingCamera& camera) {
-    std::uint32_t type = 0, size = 0;
-    if (Tavra_GetHDRType(camera.handle(), &type) == 0 || type == 0) return 0;
+    std::uint32_t size = 0;
+    if (!hasHdr(camera)) return 0;
     if (Tavra_GetHDRParameter(camera.handle(), nullptr, &size) == 0) return 0;
     return std::min(size / 4, kMostHdrParameters);
 }

@@ -20,6 +20,7 @@ extern const Access kHdr;
 // Numbers that a camera's groups have; 0 where the camera lacks them or they cannot be read.
 std::uint32_t regionCount(ISettingCamera& camera);
 std::uint32_t hdrParameterCount(ISettingCamera& camera);
+bool hasHdr(ISettingCamera& camera);
 bool hasSkippingAndBinning(ISettingCamera& camera);
 bool hasBinningSum(ISettingCamera& camera);
 bool hasFunction(ISettingCamera& camera, std::uint32_t function);

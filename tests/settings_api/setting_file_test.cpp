@@ -301,6 +301,26 @@ TEST_F(SettingFile, HdrParametersComeAndGoOneByOne) {
     EXPECT_EQ(usb.camera().pageRegister(27, 4), 101u);
 }
 
+TEST_F(SettingFile, HdrParametersThatCannotBeCountedAreAFailure) {
+    open(hdrCamera());
+    const auto countRegister = readPage(27, 0);
+    UsbDouble::Fault fault;
+    fault.request = countRegister.request;
+    fault.value = countRegister.value;
+    fault.times = UsbDouble::kForever;
+    usb.addFault(fault);
+    expectFailure(Tavra_SaveSettingFileW(handle, name().c_str()), 0xE0000005);
+    EXPECT_TRUE(folder.isEmpty());
+}
+
+TEST_F(SettingFile, ACountOfHdrParametersThatCannotBeIsCut) {
+    DoubleCamera camera = hdrCamera();
+    camera.pageRegister(27, 0) = 0xFFFFFFFF;
+    open(camera);
+    const TavraBool saved = Tavra_SaveSettingFileW(handle, name().c_str());
+    EXPECT_TRUE(saved == 0 || valueOf(u"HDR-2016", u"HDRParameter_4096") == std::nullopt);
+}
+
 TEST_F(SettingFile, ASetterThatRefusesEndsTheLoadThere) {
     open();
     // 7 is no mode of automatic exposure; mirror and sharpness come behind it, the clock ahead of it.

@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::uint32_t kAccessDenied = 5;
 constexpr std::uint32_t kInvalidName = 123;
+constexpr std::uint32_t kFileTooLarge = 223;
 constexpr int kTemporaryNames = 1000;  // tried before giving up; a killed process leaves its own behind
 constexpr mode_t kAnyoneMayWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t kPermissions = 07777;
@@ -136,6 +137,7 @@ Status readWholeFile(const std::u16string& name, std::vector<std::uint8_t>& byte
     struct stat present {};
     if (!file.valid() || ::fstat(file.get(), &present) != 0) return lastFailure();
     if (!S_ISREG(present.st_mode)) return failWith(kAccessDenied);
+    if (static_cast<std::uint64_t>(present.st_size) > kMostFileBytes) return failWith(kFileTooLarge);
     bytes.resize(static_cast<std::size_t>(present.st_size));
     std::size_t have = 0;
     while (have < bytes.size()) {

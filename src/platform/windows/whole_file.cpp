@@ -119,6 +119,7 @@ Status readWholeFile(const std::u16string& name, std::vector<std::uint8_t>& byte
     if (!file.valid()) return lastFailure();
     if (GetFileType(file.get()) != FILE_TYPE_DISK) return failWith(ERROR_ACCESS_DENIED);
     if (GetFileSizeEx(file.get(), &size) == 0) return lastFailure();
+    if (static_cast<std::uint64_t>(size.QuadPart) > kMostFileBytes) return failWith(ERROR_FILE_TOO_LARGE);
     bytes.resize(static_cast<std::size_t>(size.QuadPart));
     std::size_t have = 0;
     while (have < bytes.size()) {

@@ -116,6 +116,15 @@ TEST(LinuxWholeFile, WhatIsNoPlainFileIsNotTouched) {
     EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe"));
 }
 
+TEST(LinuxWholeFile, AFileWithoutEndIsNotTakenIntoMemory) {
+    const TempFolder folder;
+    ASSERT_TRUE(replaceWholeFile(wideName(folder / "huge"), Bytes{1}).ok());
+    std::filesystem::resize_file(folder / "huge", kMostFileBytes + 1);  // a hole, no blocks of the disk
+    Bytes read;
+    EXPECT_EQ(readWholeFile(wideName(folder / "huge"), read).code(), 223u);
+    EXPECT_TRUE(read.empty());
+}
+
 TEST(LinuxWholeFile, ANameThatCannotBeExpressedIsAnError) {
     const TempFolder folder;
     const std::u16string name = wideName(folder / "a") + char16_t(0xD800);
