@@ -24,7 +24,7 @@ std::u16string nameOrNone(const TavraWChar* name) {
 class WideName {
   public:
     WideName(const char* name, std::uint32_t tooLong) : given_(name != nullptr), tooLong_(tooLong) {
-        if (given_) wide_ = platform::toWide(name);
+        if (name != nullptr) wide_ = platform::toWide(name);
     }
     Status check() const { return wide_.size() < kNarrowNameLimit ? Status() : Status(tooLong_); }
     const TavraWChar* get() const { return given_ ? wide_.c_str() : nullptr; }

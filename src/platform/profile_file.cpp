@@ -194,7 +194,9 @@ void ProfileText::set(std::u16string_view section, std::u16string_view key, std:
 
 std::u16string ProfileText::linesOf(const Section& section) const {
     std::u16string lines;
-    for (const auto& [key, value] : section.added) lines += key + u"=" + value + lineEnd_;
+    for (const auto& [key, value] : section.added) {
+        lines.append(key).append(u"=").append(value).append(lineEnd_);
+    }
     return lines;
 }
 

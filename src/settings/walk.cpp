@@ -124,14 +124,10 @@ std::u16string hexadecimalWord(std::uint32_t word) {
 }
 
 std::u16string keyName(const Key& key, std::uint32_t index) {
-    const std::u16string name = widened(key.name);
-    const std::u16string number = textOf(Form::Unsigned, index);
-    switch (key.naming) {
-        case Naming::Plain: return name;
-        case Naming::Underscore: return name + u"_" + number;
-        case Naming::Behind: return name + number;
-        case Naming::Region: return index == 0 ? name : name + u"_" + number;
-    }
+    std::u16string name = widened(key.name);
+    const bool parted = key.naming == Naming::Underscore || (key.naming == Naming::Region && index != 0);
+    if (parted) name += u'_';
+    if (parted || key.naming == Naming::Behind) name += textOf(Form::Unsigned, index);
     return name;
 }
 
