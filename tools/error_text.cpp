@@ -16,7 +16,6 @@ struct Entry {
 constexpr Entry kEntries[] = {
     {2, ExitCode::Failed, "there is no such file or setting"},
     {3, ExitCode::Failed, "there is no such folder"},
-    {5, ExitCode::Failed, "no permission, or it is no plain file; is it marked read-only?"},
     {TAVRA_ERROR_DEVICE_GONE, ExitCode::CameraLost,
      "the camera went away (unplugged, or no right to use it); plug it in again, or run `tavra doctor`"},
     {TAVRA_ERROR_OUT_OF_MEMORY, ExitCode::Failed, "out of memory"},

@@ -96,6 +96,14 @@ void requireFile(const std::string& file) {
     if (!std::filesystem::exists(file, ignored)) throw failure("cannot read " + file, 2);
 }
 
+// Code 5 is that of a camera that went away, too; of a file it says something else.
+void checkFile(const Camera& camera, TavraBool result, const std::string& what) {
+    if (result == 0 && Tavra_GetLastError(camera.handle()) == TAVRA_ERROR_DEVICE_GONE) {
+        throw Failure(what + ": no permission, or it is no plain file; is it marked read-only? (5)");
+    }
+    camera.check(result, what);
+}
+
 // --- jobs ---
 
 // The library reports success also where the store did not take it, and leaves the reason as last error.
@@ -116,8 +124,8 @@ void save() {
     if (options().file.empty()) {
         saveNamed(camera);
     } else {
-        camera.check(Tavra_SaveSettingFileA(camera.handle(), options().file.c_str()),
-                     "cannot save to " + options().file);
+        checkFile(camera, Tavra_SaveSettingFileA(camera.handle(), options().file.c_str()),
+                  "cannot save to " + options().file);
     }
 }
 
@@ -131,8 +139,8 @@ void load() {
                      "cannot load '" + options().name + "'");
     } else {
         requireFile(options().file);
-        camera.check(Tavra_LoadSettingFileA(camera.handle(), options().file.c_str()),
-                     "cannot load " + options().file);
+        checkFile(camera, Tavra_LoadSettingFileA(camera.handle(), options().file.c_str()),
+                  "cannot load " + options().file);
     }
     std::cerr << "The camera keeps its own settings while it has power; those of the library end with this "
                  "command.\n";
@@ -181,14 +189,15 @@ void removeNamed() {
 void exportText() {
     const Camera camera(options().choice);
     requireName(camera, options().name);
-    camera.check(Tavra_ExportSettingRegA(camera.handle(), options().name.c_str(), options().file.c_str()),
-                 "cannot export '" + options().name + "' to " + options().file);
+    checkFile(camera,
+              Tavra_ExportSettingRegA(camera.handle(), options().name.c_str(), options().file.c_str()),
+              "cannot export '" + options().name + "' to " + options().file);
 }
 
 void importText() {
     const Camera camera(options().choice);
-    camera.check(Tavra_ImportSettingRegA(camera.handle(), options().file.c_str()),
-                 "cannot import " + options().file);
+    checkFile(camera, Tavra_ImportSettingRegA(camera.handle(), options().file.c_str()),
+              "cannot import " + options().file);
 }
 
 void show(const SettingChange& change) {

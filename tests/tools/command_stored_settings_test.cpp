@@ -87,6 +87,10 @@ TEST_F(StoredSettings, WhatIsNotThereIsNamed) {
     EXPECT_EQ(settings("load", "none.ini").exitCode, 1);
     EXPECT_EQ(settings("export", "dusk dusk.reg").exitCode, 1);
     EXPECT_FALSE(std::filesystem::exists(folder / "dusk.reg"));
+    std::filesystem::create_directory(folder / "folder.ini");
+    const Outcome outcome = settings("save", "folder.ini");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.output.find("no plain file"), std::string::npos) << outcome.output;
     EXPECT_EQ(settings("save").exitCode, 2);
     EXPECT_EQ(settings("save", "--named a b.ini").exitCode, 2);
 }
