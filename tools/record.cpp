@@ -164,7 +164,7 @@ class Recording {
 
     Failure cannotRecord(std::uint32_t code) const {
         const std::string what = "cannot record " + file_.string() + " (" + camera_.name() + ")";
-        if (!order_.ownCodec() && code == TAVRA_ERROR_INVALID_ARGUMENT) {
+        if (!order_.ownCodec() && code == TAVRA_ERROR_COMPRESSOR_A) {
             return Failure(what + ": nothing here encodes " + codecName(order_.codec) +
                            "; the codecs none and mjpg are built in");
         }

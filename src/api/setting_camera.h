@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api/call.h"
+#include "camera/mirror.h"
 #include "control/luminance_ctrl_usb.h"
 #include "control/white_balance_ctrl_usb.h"
 #include "settings/setting_camera.h"
@@ -19,11 +20,7 @@ class SettingCamera final : public ISettingCamera {
     std::uint32_t fileMode() const override { return record_.settingFileMode; }
     // Place of the preview window.
     bool hasPreviewWindow() const override { return false; }
-    Status storeRotation(std::uint8_t mode) override {
-        // Place of the recorder: while one exists the rotation stays (0xE0000008).
-        record_.rotationMode = mode;
-        return Status();
-    }
+    Status storeRotation(std::uint8_t mode) override { return storeRotationMode(record_, mode); }
     Status resetExposure() override { return record_.exposure->reset(); }
     void resetStatistics() override { record_.statistics.Reset(); }
     void resetWhiteBalance() override { record_.whiteBalance->Reset(); }

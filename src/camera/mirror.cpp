@@ -27,9 +27,14 @@ Status setMirrorMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode) {
     return camera.control.writeStatusWord(kMirrorWriteAddress, mode >> 4);
 }
 
-Status setRotationMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode) {
+Status storeRotationMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode) {
     if (camera.recording.exists()) return Status(error::kRecording);
     camera.rotationMode = mode;
+    return Status();
+}
+
+Status setRotationMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode) {
+    TAVRA_RETURN_IF_ERROR(storeRotationMode(camera, mode));
     return refreshGeometry(camera, PreviewUpdate::Yes);
 }
 

@@ -24,7 +24,10 @@ std::uint8_t enabledMirrorModes(const TAVRA_COMMON_PARAM& camera);
 // mode is stored all the same.
 Status setMirrorMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode);
 
-// Any mode is stored. Then the geometry is read again and what follows from the size of the image is made
+// Any mode is stored. 0xE0000008, and nothing changes, while a recording exists.
+Status storeRotationMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode);
+
+// The same. Then the geometry is read again and what follows from the size of the image is made
 // anew.
 Status setRotationMode(TAVRA_COMMON_PARAM& camera, std::uint8_t mode);
 

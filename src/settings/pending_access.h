@@ -1,5 +1,5 @@
-// Groups whose functions the library does not export yet: those of movies, and of the preview window, its
-// mask and its colours. They keep their places in the table; without access they count as not existing, are
+// Groups whose functions the library does not export yet: those of the preview window, its mask and its
+// colours. They keep their places in the table; without access they count as not existing, are
 // neither written nor read, and a reset passes over them.
 //
 // The one place to change when the functions come: each then is direct<Get, Set>(), or a pair of its own
@@ -10,7 +10,6 @@
 
 namespace tavra::access {
 
-inline constexpr Access kMovieQuality{};       // Tavra_GetAVIQuality, Tavra_SetAVIQuality
 inline constexpr Access kPreviewWindowSize{};  // Tavra_GetPreviewWindowSize; size ahead of place
 inline constexpr Access kPreviewMaskSize{};    // Tavra_GetPreviewMaskSize; size ahead of place
 inline constexpr Access kPreviewDestSize{};    // Tavra_GetPreviewDestSize; size ahead of place

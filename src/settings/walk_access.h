@@ -1,10 +1,13 @@
-// Access to the groups of a setting file that are more than a pair of functions with plain numbers.
+// Access to the groups of a setting file that are more than a pair of functions with plain numbers, or that
+// others than the table use.
 #pragma once
 
 #include "settings/access.h"
+#include "tavra/tavra_api.h"
 
 namespace tavra::access {
 
+inline constexpr Access kMovieQuality = direct<Tavra_GetAVIQuality, Tavra_SetAVIQuality>();
 extern const Access kImageSize;
 extern const Access kShutter;  // line, clock, exposure clock; set: see walk_access.cpp
 extern const Access kShutterControlRange;

@@ -58,6 +58,9 @@ inline void addExposure(TavraHandle camera, CameraState& state) {
     state["alc mode"] = {bytes[0]};
     Tavra_GetTargetBrightness(camera, &bytes[0], &bytes[1], &bytes[2]);
     state["target brightness"] = {bytes[0], bytes[1], bytes[2]};
+    std::uint32_t quality = 0;
+    Tavra_GetAVIQuality(camera, &quality);
+    state["movie quality"] = {quality};
     Tavra_GetDigitalGain(camera, &words[0]);
     Tavra_GetGain(camera, &words[1]);
     state["gains"] = {words[0], words[1]};

@@ -89,6 +89,7 @@ void changeColor(TavraHandle camera, std::uint16_t round) {
 void changeEverything(TavraHandle camera, std::uint16_t round) {
     changeImage(camera, round);
     changeExposure(camera, round);
+    Tavra_SetAVIQuality(camera, 60u + round);
     Tavra_SetSharpnessMode(camera, 1, static_cast<std::uint16_t>(60 + round), 5);
     changeCurve(camera, TAVRA_GAMMA_INDEX_Y, round);
     if (!isMono(camera)) changeColor(camera, round);  // a mono camera's file has no colour
@@ -156,6 +157,7 @@ class Expected {
         addNumbered(section, "GammaTable_", 256);
     }
     void addShape() {
+        add("AVI", {"Quality"});
         add("Clock", {"ClockMode", "Clock"});
         add("ImageSize", {"ScanMode", "RegionMode", "OffsetX", "OffsetY", "Width", "Height"});
         std::uint32_t regions = 0, sizes = 0;

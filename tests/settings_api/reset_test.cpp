@@ -19,6 +19,7 @@ DoubleCamera richCamera() {
 
 TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     open(richCamera());
+    Tavra_SetAVIQuality(handle, 30);
     Tavra_SetSharpnessMode(handle, 1, 60, 5);
     Tavra_SetMirrorMode(handle, 3);
     Tavra_SetRotationMode(handle, 1);
@@ -46,6 +47,7 @@ TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     using Values = std::vector<std::uint32_t>;
     EXPECT_EQ(now.at("clock"), (Values{0, 24545455}));
     EXPECT_EQ(now.at("skipping and binning"), (Values{0, 0, 0, 0}));
+    EXPECT_EQ(now.at("movie quality"), (Values{75}));
     EXPECT_EQ(now.at("preview format"), (Values{4}));
     EXPECT_EQ(now.at("mirror, rotation, interpolation"), (Values{0, 0, 3}));
     EXPECT_EQ(now.at("alc mode"), (Values{0}));
