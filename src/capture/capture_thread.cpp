@@ -183,7 +183,7 @@ void CaptureThread::shutdown() {
 
 // A recording does not outlive the stream. One that waits for the end of this thread has the mutex.
 void CaptureThread::releaseRecorder() {
-    if (closedToRecorder_) return;
+    if (closedToRecorder_ || run_.endAfterFrame) return;
     const std::lock_guard operation(camera_.recording.operationMutex);
     closeRecording(camera_.recording);
     camera_.recording.streamClosed = true;

@@ -102,14 +102,19 @@ Status storeDevelopment(TAVRA_COMMON_PARAM& camera, movie::ISaveAVIFile& recorde
     return Status(recorder.SetMovieHeader(header.data()));
 }
 
-// Puts the recorder where the capture thread finds it. A stream that is on its way out has let go of the
-// operation mutex for good, so that its end can be waited for here.
+// Puts the recorder where the capture thread finds it. A stream that is on its way out takes none any more
+// and is waited for, without the operation mutex: its last callbacks may ask for the recording's state.
 Status attach(TAVRA_COMMON_PARAM& camera, RecorderPointer& recorder, const platform::BitmapShape& shape) {
     RecordingSlot& slot = camera.recording;
     const std::lock_guard transfer(camera.transferMutex);
-    const std::lock_guard operation(slot.operationMutex);
+    std::unique_lock operation(slot.operationMutex);
+    while (slot.streamClosed && camera.transferRunning()) {
+        operation.unlock();
+        endStream(camera);
+        operation.lock();
+    }
     if (slot.exists()) return Status(error::kRecording);
-    const bool joins = camera.transferRunning() && !slot.streamClosed;
+    const bool joins = camera.transferRunning();
     slot.shape = shape;
     slot.startedStream = !joins;
     slot.put(recorder.get());
@@ -179,6 +184,8 @@ bool recordFrame(RecordingSlot& slot, const RecordedFrame& frame) {
     slot.recorder->WriteFrame(frame.data, frame.number, frame.tag, &ended);
     if (ended == 0) return true;
     closeRecording(slot);
+    // The next recording does not join a stream that ends with this one.
+    slot.streamClosed = slot.startedStream;
     return !slot.startedStream;
 }
 

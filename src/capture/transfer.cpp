@@ -18,14 +18,6 @@ void endCaptureThread(TAVRA_COMMON_PARAM& camera) {
     camera.captureThread.join();
 }
 
-// Snapshots wait for the end of the capture thread. Its event alone would not do: the next start resets it,
-// perhaps before they have looked.
-void endStream(TAVRA_COMMON_PARAM& camera) {
-    endCaptureThread(camera);
-    abandonSnapshot(camera.rawSnapshot);
-    abandonSnapshot(camera.previewSnapshot);
-}
-
 Status beginStream(TAVRA_COMMON_PARAM& camera, bool wanted) {
     camera.transferWanted = wanted;
     camera.stopEvent.reset();
@@ -41,6 +33,14 @@ void waitUntilUnused(SnapshotRequest& request) {
 }
 
 }  // namespace
+
+// Snapshots wait for the end of the capture thread. Its event alone would not do: the next start resets it,
+// perhaps before they have looked.
+void endStream(TAVRA_COMMON_PARAM& camera) {
+    endCaptureThread(camera);
+    abandonSnapshot(camera.rawSnapshot);
+    abandonSnapshot(camera.previewSnapshot);
+}
 
 Status startTransfer(TAVRA_COMMON_PARAM& camera, bool wanted, SnapshotRequest* starter) {
     const std::lock_guard operation(camera.transferMutex);

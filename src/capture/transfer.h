@@ -23,8 +23,11 @@ Status stopTransfer(TAVRA_COMMON_PARAM& camera);
 // the stream, to let go of the record.
 void closeTransfer(TAVRA_COMMON_PARAM& camera);
 
-// For a recording, whose start holds the transfer mutex: waits for what is left of a stream, and starts one
-// that lasts as long as somebody wants its frames.
+// For a recording, whose start holds the transfer mutex.
+//
+// Ends the stream, if there is one, and waits for it. The caller holds nothing that a callback may wait for.
+void endStream(TAVRA_COMMON_PARAM& camera);
+// The same, and starts a stream that lasts as long as somebody wants its frames.
 Status restartStream(TAVRA_COMMON_PARAM& camera);
 
 }  // namespace tavra

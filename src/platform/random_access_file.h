@@ -24,7 +24,7 @@ class RandomAccessFile {
     // Each fails with the system's error and leaves this object closed. The name is wide; a name that the
     // system cannot express fails with 123. Child processes do not inherit the file.
     Status create(const std::u16string& name);          // makes it, or empties it if it exists
-    Status openForReading(const std::u16string& name);  // an existing file
+    Status openForReading(const std::u16string& name);  // an existing file; folders and pipes hold no bytes
     Status openForWriting(const std::u16string& name);  // an existing file, its content kept
 
     bool isOpen() const { return native_ != kClosed; }
@@ -37,6 +37,10 @@ class RandomAccessFile {
     Status read(std::uint64_t position, void* data, std::size_t size, std::size_t& got);
 
     Status size(std::uint64_t& bytes) const;
+
+    // Whether the name leads to this file, through links as well. Windows: never, as a file that is open to
+    // be read is not made anew there.
+    bool isNamed(const std::u16string& name) const;
 
     // Fails where the system tells only now that a write did not go through. Closed it is in any case.
     Status close();

@@ -363,6 +363,22 @@ TEST_F(Recording, CanFollowAnotherAtOnce) {
     EXPECT_EQ(movie("b.smf").frames.at(0).number, 0u);
 }
 
+// The stream of the first ends with it and may still be on its way out: the second gets one of its own.
+TEST_F(Recording, CanFollowOneThatEndedByItsFrames) {
+    openCamera();
+    std::uint32_t number = 0;
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_EQ(save("a.smf", 1), 1) << i;
+        constexpr std::uint32_t kUntouched = 99;  // what it is left at without a recording
+        for (std::uint32_t frames = 0; frames != kUntouched; ++number) {
+            sendFrame(number, framePattern(number));
+            frames = kUntouched;
+            ASSERT_EQ(Tavra_GetAVIStatus(handle, nullptr, &frames, nullptr), 1);
+        }
+        EXPECT_EQ(movie("a.smf").frames.size(), 1u) << i;
+    }
+}
+
 TEST_F(Recording, RefusesASecondOne) {
     openCamera();
     startBoth();

@@ -56,6 +56,37 @@ TEST_F(SmfExports, ChangeTheCompressorOfTheReaderAlone) {
     EXPECT_EQ(readFile(path), before);
 }
 
+TEST_F(SmfExports, DevelopAMovie) {
+    const auto before = readFile(path);
+    const std::filesystem::path avi = folder / "a.avi";
+    const TavraSmfHandle reader = Tavra_SMFOpenFileW(path.u16string().c_str());
+    ASSERT_NE(reader, nullptr);
+    ASSERT_EQ(Tavra_SetSMFCompressor(reader, TAVRA_AVI_COMPRESSOR_NONE, 75), 1);
+    std::uint32_t current = 99;
+    EXPECT_EQ(Tavra_SMF2AVIW(reader, avi.u16string().c_str(), 0, &current, nullptr, nullptr), 1);
+    EXPECT_EQ(current, 1u);
+    Tavra_SMFCloseFile(reader);
+    EXPECT_EQ(readFile(path), before);
+    // Frames 0 and 4: the opening chunk, a frame, three empty ones, a frame; then the index of all of them.
+    constexpr std::size_t kFrame = 8 + 8, kEmpty = 8, kIndex = 8 + 16 * 6;
+    const auto bytes = readFile(avi);
+    ASSERT_EQ(bytes.size(), 4096 + kEmpty + 2 * kFrame + 3 * kEmpty + kIndex);
+    EXPECT_EQ(std::vector<std::uint8_t>(bytes.begin() + 4112, bytes.begin() + 4120),
+              std::vector<std::uint8_t>(8, 1));
+    EXPECT_EQ(std::vector<std::uint8_t>(bytes.begin() + 4152, bytes.begin() + 4160),
+              std::vector<std::uint8_t>(8, 2));
+}
+
+TEST_F(SmfExports, DoNotDevelopAMovieOntoItself) {
+    const auto before = readFile(path);
+    const TavraSmfHandle reader = Tavra_SMFOpenFileW(path.u16string().c_str());
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(Tavra_SMF2AVIW(reader, path.u16string().c_str(), 0, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(systemError(), TAVRA_ERROR_FILE_STREAM);
+    Tavra_SMFCloseFile(reader);
+    EXPECT_EQ(readFile(path), before);
+}
+
 TEST_F(SmfExports, GiveNoReaderForWhatCannotBeOpened) {
     EXPECT_EQ(Tavra_SMFOpenFileW((folder / "none.smf").u16string().c_str()), nullptr);
     EXPECT_EQ(systemError(), 2u);

@@ -217,10 +217,10 @@ Status CAVIFile20::WriteIdx1(FileRecord& record) {
 // failure is kept in the record.
 Status CAVIFile20::CloseFile(FileRecord& record) {
     beginFile();
+    begun_ = false;  // for the next file, whatever becomes of this one
     (void)CloseSegment(record);
     PatchHeaders(record);
     (void)record.keep(record.unbuffered->close());
-    begun_ = false;
     return record.firstFailure;
 }
 

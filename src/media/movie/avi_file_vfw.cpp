@@ -26,7 +26,7 @@ Status CAVIFileVFW::OpenFile(const std::u16string& name, std::unique_ptr<FileRec
     const platform::BitmapHeader image(reinterpret_cast<const std::uint8_t*>(&settings.image),
                                        settings.image.usedBytes());
     const bool chosen = compressor_ == kUserChooses;
-    if (chosen && isFirstFile()) TAVRA_RETURN_IF_ERROR(choice_.ask(image));
+    if (chosen && (isFirstFile() || !choice_.isHeld())) TAVRA_RETURN_IF_ERROR(choice_.ask(image));
     auto opened = std::make_unique<CodecRecord>();
     opened->name = name;
     TAVRA_RETURN_IF_ERROR(opened->movie.open(name, {.compressor = compressor_,

@@ -37,6 +37,9 @@ class CReadSMF {
     // last error.
     Status ReadFrame(std::uint64_t index, FrameHeader& frame, std::uint8_t* data);
 
+    // Whether a file of that name is this movie, which a conversion onto it would destroy.
+    bool isNamed(const std::u16string& fileName) const { return file_.isNamed(fileName); }
+
   private:
     Status readHeader();
     Status locateFrames();

@@ -9,6 +9,7 @@
 #include "base/pixel_format.h"
 #include "media/movie/movie_writer.h"
 #include "media/movie/save_avi_file.h"
+#include "platform/page_memory.h"
 #include "stages/color_interpolation.h"
 #include "stages/color_matrix.h"
 #include "stages/gamma.h"
@@ -193,8 +194,12 @@ class Conversion {
 Status convertSmf(CReadSMF& movie, const SmfConversion& order, StageMaker make) {
     const Picture picture(movie.header());
     if (!picture.possible()) return Status(error::kInvalidData);
+    if (movie.isNamed(order.fileName)) return Status(error::kFileStream);
     // No frame, no memory: a header that lies about its frames costs nothing.
     const bool hasFrames = order.firstFrame < movie.frameCount();
+    // Nor does one that asks for more than there is, which the system might grant: the recorder has an image,
+    // too.
+    if (hasFrames && picture.rawBytes + 2 * picture.imageBytes > platform::freePhysicalMemory()) return {};
     const Block raw = makeBlock(hasFrames ? picture.rawBytes : 0);
     const Block image = makeBlock(hasFrames ? picture.imageBytes : 0);
     if (!raw || !image) return {};

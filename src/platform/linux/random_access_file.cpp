@@ -51,10 +51,11 @@ Status RandomAccessFile::create(const std::u16string& name) {
 
 Status RandomAccessFile::openForReading(const std::u16string& name) {
     (void)close();
-    TAVRA_RETURN_IF_ERROR(openNative(name, O_RDONLY, native_));
-    // A folder opens for reading, but holds no bytes.
+    // A pipe would be waited for without the flag, which means nothing to a file.
+    TAVRA_RETURN_IF_ERROR(openNative(name, O_RDONLY | O_NONBLOCK, native_));
     struct stat about {};
-    if (fstat(static_cast<int>(native_), &about) == 0 && !S_ISDIR(about.st_mode)) return {};
+    const bool known = fstat(static_cast<int>(native_), &about) == 0;
+    if (known && !S_ISDIR(about.st_mode) && !S_ISFIFO(about.st_mode)) return {};
     (void)close();
     return failWith(error::kAccessDenied);
 }
@@ -97,6 +98,14 @@ Status RandomAccessFile::size(std::uint64_t& bytes) const {
     if (fstat(static_cast<int>(native_), &about) != 0) return systemFailure();
     bytes = static_cast<std::uint64_t>(about.st_size);
     return {};
+}
+
+bool RandomAccessFile::isNamed(const std::u16string& name) const {
+    const std::optional<std::string> narrow = toNarrowExactly(name);
+    struct stat mine {};
+    struct stat named {};
+    return narrow && fstat(static_cast<int>(native_), &mine) == 0 && stat(narrow->c_str(), &named) == 0 &&
+           mine.st_dev == named.st_dev && mine.st_ino == named.st_ino;
 }
 
 Status RandomAccessFile::close() {

@@ -107,6 +107,10 @@ Status RandomAccessFile::size(std::uint64_t& bytes) const {
     return {};
 }
 
+bool RandomAccessFile::isNamed(const std::u16string&) const {
+    return false;
+}
+
 Status RandomAccessFile::close() {
     if (!isOpen()) return {};
     return CloseHandle(handleOf(std::exchange(native_, kClosed))) ? Status() : systemFailure();
