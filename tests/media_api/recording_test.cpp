@@ -363,20 +363,42 @@ TEST_F(Recording, CanFollowAnotherAtOnce) {
     EXPECT_EQ(movie("b.smf").frames.at(0).number, 0u);
 }
 
-// The stream of the first ends with it and may still be on its way out: the second gets one of its own.
-TEST_F(Recording, CanFollowOneThatEndedByItsFrames) {
-    openCamera();
-    std::uint32_t number = 0;
-    for (int i = 0; i < 20; ++i) {
-        ASSERT_EQ(save("a.smf", 1), 1) << i;
-        constexpr std::uint32_t kUntouched = 99;  // what it is left at without a recording
-        for (std::uint32_t frames = 0; frames != kUntouched; ++number) {
-            sendFrame(number, framePattern(number));
-            frames = kUntouched;
-            ASSERT_EQ(Tavra_GetAVIStatus(handle, nullptr, &frames, nullptr), 1);
+// Keeps the capture thread in the frame that ended a recording, until the next one is being started.
+struct LastFrame {
+    TAVRA_COMMON_PARAM& camera;
+    platform::Event reached{platform::Event::Reset::Manual};
+
+    static void hold(void*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t,
+                     void* context, std::uint32_t*) {
+        auto& self = *static_cast<LastFrame*>(context);
+        if (self.camera.recording.exists()) return;
+        self.reached.set();
+        while (!self.camera.recording.exists() && self.camera.transferMutex.try_lock()) {
+            self.camera.transferMutex.unlock();
+            std::this_thread::yield();
         }
-        EXPECT_EQ(movie("a.smf").frames.size(), 1u) << i;
     }
+};
+
+// The stream of the first ends with it: the second gets one of its own.
+TEST_F(Recording, CanFollowOneThatEndedByItsFrames) {
+    openCamera(1, 5);
+    LastFrame last{record()};
+    std::uint32_t identifier = 0;
+    ASSERT_EQ(Tavra_AddPreviewBitmapCallback(handle, LastFrame::hold, &last, &identifier), 1);
+    startBoth(1);
+    std::uint32_t number = 0;
+    for (; !last.reached.wait(0); ++number) sendFrame(number, framePattern(number));
+    ASSERT_EQ(save("b.smf", 1), 1);
+    ASSERT_EQ(Tavra_RemovePreviewBitmapCallback(handle, identifier), 1);
+    expectMessages({{kRecordingEnded, 0},
+                    {TAVRA_MESSAGE_TRANSFER_ENDED, 0},
+                    {TAVRA_MESSAGE_TRANSFER_STARTED, 0},
+                    {kRecordingStarted, 0}});
+    for (int i = 0; i < 2; ++i, ++number) sendFrame(number, framePattern(number));
+    expectMessages({{kRecordingEnded, 0}});
+    EXPECT_EQ(movie("b.smf").frames.size(), 1u);
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
 }
 
 TEST_F(Recording, RefusesASecondOne) {
