@@ -13,9 +13,8 @@
 namespace tavra::bench {
 
 // Our time, the reference's time (of the fastest repetition of each; processor time, which other load on the
-// machine disturbs least, or the wall's where both benchmarks ask for it by UseRealTime or take
-// the time themselves), and how many times
-// the reference's rate is wanted.
+// machine disturbs least, or the wall's where both benchmarks ask for it by UseRealTime or take the time
+// themselves), and how many times the reference's rate is wanted.
 //
 // A target that is missed is told. It fails the run only from a quarter of it downwards, which no load of the
 // machine explains and a mistake in the code does.
