@@ -128,10 +128,12 @@ bool makeFolder(const std::string& folder) {
     return true;
 }
 
+// 0 behind a failure: each question to a locked database would wait its whole time.
 std::int64_t pragma(const Database& database, const char* text, std::uint32_t& error) {
+    if (error != 0) return 0;
     Statement statement(database, text);
     const std::int64_t value = statement.step() ? statement.number(0) : 0;
-    if (error == 0) error = statement.error();
+    error = statement.error();
     return value;
 }
 
@@ -153,6 +155,15 @@ struct TreeKey::State {
     Database database;
     std::int64_t key = kRoot;
     bool writing = false;
+    std::uint32_t lost = 0;  // why the database has taken the transaction back by itself
+
+    // Passes the result of a change on. Behind a lost transaction each change would be one of its own.
+    std::uint32_t changed(std::uint32_t error) {
+        if (error != 0 && lost == 0 && sqlite3_get_autocommit(database.handle()) != 0) lost = error;
+        return error;
+    }
+    // 0: changes go into the transaction.
+    std::uint32_t refusal() const { return writing ? lost : kAccessDenied; }
 
     // Opens the database and begins the transaction.
     std::uint32_t begin(bool write, bool create);
@@ -249,7 +260,7 @@ std::uint32_t TreeKey::open(const std::u16string& path, Access access, Missing m
 
 std::uint32_t TreeKey::close() {
     if (!isOpen()) return kInvalidParameter;
-    const std::uint32_t error = state_->database.run("COMMIT");
+    const std::uint32_t error = state_->lost != 0 ? state_->lost : state_->database.run("COMMIT");
     state_.reset();
     return error;
 }
@@ -267,15 +278,15 @@ std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
 
 std::uint32_t TreeKey::removeSubKey(const std::u16string& name) {
     if (!isOpen() || name.empty() || !keyPartsFit(name)) return kInvalidParameter;
-    if (!state_->writing) return kAccessDenied;
+    if (const std::uint32_t refused = state_->refusal(); refused != 0) return refused;
     std::int64_t key = kRoot;
     if (const std::uint32_t error = state_->walk(state_->key, name, false, key); error != 0) return error;
     if (key == state_->key) return kInvalidParameter;
     if (state_->hasKeysBelow(key)) return kAccessDenied;
     const std::uint32_t error =
-        Statement(state_->database, "DELETE FROM entries WHERE key = ?").bind(key).run();
+        state_->changed(Statement(state_->database, "DELETE FROM entries WHERE key = ?").bind(key).run());
     if (error != 0) return error;
-    return Statement(state_->database, "DELETE FROM keys WHERE id = ?").bind(key).run();
+    return state_->changed(Statement(state_->database, "DELETE FROM keys WHERE id = ?").bind(key).run());
 }
 
 std::uint32_t TreeKey::value(std::uint32_t index, TreeValue& value) {
@@ -308,25 +319,21 @@ std::uint32_t TreeKey::read(const std::u16string& name, TreeValue& value) {
 
 std::uint32_t TreeKey::write(const std::u16string& name, ValueType type, std::span<const std::uint8_t> data) {
     if (!isOpen() || name.size() > kLongestName) return kInvalidParameter;
-    if (!state_->writing) return kAccessDenied;
+    if (const std::uint32_t refused = state_->refusal(); refused != 0) return refused;
     Statement statement(state_->database,
                         "INSERT INTO entries(key, name, folded, type, data) VALUES(?1, ?2, ?3, ?4, ?5) "
                         "ON CONFLICT(key, folded) DO UPDATE SET type = ?4, data = ?5");
     const std::string own = narrow(name), key = folded(own);
-    return statement.bind(state_->key)
-        .bind(own)
-        .bind(key)
-        .bind(static_cast<std::int64_t>(type))
-        .bind(data)
-        .run();
+    const auto number = static_cast<std::int64_t>(type);
+    return state_->changed(statement.bind(state_->key).bind(own).bind(key).bind(number).bind(data).run());
 }
 
 std::uint32_t TreeKey::removeValue(const std::u16string& name) {
     if (!isOpen()) return kInvalidParameter;
-    if (!state_->writing) return kAccessDenied;
+    if (const std::uint32_t refused = state_->refusal(); refused != 0) return refused;
     Statement statement(state_->database, "DELETE FROM entries WHERE key = ? AND folded = ?");
     const std::string key = folded(narrow(name));
-    const std::uint32_t error = statement.bind(state_->key).bind(key).run();
+    const std::uint32_t error = state_->changed(statement.bind(state_->key).bind(key).run());
     if (error != 0) return error;
     return sqlite3_changes(state_->database.handle()) != 0 ? 0 : kNotFound;
 }

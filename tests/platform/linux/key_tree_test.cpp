@@ -1,7 +1,9 @@
 #include "platform/key_tree.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,6 +47,31 @@ class LinuxKeyTree : public testing::Test {
 TEST_F(LinuxKeyTree, ReadingMakesNoStore) {
     EXPECT_EQ(TreeKey().open(u"a", Access::Read, Missing::Fail), 2u);
     EXPECT_FALSE(std::filesystem::exists(tree_.database()));
+}
+
+// The database takes the transaction back by itself then. What comes behind must not go in alone.
+TEST_F(LinuxKeyTree, AWriteThatTheDiskDoesNotTakeUndoesTheWholeCall) {
+    ASSERT_EQ(write(u"a"), 0u);
+    TreeKey key;
+    ASSERT_EQ(key.open(u"a", Access::Write, Missing::Create), 0u);
+    ASSERT_EQ(key.write(u"first", ValueType::Binary, Bytes{1}), 0u);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit small{std::filesystem::file_size(tree_.database()), limit.rlim_max};
+    const auto handler = signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::uint32_t failure = key.write(u"large", ValueType::Binary, Bytes(16 << 20, 2));
+    setrlimit(RLIMIT_FSIZE, &limit);
+    signal(SIGXFSZ, handler);
+    EXPECT_NE(failure, 0u);
+    EXPECT_EQ(key.write(u"last", ValueType::Binary, Bytes{3}), failure);
+    EXPECT_EQ(key.removeValue(u"value"), failure);
+    EXPECT_EQ(key.close(), failure);
+
+    TreeValue value;
+    ASSERT_EQ(key.open(u"a", Access::Read, Missing::Fail), 0u);
+    EXPECT_EQ(key.read(u"value", value), 0u);
+    for (const char16_t* const name : {u"first", u"large", u"last"}) EXPECT_EQ(key.read(name, value), 2u);
 }
 
 TEST_F(LinuxKeyTree, AFileThatIsNoDatabaseIsRefused) {
