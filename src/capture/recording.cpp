@@ -51,11 +51,12 @@ Status imageShape(TAVRA_COMMON_PARAM& camera, platform::BitmapShape& shape) {
     return Status();
 }
 
-Status setUp(TAVRA_COMMON_PARAM& camera, const RecordingOrder& order, movie::ISaveAVIFile& recorder) {
+Status setUp(TAVRA_COMMON_PARAM& camera, const RecordingOrder& order, std::uint16_t format,
+             movie::ISaveAVIFile& recorder) {
     RecordingSlot& slot = camera.recording;
     std::uint32_t rate = 0;
     std::uint32_t scale = 0;
-    TAVRA_RETURN_IF_ERROR(Status(recorder.SetFileFormat(slot.format, order.compressor)));
+    TAVRA_RETURN_IF_ERROR(Status(recorder.SetFileFormat(format, order.compressor)));
     TAVRA_RETURN_IF_ERROR(Status(recorder.SetFrameSizeShift(slot.frameSize)));
     TAVRA_RETURN_IF_ERROR(Status(recorder.SetFramesPerFile(order.framesPerFile)));
     TAVRA_RETURN_IF_ERROR(Status(recorder.SetReserved(0)));
@@ -104,7 +105,8 @@ Status storeDevelopment(TAVRA_COMMON_PARAM& camera, movie::ISaveAVIFile& recorde
 
 // Puts the recorder where the capture thread finds it. A stream that is on its way out takes none any more
 // and is waited for, without the operation mutex: its last callbacks may ask for the recording's state.
-Status attach(TAVRA_COMMON_PARAM& camera, RecorderPointer& recorder, const platform::BitmapShape& shape) {
+Status attach(TAVRA_COMMON_PARAM& camera, RecorderPointer& recorder, std::uint16_t format,
+              const platform::BitmapShape& shape) {
     RecordingSlot& slot = camera.recording;
     const std::lock_guard transfer(camera.transferMutex);
     std::unique_lock operation(slot.operationMutex);
@@ -115,6 +117,7 @@ Status attach(TAVRA_COMMON_PARAM& camera, RecorderPointer& recorder, const platf
     }
     if (slot.exists()) return Status(error::kRecording);
     const bool joins = camera.transferRunning();
+    slot.format = format;
     slot.shape = shape;
     slot.startedStream = !joins;
     slot.put(recorder.get());
@@ -135,12 +138,11 @@ Status startRecording(TAVRA_COMMON_PARAM& camera, const RecordingOrder& order) {
     if (camera.recording.exists()) return Status(error::kRecording);
     const std::optional<std::uint16_t> format = formatOf(camera, order);
     if (!format) return Status(error::kFileName);
-    camera.recording.format = *format;
     RecorderPointer recorder(static_cast<movie::ISaveAVIFile*>(CreateStageObject(stage_code::kCreateAvi)));
     if (recorder == nullptr) return Status(error::kOutOfMemory);
 
     platform::BitmapShape shape;
-    TAVRA_RETURN_IF_ERROR(setUp(camera, order, *recorder));
+    TAVRA_RETURN_IF_ERROR(setUp(camera, order, *format, *recorder));
     TAVRA_RETURN_IF_ERROR(imageShape(camera, shape));
     TAVRA_RETURN_IF_ERROR(setImageFormat(shape, takesRaw(*format), *recorder));
     TAVRA_RETURN_IF_ERROR(Status(recorder->AddFile(order.fileName)));
@@ -148,7 +150,7 @@ Status startRecording(TAVRA_COMMON_PARAM& camera, const RecordingOrder& order) {
     TAVRA_RETURN_IF_ERROR(Status(recorder->SetNotifyParam(reinterpret_cast<std::uintptr_t>(&camera))));
     if (*format == movie::movie_format::kSmf) TAVRA_RETURN_IF_ERROR(storeDevelopment(camera, *recorder));
     if (recorder->Start() != 0) return Status(error::kOutOfMemory);
-    return attach(camera, recorder, shape);
+    return attach(camera, recorder, *format, shape);
 }
 
 Status setRecordingStatus(TAVRA_COMMON_PARAM& camera, std::uint8_t status) {

@@ -151,7 +151,7 @@ std::uint32_t CCreateAVI::SetImageFormatEx(std::uint32_t width, std::uint32_t he
     MovieSettings& settings = writer_->settings;
     settings.imageBytes = imageBytes_;
     settings.rowStride = static_cast<std::uint32_t>(copy.stride);
-    settings.swapRedBlue = pixel->redFirst;
+    settings.swapRedBlue = pixel->redFirst && !raw;  // a raw row is one byte a pixel
     settings.image = ImageDescription::of(copy.width, copy.height, settings.rowStride, pixel->fileBits);
     return error::kNone;
 }

@@ -194,6 +194,22 @@ TEST_F(CreateAvi, TakesTheFormatsOfItsTable) {
     }
 }
 
+TEST_F(CreateAvi, KeepsTheBytesOfRawFramesInTheirOrder) {
+    for (const std::uint32_t code : {0x02180014u, 0x02200016u}) {
+        MovieFilesDouble place;
+        Recorder raw(place);
+        ASSERT_EQ(raw->SetFileFormat(movie::movie_format::kSmf, 0), 0u);
+        ASSERT_EQ(raw->SetImageFormatEx(4, 2, 0, code), 0u);
+        ASSERT_EQ(raw->AddFile(u"movie"), 0u);
+        ASSERT_EQ(raw->Start(), 0u);
+        raw.write({1, 2, 3, 4, 5, 6, 7, 8}, 0);
+        ASSERT_EQ(raw->SetStatus(0), 0u);
+        const Bytes file = place.bytes(u"movie");
+        ASSERT_EQ(file.size(), 376u + 24 + 8);
+        EXPECT_EQ(Bytes(file.end() - 8, file.end()), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+    }
+}
+
 TEST_F(CreateAvi, RefusesOtherFormats) {
     ASSERT_EQ(recorder->SetFileFormat(kTestFormat, 0), 0u);
     for (const std::uint32_t code : {0u, 1u, 0x01080002u, 0x01080007u, 0x0108000Cu, 0x02180013u, 0x02180016u,
