@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "base/pixel_format.h"
 #include "base/status.h"
@@ -45,10 +46,13 @@ class Bitmap {
     void* native_ = nullptr;
 };
 
+class IPaint;
+
 // A device context with a bitmap selected, for as long as the object lives.
 //
-// Windows: a memory HDC. Linux: a cairo_t*; cairo is loaded when the first context is made. An 8 or 24-bit
-// bitmap is drawn on through a surface of 32 bits that is merged back when the object ends. One thread.
+// Windows: a memory HDC. Linux: a cairo_t*, made when it is first asked for, and cairo loaded with the first
+// of all. An 8 or 24-bit bitmap is drawn on through a surface of 32 bits that is merged back when the object
+// ends. One thread.
 class MemoryContext {
   public:
     explicit MemoryContext(Bitmap& bitmap);
@@ -56,12 +60,17 @@ class MemoryContext {
     MemoryContext(const MemoryContext&) = delete;
     MemoryContext& operator=(const MemoryContext&) = delete;
 
-    TavraDC dc() const { return dc_; }  // null: none could be made
+    TavraDC dc();  // null: none could be made
+
+    // The library's own drawing, over what was drawn through the context. Works without one, too. Belongs to
+    // this object; the next call of dc() or paint() ends it.
+    IPaint& paint();
 
   private:
+    struct Native;
+
     Bitmap& bitmap_;
-    TavraDC dc_ = nullptr;
-    void* surface_ = nullptr;
+    std::unique_ptr<Native> native_;
 };
 
 }  // namespace tavra::platform

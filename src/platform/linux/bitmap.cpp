@@ -7,6 +7,10 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
+
+#include "platform/linux/pixel_paint.h"
+#include "platform/paint.h"
 
 namespace tavra::platform {
 namespace {
@@ -22,16 +26,30 @@ struct Cairo {
     decltype(&cairo_create) create = nullptr;
     decltype(&cairo_status) status = nullptr;
     decltype(&cairo_destroy) destroy = nullptr;
+    decltype(&cairo_surface_mark_dirty) markDirty = nullptr;
+    decltype(&cairo_save) save = nullptr;
+    decltype(&cairo_restore) restore = nullptr;
+    decltype(&cairo_identity_matrix) identity = nullptr;
+    decltype(&cairo_new_path) newPath = nullptr;
+    decltype(&cairo_set_operator) setOperator = nullptr;
+    decltype(&cairo_set_source_rgb) setSource = nullptr;
+    decltype(&cairo_rectangle) rectangle = nullptr;
+    decltype(&cairo_fill) fill = nullptr;
     bool complete = false;
 
     Cairo() {
         void* const library = dlopen("libcairo.so.2", RTLD_NOW | RTLD_LOCAL);  // kept until the process ends
         if (library == nullptr) return;
-        complete = look(library, "cairo_image_surface_create_for_data", createSurface) &&
-                   look(library, "cairo_surface_flush", flush) &&
-                   look(library, "cairo_surface_destroy", destroySurface) &&
-                   look(library, "cairo_create", create) && look(library, "cairo_status", status) &&
-                   look(library, "cairo_destroy", destroy);
+        complete =
+            look(library, "cairo_image_surface_create_for_data", createSurface) &&
+            look(library, "cairo_surface_flush", flush) &&
+            look(library, "cairo_surface_destroy", destroySurface) && look(library, "cairo_create", create) &&
+            look(library, "cairo_status", status) && look(library, "cairo_destroy", destroy) &&
+            look(library, "cairo_surface_mark_dirty", markDirty) && look(library, "cairo_save", save) &&
+            look(library, "cairo_restore", restore) && look(library, "cairo_identity_matrix", identity) &&
+            look(library, "cairo_new_path", newPath) && look(library, "cairo_set_operator", setOperator) &&
+            look(library, "cairo_set_source_rgb", setSource) && look(library, "cairo_rectangle", rectangle) &&
+            look(library, "cairo_fill", fill);
     }
 
     template <typename Function>
@@ -125,36 +143,80 @@ void Bitmap::free() {
     shape_ = {};
 }
 
-MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap) {
-    const BitmapShape& shape = bitmap_.shape();
-    if (bitmap_.pixels() == nullptr || shape.width > kMostPixels || shape.height > kMostPixels) return;
-    if (!cairo().complete) return;
-    auto* const canvas = new (std::nothrow) Canvas(bitmap_);
-    if (canvas == nullptr) return;
-    surface_ = canvas;
-    if (canvas->data() == nullptr) return;
-    canvas->surface =
-        cairo().createSurface(canvas->data(), CAIRO_FORMAT_RGB24, static_cast<int>(shape.width),
-                              static_cast<int>(shape.height), static_cast<int>(canvas->stride()));
-    cairo_t* const context = cairo().create(canvas->surface);
-    if (cairo().status(context) == CAIRO_STATUS_SUCCESS) {
-        dc_ = context;
-    } else {
-        cairo().destroy(context);
+struct MemoryContext::Native {
+    std::unique_ptr<Canvas> canvas;
+    cairo_t* context = nullptr;
+    std::optional<PixelPaint> paint;
+
+    // Nothing stays behind of what could not be made.
+    void make(const Bitmap& bitmap) {
+        const BitmapShape& shape = bitmap.shape();
+        if (bitmap.pixels() == nullptr || shape.width > kMostPixels || shape.height > kMostPixels) return;
+        if (!cairo().complete) return;
+        canvas.reset(new (std::nothrow) Canvas(bitmap));
+        if (canvas == nullptr || canvas->data() == nullptr) {
+            canvas.reset();
+            return;
+        }
+        canvas->surface =
+            cairo().createSurface(canvas->data(), CAIRO_FORMAT_RGB24, static_cast<int>(shape.width),
+                                  static_cast<int>(shape.height), static_cast<int>(canvas->stride()));
+        context = cairo().create(canvas->surface);
+        if (cairo().status(context) != CAIRO_STATUS_SUCCESS) end();
     }
+
+    void end() {
+        if (context != nullptr) cairo().destroy(context);
+        if (canvas != nullptr) cairo().destroySurface(canvas->surface);
+        context = nullptr;
+        canvas.reset();
+    }
+};
+
+MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap), native_(std::make_unique<Native>()) {}
+
+// There is a context only if cairo is complete. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
+
+TavraDC MemoryContext::dc() {
+    if (native_->context == nullptr) native_->make(bitmap_);
+    // What was painted meanwhile is not in cairo's keeping.
+    if (native_->context != nullptr && native_->paint) cairo().markDirty(native_->canvas->surface);
+    native_->paint.reset();
+    return native_->context;
+}
+
+IPaint& MemoryContext::paint() {
+    const BitmapShape& shape = bitmap_.shape();
+    PixelArea area{bitmap_.pixels(), shape.stride(), shape.width, shape.height, shape.bitCount / 8};
+    if (native_->context != nullptr) {
+        cairo().flush(native_->canvas->surface);
+        area = {native_->canvas->data(), native_->canvas->stride(), shape.width, shape.height, 4};
+    }
+    return native_->paint.emplace(area);
 }
 
 MemoryContext::~MemoryContext() {
-    // There is a surface only if cairo is complete. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
-    auto* const canvas = static_cast<Canvas*>(surface_);
-    if (dc_ != nullptr) {
-        cairo().flush(canvas->surface);
-        cairo().destroy(static_cast<cairo_t*>(dc_));
-        canvas->mergeBack();
-    }
-    if (canvas != nullptr && canvas->surface != nullptr) cairo().destroySurface(canvas->surface);
-    delete canvas;
-    // NOLINTEND(clang-analyzer-core.CallAndMessage)
+    if (native_->context == nullptr) return;
+    cairo().flush(native_->canvas->surface);
+    native_->canvas->mergeBack();
+    native_->end();
+}
+
+// NOLINTEND(clang-analyzer-core.CallAndMessage)
+
+void fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
+    if (!cairo().complete) return;
+    auto* const context = static_cast<cairo_t*>(dc);
+    const auto channel = [color](unsigned shift) { return (color >> shift & 0xFF) / 255.0; };
+    cairo().save(context);
+    cairo().identity(context);
+    cairo().newPath(context);
+    cairo().setOperator(context, CAIRO_OPERATOR_SOURCE);
+    cairo().setSource(context, channel(0), channel(8), channel(16));
+    cairo().rectangle(context, rectangle.left, rectangle.top, static_cast<double>(rectangle.width()),
+                      static_cast<double>(rectangle.height()));
+    cairo().fill(context);
+    cairo().restore(context);
 }
 
 }  // namespace tavra::platform

@@ -3,6 +3,9 @@
 #include <windows.h>
 
 #include <cstring>
+#include <optional>
+
+#include "platform/windows/gdi_paint.h"
 
 namespace tavra::platform {
 namespace {
@@ -59,24 +62,38 @@ void Bitmap::free() {
     shape_ = {};
 }
 
-MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap) {
+struct MemoryContext::Native {
+    HDC dc = nullptr;
+    HGDIOBJ before = nullptr;  // what was selected
+    std::optional<GdiPaint> paint;
+};
+
+MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap), native_(std::make_unique<Native>()) {
     if (bitmap_.native() == nullptr) return;
     const HDC dc = CreateCompatibleDC(nullptr);
     if (dc == nullptr) return;
-    surface_ = SelectObject(dc, static_cast<HBITMAP>(bitmap_.native()));  // what was selected before
-    if (surface_ == nullptr) {
+    native_->before = SelectObject(dc, static_cast<HBITMAP>(bitmap_.native()));
+    if (native_->before == nullptr) {
         DeleteDC(dc);
         return;
     }
-    dc_ = dc;
+    native_->dc = dc;
+}
+
+TavraDC MemoryContext::dc() {
+    return native_->dc;
+}
+
+// On a context that could not be made every operation fails.
+IPaint& MemoryContext::paint() {
+    return native_->paint.emplace(native_->dc);
 }
 
 MemoryContext::~MemoryContext() {
-    if (dc_ == nullptr) return;
-    const HDC dc = static_cast<HDC>(dc_);
+    if (native_->dc == nullptr) return;
     GdiFlush();  // what was drawn stands in the pixels before they are read
-    SelectObject(dc, static_cast<HGDIOBJ>(surface_));
-    DeleteDC(dc);
+    SelectObject(native_->dc, native_->before);
+    DeleteDC(native_->dc);
 }
 
 }  // namespace tavra::platform

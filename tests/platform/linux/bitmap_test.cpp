@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 
+#include "platform/paint.h"
 #include "support/drawing.h"
 
 namespace tavra::platform {
@@ -68,15 +69,46 @@ TEST(Bitmap, OfNoSizeCanBeMade) {
 
 TEST(MemoryContext, OfNoBitmapHasNoContext) {
     Bitmap bitmap;
-    const MemoryContext context(bitmap);
+    MemoryContext context(bitmap);
     EXPECT_EQ(context.dc(), nullptr);
 }
 
 TEST(MemoryContext, OfAnImageTooLargeToDrawOnHasNoContext) {
     Bitmap bitmap;
     ASSERT_TRUE(bitmap.create({40000, 1, 8}).ok());
-    const MemoryContext context(bitmap);
+    MemoryContext context(bitmap);
     EXPECT_EQ(context.dc(), nullptr);
+}
+
+// 0x00BBGGRR, and rows of 4 pixels are 12 bytes.
+TEST(MemoryContext, ASolidFillCoversItsAreaAndNoMore) {
+    platform::Bitmap bitmap;
+    ASSERT_TRUE(bitmap.create({4, 3, 24}).ok());
+    {
+        platform::MemoryContext context(bitmap);
+        ASSERT_NE(context.dc(), nullptr);
+        platform::fillSolid(context.dc(), {1, 1, 3, 2}, 0x00332211);
+    }
+    for (std::size_t i = 0; i < 36; ++i) {
+        const bool inside = i >= 12 + 3 && i < 12 + 9;
+        const std::uint8_t expected = i % 3 == 0 ? 0x33 : i % 3 == 1 ? 0x22 : 0x11;
+        EXPECT_EQ(bitmap.pixels()[i], inside ? expected : 0) << i;
+    }
+}
+
+// The library's own drawing lies over what was drawn through the context, and the other way round.
+TEST(MemoryContext, PaintAndContextDrawOnTheSamePixels) {
+    platform::Bitmap bitmap;
+    ASSERT_TRUE(bitmap.create({4, 1, 8}).ok());
+    {
+        platform::MemoryContext context(bitmap);
+        ASSERT_NE(context.dc(), nullptr);
+        platform::fillSolid(context.dc(), {0, 0, 3, 1}, 0xFFFFFF);
+        context.paint().fillBlack({0, 0, 2, 1});
+        platform::fillSolid(context.dc(), {0, 0, 1, 1}, 0xFFFFFF);
+    }
+    const std::uint8_t expected[] = {255, 0, 255, 0};
+    for (std::size_t x = 0; x < 4; ++x) EXPECT_EQ(bitmap.pixels()[x], expected[x]) << x;
 }
 
 }  // namespace

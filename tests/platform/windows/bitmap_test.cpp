@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Depths, BitmapOfDepth, testing::Values(8u, 24u, 32u));
 TEST(Bitmap, Of8BitsHasAPaletteOf256Greys) {
     Bitmap bitmap;
     ASSERT_TRUE(bitmap.create({5, 3, 8}).ok());
-    const MemoryContext context(bitmap);
+    MemoryContext context(bitmap);
     ASSERT_NE(context.dc(), nullptr);
     std::array<RGBQUAD, 257> colors{};
     ASSERT_EQ(GetDIBColorTable(static_cast<HDC>(context.dc()), 0, colors.size(), colors.data()), 256u);
@@ -95,7 +95,7 @@ TEST(Bitmap, Of24BitsHasBlueAheadOfGreenAheadOfRed) {
     Bitmap bitmap;
     ASSERT_TRUE(bitmap.create({1, 1, 24}).ok());
     {
-        const MemoryContext context(bitmap);
+        MemoryContext context(bitmap);
         ASSERT_TRUE(fillRectangle(context.dc(), {0, 0, 1, 1}, {0xFE, 0xDC, 0xBA}));
     }
     EXPECT_EQ(bitmap.pixels()[0], 0xBA);
@@ -129,7 +129,7 @@ TEST(Bitmap, MadeAnewHasTheNewShapeAlone) {
 
 TEST(MemoryContext, OfNoBitmapHasNoContext) {
     Bitmap bitmap;
-    const MemoryContext context(bitmap);
+    MemoryContext context(bitmap);
     EXPECT_EQ(context.dc(), nullptr);
 }
 
