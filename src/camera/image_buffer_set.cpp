@@ -21,7 +21,7 @@ bool canExist(const platform::BitmapShape& shape) {
 Status ImageBufferSet::create(const platform::BitmapShape& shape) {
     destroy();
     if (!canExist(shape)) return Status(error::kOutOfMemory);
-    const std::lock_guard lock(mutex_);
+    const std::scoped_lock lock(drawMutex_, mutex_);
     for (Image& image : images_) {
         const Status status = image.bitmap.create(shape);
         if (status.ok()) continue;
@@ -33,7 +33,7 @@ Status ImageBufferSet::create(const platform::BitmapShape& shape) {
 }
 
 void ImageBufferSet::destroy() {
-    const std::lock_guard lock(mutex_);
+    const std::scoped_lock lock(drawMutex_, mutex_);
     for (Image& image : images_) {
         image.bitmap.free();
         image.frameNumber = 0;

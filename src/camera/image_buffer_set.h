@@ -43,12 +43,21 @@ class ImageBufferSet {
         look(shape_, images_[displayIndex_]);
     }
 
+    // The same for the drawing: `draw(image)` may take its time, the capture thread goes on meanwhile. Only a
+    // change of the format waits for it.
+    template <typename Draw>
+    void drawReady(Draw draw) {
+        const std::lock_guard drawing(drawMutex_);
+        draw(images_[takeReady()]);
+    }
+
     Image& image(std::uint32_t index) { return images_[index]; }
 
     // Held by a reader of the shown image while it looks at the pixels.
     std::mutex& mutex() { return mutex_; }
 
   private:
+    std::mutex drawMutex_;  // keeps the images while one is drawn; taken before the other
     std::mutex mutex_;
     std::uint32_t displayIndex_ = 0;
     std::uint32_t readyIndex_ = 0;

@@ -1,0 +1,156 @@
+#include "display/draw_image.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace tavra {
+namespace {
+
+std::int32_t saturated(double value) {
+    constexpr double kLeast = std::numeric_limits<std::int32_t>::min();
+    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
+    if (std::isnan(value)) return 0;
+    return static_cast<std::int32_t>(std::clamp(value, kLeast, kMost));
+}
+
+// Cuts one axis of a destination, and of its source in the same proportion, to 0 up to `limit`. Nothing is
+// drawn of what comes out with an end before its beginning.
+void clipAxis(std::int32_t& sourceBegin, std::int32_t& sourceEnd, std::int32_t& begin, std::int32_t& end,
+              std::int32_t limit) {
+    const double scale = (double{1} * end - begin) / (double{1} * sourceEnd - sourceBegin);
+    if (begin < 0) {
+        sourceBegin = saturated(sourceBegin - std::trunc(begin / scale - 0.5));
+        begin = 0;
+    }
+    if (end > limit) {
+        sourceEnd = saturated(sourceEnd - std::trunc((double{1} * end - limit) / scale + 0.5));
+        end = limit;
+    }
+}
+
+}  // namespace
+
+std::uint32_t CDrawImage::GetDC(TavraDC* dc) {
+    *dc = nullptr;
+    return 0;
+}
+
+std::uint32_t CDrawImage::ReleaseDC(TavraDC) {
+    return 0;
+}
+
+std::uint32_t CDrawImage::EraseBackground(platform::IPaint*) {
+    return 0;
+}
+
+std::uint32_t CDrawImage::SetColorKey(std::uint32_t) {
+    return 0;
+}
+
+std::uint32_t CDrawImage::GetColorKey(std::uint32_t* color) {
+    *color = 0;
+    return 0;
+}
+
+std::uint32_t CDrawImage::ResetOverlay() {
+    return 0;
+}
+
+std::uint32_t CDrawImage::SetImageSize(std::uint32_t width, std::uint32_t height, std::uint32_t bits) {
+    imageWidth = width;
+    imageHeight = height;
+    imageBits = bits;
+    return 0;
+}
+
+std::uint32_t CDrawImage::OnSize(std::uint32_t, std::uint32_t, std::uint32_t) {
+    return 0;
+}
+
+std::uint32_t CDrawImage::OnMove(std::int32_t, std::int32_t) {
+    return 0;
+}
+
+std::uint32_t CDrawImage::Initialize() {
+    return 0;
+}
+
+std::uint32_t CDrawImage::Create(TavraWindow window, std::uint32_t width, std::uint32_t height,
+                                 std::uint32_t bits) {
+    windowHandle = window;
+    imageWidth = width;
+    imageHeight = height;
+    imageBits = bits;
+    if (const Status status = system_.desktop(desktopRect); !status.ok()) return status.code();
+    Change change{};
+    refreshClientRect(change);
+    return Initialize();
+}
+
+std::uint32_t CDrawImage::Draw(const Rectangle* source, const Rectangle* destination,
+                               const BackgroundRectangles& background, const DrawImageInfo& info) {
+    Change change{};
+    refreshClientRect(change);
+    tellChange(change);
+    const Rectangle wholeSource = source != nullptr ? *source : Rectangle();
+    Rectangle cutSource = wholeSource;
+    Rectangle cutDestination = destination != nullptr ? *destination : Rectangle();
+    const Rectangle wholeDestination = cutDestination;
+    clip(cutSource, cutDestination);
+    const std::uint32_t result = DrawImage(cutSource, cutDestination, background, info);
+    lastFrameId = info.frameId;
+    lastSource = wholeSource;
+    lastDest = wholeDestination;
+    lastBackground = background;
+    hasLastDraw = 1;
+    return result;
+}
+
+std::uint32_t CDrawImage::CheckMove() {
+    Change change{};
+    if (const std::uint32_t failure = refreshClientRect(change); failure != 0) return failure;
+    return tellChange(change);
+}
+
+std::uint32_t CDrawImage::CheckSize(std::uint32_t kind, std::uint32_t width, std::uint32_t height) {
+    Change change{};
+    if (const std::uint32_t failure = refreshClientRect(change); failure != 0) return failure;
+    return change == Change::Size ? OnSize(kind, width, height) : 0;
+}
+
+// A failed reading changes nothing.
+std::uint32_t CDrawImage::refreshClientRect(Change& change) {
+    change = Change::None;
+    Rectangle now;
+    if (const Status status = system_.clientOnScreen(windowHandle, now); !status.ok()) return status.code();
+    if (now.right <= now.left) now.right = now.left + 1;
+    if (now.bottom <= now.top) now.bottom = now.top + 1;
+    if (now.width() != clientRect.width() || now.height() != clientRect.height()) {
+        change = Change::Size;
+    } else if (now != clientRect) {
+        change = Change::Position;
+    }
+    clientRect = now;
+    return 0;
+}
+
+std::uint32_t CDrawImage::tellChange(Change change) {
+    switch (change) {
+        case Change::Size:
+            return OnSize(0, static_cast<std::uint32_t>(clientRect.width()),
+                          static_cast<std::uint32_t>(clientRect.height()));
+        case Change::Position: return OnMove(clientRect.left, clientRect.top);
+        default: return 0;
+    }
+}
+
+void CDrawImage::clip(Rectangle& source, Rectangle& destination) const {
+    if (source.empty()) return;
+    clipAxis(source.left, source.right, destination.left, destination.right,
+             static_cast<std::int32_t>(clientRect.width()));
+    clipAxis(source.top, source.bottom, destination.top, destination.bottom,
+             static_cast<std::int32_t>(clientRect.height()));
+}
+
+}  // namespace tavra

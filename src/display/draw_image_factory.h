@@ -1,0 +1,19 @@
+// The draw object that a display mode names.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "display/draw_image.h"
+
+namespace tavra {
+
+// Modes that draw plainly have no surface that an application could draw on.
+constexpr bool isPlainDisplayMode(std::uint8_t mode) {
+    return mode == 0 || mode == 8;
+}
+
+// Null for a mode whose back-end this build of the library has not. Throws std::bad_alloc.
+std::shared_ptr<CDrawImage> makeDrawImage(std::uint8_t displayMode, platform::IWindowSystem& system);
+
+}  // namespace tavra

@@ -1,0 +1,489 @@
+#include "display/preview_window.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "display/draw_image_factory.h"
+#include "platform/last_error.h"
+
+namespace tavra {
+namespace {
+
+using platform::Axis;
+
+constexpr std::uint32_t kClassExists = 1410;
+constexpr std::uint32_t kClassHasWindows = 1412;
+
+std::uint32_t asMask(std::uint8_t alpha) {
+    return std::uint32_t{alpha} << 24;
+}
+
+}  // namespace
+
+void SharedPlace::store(const PreviewPlace& place) {
+    x = place.x;
+    y = place.y;
+    width = place.width;
+    height = place.height;
+}
+
+PreviewWindow::PreviewWindow(IPreviewCamera& camera, platform::IWindowSystem& system)
+    : camera_(camera), system_(system) {}
+
+PreviewWindow::~PreviewWindow() {
+    static_cast<void>(destroy());
+}
+
+// Creation and destruction.
+
+Status PreviewWindow::create(PreviewRequest request) {
+    const std::lock_guard lock(lifeMutex_);
+    TAVRA_RETURN_IF_ERROR(destroyWindow());
+    if (request.place.width == 0 && request.place.height == 0) {
+        const ImageSize image = camera_.previewImageSize();
+        request.place.width = image.width;
+        request.place.height = image.height;
+    }
+    parentWindow = request.parent;
+    windowStyle = request.style;
+    windowMenu = request.menu;
+    closableClass_ = request.closable;
+    const Status registered = system_.registerClass(closableClass_);
+    if (!registered.ok() && registered.code() != kClassExists) return registered;
+    classRegistered_ = true;
+    const Status opened = openWindow(request);
+    if (!opened.ok()) {
+        static_cast<void>(post(TAVRA_MESSAGE_WINDOW_CLOSED, displayError));
+        return opened;
+    }
+    if (const Status made = makeDrawObject(); !made.ok()) {
+        static_cast<void>(destroyWindow());
+        return made;
+    }
+    static_cast<void>(
+        post(TAVRA_MESSAGE_WINDOW_CREATED, reinterpret_cast<std::uintptr_t>(previewWindow.load())));
+    return Status();
+}
+
+Status PreviewWindow::openWindow(const PreviewRequest& request) {
+    platform::WindowRequest made{.closable = request.closable,
+                                 .title = request.title,
+                                 .style = request.style,
+                                 .x = static_cast<std::int32_t>(request.place.x),
+                                 .y = static_cast<std::int32_t>(request.place.y),
+                                 .size = {},
+                                 .parent = request.parent,
+                                 .menu = request.menu};
+    TAVRA_RETURN_IF_ERROR(windowSize(request, made.size));
+    {
+        const std::lock_guard lock(drawObjectMutex_);
+        windowGone_ = false;
+    }
+    TavraWindow window = nullptr;
+    return system_.create(made, *this, window);
+}
+
+Status PreviewWindow::windowSize(const PreviewRequest& request, Size& size) const {
+    const Size client{request.place.width, request.place.height};
+    TAVRA_RETURN_IF_ERROR(system_.outerSize(client, request.style, request.menu, size));
+    if ((request.style & platform::kStyleChild) != 0) return Status();
+    const Size most = system_.workArea();
+    size = {std::min(size.width, most.width), std::min(size.height, most.height)};
+    return Status();
+}
+
+// The window may be closed meanwhile: its end then finds no draw object, and none is left behind.
+Status PreviewWindow::makeDrawObject() {
+    const DrawObject made = makeDrawImage(displayMode, system_);
+    if (made == nullptr) return Status(error::kNotSupported);
+    made->alphaMask = asMask(alphaChannel);
+    made->SetColorKey(colorKey);
+    const ImageSize image = camera_.previewImageSize();
+    const std::uint32_t failure = made->Create(previewWindow, image.width, image.height, imageBits());
+    if (failure != 0) return Status(failure);
+    {
+        const std::lock_guard lock(drawObjectMutex_);
+        if (!windowGone_) drawObject_ = made;
+    }
+    invalidate();
+    return Status();
+}
+
+Status PreviewWindow::destroy() {
+    const std::lock_guard lock(lifeMutex_);
+    return destroyWindow();
+}
+
+// By design: whether the system could destroy the window does not matter, it may be dead already.
+Status PreviewWindow::destroyWindow() {
+    const TavraWindow window = previewWindow.exchange(nullptr);
+    if (window != nullptr) static_cast<void>(system_.destroy(window));
+    if (!std::exchange(classRegistered_, false)) return Status();
+    const Status unregistered = system_.unregisterClass(closableClass_);
+    return unregistered.code() == kClassHasWindows ? Status() : unregistered;
+}
+
+bool PreviewWindow::alive() const {
+    const TavraWindow window = previewWindow;
+    return window != nullptr && system_.isWindow(window);
+}
+
+// Title, style, size.
+
+Status PreviewWindow::setTitle(const std::u16string& title) {
+    const TavraWindow window = previewWindow;
+    if (window == nullptr) return Status(error::kNoWindow);
+    // By design: a success also with a handle that is dead.
+    static_cast<void>(system_.setTitle(window, title));
+    return Status();
+}
+
+Status PreviewWindow::title(std::u16string& title) {
+    const TavraWindow window = previewWindow;
+    if (window == nullptr) return Status(error::kNoWindow);
+    title = system_.title(window);
+    return Status();
+}
+
+// By design: what is stored changes also if the system refuses it, and only the last error tells.
+Status PreviewWindow::setStyle(std::uint32_t style) {
+    const TavraWindow window = previewWindow;
+    if (window == nullptr) return Status(error::kNoWindow);
+    windowStyle = style;
+    camera_.notePreviewFailure(system_.setStyle(window, style));
+    return Status();
+}
+
+Status PreviewWindow::setSize(const PreviewPlace& place) {
+    const TavraWindow window = previewWindow;
+    if (window == nullptr) return Status(error::kNoWindow);
+    Size outer;
+    TAVRA_RETURN_IF_ERROR(system_.outerSize({place.width, place.height}, windowStyle, windowMenu, outer));
+    return system_.place(window, static_cast<std::int32_t>(place.x), static_cast<std::int32_t>(place.y),
+                         outer);
+}
+
+Status PreviewWindow::size(PreviewPlace& place) {
+    const TavraWindow window = previewWindow;
+    if (window == nullptr) return Status(error::kNoWindow);
+    Rectangle whole, client, parent;
+    TAVRA_RETURN_IF_ERROR(system_.windowOnScreen(window, whole));
+    TAVRA_RETURN_IF_ERROR(system_.clientOnScreen(window, client));
+    if (isChildOfParent()) TAVRA_RETURN_IF_ERROR(system_.clientOnScreen(parentWindow, parent));
+    place = {static_cast<std::uint32_t>(whole.left - parent.left),
+             static_cast<std::uint32_t>(whole.top - parent.top), static_cast<std::uint32_t>(client.width()),
+             static_cast<std::uint32_t>(client.height())};
+    return Status();
+}
+
+void PreviewWindow::invalidate() const {
+    if (alive()) static_cast<void>(system_.invalidate(previewWindow, false));
+}
+
+// What is shown, and where.
+
+void PreviewWindow::setDestination(const PreviewPlace& place) {
+    destination.store(place);
+    postResize();
+    static_cast<void>(post(TAVRA_MESSAGE_DESTINATION_CHANGED));
+}
+
+void PreviewWindow::setMask(const PreviewPlace& place) {
+    mask.store(place);
+    postResize();
+    static_cast<void>(post(TAVRA_MESSAGE_MASK_CHANGED));
+}
+
+void PreviewWindow::postResize() {
+    const TavraWindow window = previewWindow;
+    if (window != nullptr) camera_.notePreviewFailure(system_.postResize(window));
+}
+
+Status PreviewWindow::setAspectMode(std::uint8_t mode) {
+    aspectMode = mode;
+    const TavraWindow window = previewWindow;
+    if (window == nullptr) return Status();
+    TAVRA_RETURN_IF_ERROR(system_.postResize(window));
+    return system_.invalidate(window, true);
+}
+
+Status PreviewWindow::setDisplayMode(std::uint8_t mode) {
+    if (alive()) return Status(error::kWindowExists);
+    displayMode = mode;
+    return Status();
+}
+
+// Drawing by the application.
+
+void PreviewWindow::setColorKey(std::uint32_t color) {
+    colorKey = color;
+    const DrawObject object = drawObject();
+    if (object == nullptr) return;
+    object->SetColorKey(color);
+    invalidate();
+}
+
+void PreviewWindow::setAlphaChannel(std::uint8_t alpha) {
+    alphaChannel = alpha;
+    if (const DrawObject object = drawObject()) object->alphaMask = asMask(alpha);
+}
+
+// By design: plain modes have no drawing surface, and say so with the code of cameras that lack something.
+Status PreviewWindow::drawingSurface(DrawObject& object) const {
+    object = drawObject();
+    if (object == nullptr) return Status(error::kNoWindow);
+    return isPlainDisplayMode(displayMode) ? Status(error::kLegacyCamera) : Status();
+}
+
+// By design: a success whatever the draw object says; a null context tells that it has none.
+Status PreviewWindow::getDC(TavraDC& dc) {
+    DrawObject object;
+    TAVRA_RETURN_IF_ERROR(drawingSurface(object));
+    dc = nullptr;
+    object->GetDC(&dc);
+    return Status();
+}
+
+Status PreviewWindow::getDCWithReset(TavraDC& dc) {
+    TAVRA_RETURN_IF_ERROR(getDC(dc));
+    if (dc == nullptr) return Status();
+    const ImageSize image = camera_.previewImageSize();
+    platform::fillSolid(dc, rectangleOf({0, 0, image.width, image.height}), colorKey);
+    return Status();
+}
+
+Status PreviewWindow::releaseDC(TavraDC dc) {
+    DrawObject object;
+    TAVRA_RETURN_IF_ERROR(drawingSurface(object));
+    object->ReleaseDC(dc);
+    invalidate();
+    return Status();
+}
+
+Status PreviewWindow::resetOverlay() {
+    DrawObject object;
+    TAVRA_RETURN_IF_ERROR(drawingSurface(object));
+    object->ResetOverlay();
+    return Status();
+}
+
+void PreviewWindow::imagesChanged() {
+    const DrawObject object = drawObject();
+    if (object == nullptr) return;
+    const ImageSize image = camera_.previewImageSize();
+    object->SetImageSize(image.width, image.height, imageBits());
+}
+
+// What happens in the window.
+
+void PreviewWindow::onCreate(TavraWindow window) {
+    previewWindow = window;
+    scrollX = 0;
+    scrollY = 0;
+    mouseCaptured = 0;
+}
+
+void PreviewWindow::onDestroy() {
+    DrawObject last;
+    {
+        const std::lock_guard lock(drawObjectMutex_);
+        last = std::exchange(drawObject_, nullptr);
+        windowGone_ = true;
+    }
+    last.reset();
+    static_cast<void>(post(TAVRA_MESSAGE_WINDOW_CLOSED, displayError));
+}
+
+void PreviewWindow::onMove() {
+    static_cast<void>(system_.invalidate(previewWindow, true));
+    if (const DrawObject object = drawObject()) object->CheckMove();
+}
+
+// By design: the bars are worked out before and after the destination, and once more, because a bar that
+// comes or goes changes the client area that the others depend on.
+void PreviewWindow::onSize(std::uint32_t kind, std::uint32_t width, std::uint32_t height) {
+    updateScrollBars();
+    if (kind == kRestored || kind == kMaximised) {
+        updateDestination();
+        static_cast<void>(post(TAVRA_MESSAGE_WINDOW_SIZED));
+        static_cast<void>(post(TAVRA_MESSAGE_DESTINATION_CHANGED));
+        updateScrollBars();
+    }
+    updateScrollBars();
+    static_cast<void>(system_.invalidate(previewWindow, true));
+    if (const DrawObject object = drawObject()) object->CheckSize(kind, width, height);
+}
+
+void PreviewWindow::updateDestination() {
+    destination.store(
+        destinationFor(aspectMode, destination.load(), mask.load(), shownImageSize(), clientSize()));
+}
+
+void PreviewWindow::updateScrollBars() {
+    const TavraWindow window = previewWindow;
+    Rectangle whole;
+    if (!system_.windowOnScreen(window, whole).ok()) return;
+    const PreviewPlace place = destination.load();
+    const std::uint32_t style = windowStyle;
+    ScrollInput input{
+        .destination = place,
+        .content = {place.x + place.width, place.y + place.height},
+        .window = {static_cast<std::uint32_t>(whole.width()), static_cast<std::uint32_t>(whole.height())},
+        .client = clientSize(),
+        .horizontalThickness = system_.scrollBarThickness(Axis::Horizontal),
+        .verticalThickness = system_.scrollBarThickness(Axis::Vertical),
+        .horizontalAllowed = (style & platform::kStyleHorizontalScroll) != 0,
+        .verticalAllowed = (style & platform::kStyleVerticalScroll) != 0,
+        .scrollX = scrollX,
+        .scrollY = scrollY};
+    if (!isChildOfParent()) {
+        static_cast<void>(system_.outerSize(input.content, style, windowMenu, input.content));
+    }
+    const ScrollBars bars = scrollBarsFor(input);
+    horizontalBar_ = bars.horizontal;
+    verticalBar_ = bars.vertical;
+    scrollX = static_cast<std::uint32_t>(bars.horizontal.position);
+    scrollY = static_cast<std::uint32_t>(bars.vertical.position);
+    system_.setScrollBar(window, Axis::Horizontal, bars.horizontal);
+    system_.setScrollBar(window, Axis::Vertical, bars.vertical);
+    static_cast<void>(system_.invalidate(window, false));
+}
+
+void PreviewWindow::onScroll(Axis axis, platform::ScrollCode code, std::int32_t thumb) {
+    const bool horizontal = axis == Axis::Horizontal;
+    platform::ScrollBar& bar = horizontal ? horizontalBar_ : verticalBar_;
+    bar.position = scrolledPosition(bar, code, thumb);
+    (horizontal ? scrollX : scrollY) = static_cast<std::uint32_t>(bar.position);
+    system_.setScrollBar(previewWindow, axis, bar);
+    static_cast<void>(system_.invalidate(previewWindow, false));
+}
+
+void PreviewWindow::onPaint(platform::IPaint& paint, Size client) {
+    const DrawObject object = drawObject();
+    if (object != nullptr) {
+        paintImage(*object, paint, client);
+    } else {
+        paint.fillBlack(rectangleOf({0, 0, client.width, client.height}));
+    }
+}
+
+// The newest image becomes the one that is shown, and stays while it is drawn.
+void PreviewWindow::paintImage(CDrawImage& object, platform::IPaint& paint, Size client) {
+    const bool rotated = camera_.previewIsRotated();
+    const Rectangle to = rectangleOf(destination.load(), scrollX, scrollY);
+    const Rectangle from = rectangleOf(mask.load());
+    const auto width = static_cast<std::int32_t>(client.width);
+    const auto height = static_cast<std::int32_t>(client.height);
+    const BackgroundRectangles background{
+        Rectangle{0, 0, to.left, height}, Rectangle{to.left, 0, width, to.top},
+        Rectangle{to.right, to.top, width, height}, Rectangle{to.left, to.bottom, to.right, height}};
+    camera_.previewImages(rotated).drawReady([&](const ImageBufferSet::Image& image) {
+        if (image.bitmap.pixels() == nullptr) {
+            paint.fillBlack({0, 0, width, height});
+            return;
+        }
+        const DrawImageInfo info{&paint, &image.bitmap, image.bitmap.pixels(), rotated ? 1u : 0u,
+                                 image.frameNumber};
+        noteDisplayError(Status(object.Draw(&from, &to, background, info)));
+    });
+}
+
+void PreviewWindow::onErase(platform::IPaint& paint) {
+    if (const DrawObject object = drawObject()) object->EraseBackground(&paint);
+}
+
+void PreviewWindow::onCommand(std::uint64_t parameter) {
+    static_cast<void>(post(TAVRA_MESSAGE_WINDOW_COMMAND, parameter));
+}
+
+// The mouse.
+
+void PreviewWindow::onMouse(const platform::MouseMessage& mouse) {
+    if (mouse.message == platform::kMouseMove) followMouse(mouse);
+    if (mouse.message == platform::kLeftButtonUp && magnificationMode != 0 &&
+        system_.isActive(previewWindow)) {
+        magnify(mouse);
+    }
+    const TavraWindow parent = parentWindow;
+    if (parent != nullptr) system_.forward(previewWindow, parent, mouse);
+}
+
+void PreviewWindow::magnify(const platform::MouseMessage& mouse) {
+    mask.store(magnified(mask.load(), destination.load(), shownImageSize(),
+                         static_cast<std::uint32_t>(mouse.x), static_cast<std::uint32_t>(mouse.y),
+                         system_.altHeld()));
+    static_cast<void>(system_.invalidate(previewWindow, false));
+    noteDisplayError(post(TAVRA_MESSAGE_MASK_CHANGED));
+}
+
+// While the mouse is over the window it is captured, so that its way out is seen.
+void PreviewWindow::followMouse(const platform::MouseMessage& mouse) {
+    const TavraWindow window = previewWindow;
+    const bool on = magnificationMode != 0;
+    if (mouseCaptured == 0) {
+        if (!on) return;
+        system_.takeMouse(window);
+        mouseCaptured = 1;
+        showCursor();
+        return;
+    }
+    const Size client = clientSize();
+    const bool inside = mouse.x >= 0 && mouse.y >= 0 && static_cast<std::uint32_t>(mouse.x) < client.width &&
+                        static_cast<std::uint32_t>(mouse.y) < client.height;
+    if (on && inside) {
+        showCursor();
+        return;
+    }
+    system_.releaseMouse(window);
+    mouseCaptured = 0;
+}
+
+void PreviewWindow::onAltKey() {
+    if (magnificationMode != 0) showCursor();
+}
+
+void PreviewWindow::showCursor() const {
+    system_.setCursor(previewWindow,
+                      system_.altHeld() ? platform::Cursor::ZoomOut : platform::Cursor::ZoomIn);
+}
+
+// Small things.
+
+PreviewWindow::DrawObject PreviewWindow::drawObject() const {
+    const std::lock_guard lock(drawObjectMutex_);
+    return drawObject_;
+}
+
+std::uint32_t PreviewWindow::imageBits() const {
+    switch (camera_.previewPixelFormat()) {
+        case TAVRA_PIXEL_MONO_8: return 1;
+        case TAVRA_PIXEL_BGR_32: return 32;
+        default: return 8;
+    }
+}
+
+Size PreviewWindow::shownImageSize() const {
+    const ImageSize image = camera_.previewImageSize();
+    return camera_.previewIsRotated() ? Size{image.height, image.width} : Size{image.width, image.height};
+}
+
+bool PreviewWindow::isChildOfParent() const {
+    return (windowStyle & platform::kStyleChild) != 0 && parentWindow.load() != nullptr;
+}
+
+Size PreviewWindow::clientSize() const {
+    Rectangle client;
+    if (!system_.clientOnScreen(previewWindow, client).ok()) return {};
+    return {static_cast<std::uint32_t>(client.width()), static_cast<std::uint32_t>(client.height())};
+}
+
+Status PreviewWindow::post(std::uint32_t message, std::uint64_t parameter) const {
+    return camera_.postToReceiver(message, parameter);
+}
+
+void PreviewWindow::noteDisplayError(Status status) {
+    if (!status.ok()) displayError = status.code();
+}
+
+}  // namespace tavra
