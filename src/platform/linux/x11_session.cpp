@@ -1,0 +1,279 @@
+#include "platform/linux/x11_session.h"
+
+#include <poll.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace tavra::platform {
+namespace {
+
+TavraWindow handleOf(xcb_window_t id) {
+    return reinterpret_cast<TavraWindow>(static_cast<std::uintptr_t>(id));
+}
+
+// The window that an event is about; 0 if none of ours.
+xcb_window_t windowOf(const xcb_generic_event_t& event) {
+    switch (event.response_type & 0x7F) {
+        case XCB_EXPOSE: return reinterpret_cast<const xcb_expose_event_t&>(event).window;
+        case XCB_CONFIGURE_NOTIFY: return reinterpret_cast<const xcb_configure_notify_event_t&>(event).window;
+        case XCB_DESTROY_NOTIFY: return reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
+        case XCB_CLIENT_MESSAGE: return reinterpret_cast<const xcb_client_message_event_t&>(event).window;
+        case XCB_KEY_PRESS:
+        case XCB_KEY_RELEASE:
+        case XCB_BUTTON_PRESS:
+        case XCB_BUTTON_RELEASE:
+        case XCB_MOTION_NOTIFY:
+        case XCB_LEAVE_NOTIFY: return reinterpret_cast<const xcb_button_press_event_t&>(event).event;
+        default: return 0;
+    }
+}
+
+}  // namespace
+
+Status X11Session::start() {
+    TAVRA_RETURN_IF_ERROR(thread_.start("tavra-window", ThreadPriority::Normal, [this] { threadMain(); }));
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return !connecting_; });
+    return connected_;
+}
+
+void X11Session::stop() {
+    {
+        const std::lock_guard lock(mutex_);
+        stop_ = true;
+    }
+    wake_.set();
+    thread_.join();
+}
+
+bool X11Session::running() const {
+    const std::lock_guard lock(mutex_);
+    return alive_;
+}
+
+bool X11Session::isOwnThread() const {
+    return threadId_ == std::this_thread::get_id();
+}
+
+bool X11Session::run(const std::function<void(X11Connection&)>& work) {
+    std::unique_lock lock(mutex_);
+    if (isOwnThread()) {
+        lock.unlock();
+        work(*connection_);
+        return true;
+    }
+    if (!alive_) return false;
+    Job job{&work};
+    jobs_.push_back(&job);
+    wake_.set();
+    changed_.wait(lock, [&job] { return job.done; });
+    return job.ran;
+}
+
+bool X11Session::runOn(TavraWindow window, const std::function<void(X11Window&)>& work) {
+    bool found = false;
+    const bool ran = run([&](X11Connection&) {
+        X11Window* const target = find(window);
+        found = target != nullptr;
+        if (found) work(*target);
+    });
+    return ran && found;
+}
+
+bool X11Session::isWindow(TavraWindow window) const {
+    const std::lock_guard lock(mutex_);
+    return windows_.count(window) != 0;
+}
+
+bool X11Session::mark(TavraWindow window, bool paint, bool erase, bool resize) {
+    const std::lock_guard lock(mutex_);
+    const auto found = windows_.find(window);
+    if (found == windows_.end()) return false;
+    Entry& entry = found->second;
+    entry.paint = entry.paint || paint;
+    entry.erase = entry.erase || erase;
+    entry.resizes += resize ? 1 : 0;
+    wake_.set();
+    return true;
+}
+
+void X11Session::markResized(TavraWindow window) {
+    const std::lock_guard lock(mutex_);
+    const auto found = windows_.find(window);
+    if (found == windows_.end()) return;
+    found->second.resizes = std::max(found->second.resizes, 1u);
+    wake_.set();
+}
+
+// The window thread.
+
+void X11Session::threadMain() {
+    // A server that goes away must not end the process.
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+
+    X11Connection connection;
+    connection_ = &connection;
+    const Status opened = connection.open();
+    {
+        const std::lock_guard lock(mutex_);
+        threadId_ = std::this_thread::get_id();
+        connected_ = opened;
+        connecting_ = false;
+        alive_ = opened.ok();
+    }
+    changed_.notify_all();
+    if (!opened.ok()) return;
+    loop();
+    destroyAll(!connection.broken());
+    {
+        const std::lock_guard lock(mutex_);
+        alive_ = false;
+    }
+    runJobs(false);
+}
+
+void X11Session::loop() {
+    for (;;) {
+        bool worked = handleEvents();
+        runJobs(true);
+        worked = tellResizes() || worked;
+        worked = paintMarked() || worked;
+        connection_->x->xcb_flush(connection_->raw);
+        if (connection_->broken()) return;
+        {
+            const std::lock_guard lock(mutex_);
+            if (stop_) return;
+        }
+        if (worked) continue;  // what was asked meanwhile may have brought events with its answers
+        pollfd both[] = {{connection_->x->xcb_get_file_descriptor(connection_->raw), POLLIN, 0},
+                         {static_cast<int>(wake_.native()), POLLIN, 0}};
+        poll(both, 2, -1);
+        wake_.wait(0);  // reset
+    }
+}
+
+void X11Session::runJobs(bool reallyRun) {
+    for (;;) {
+        Job* job = nullptr;
+        {
+            const std::lock_guard lock(mutex_);
+            if (jobs_.empty()) return;
+            job = jobs_.front();
+            jobs_.pop_front();
+        }
+        if (reallyRun) (*job->work)(*connection_);
+        connection_->x->xcb_flush(connection_->raw);
+        {
+            const std::lock_guard lock(mutex_);
+            job->ran = reallyRun;
+            job->done = true;
+        }
+        changed_.notify_all();
+    }
+}
+
+bool X11Session::handleEvents() {
+    bool any = false;
+    while (const Reply<xcb_generic_event_t> event{connection_->x->xcb_poll_for_event(connection_->raw)}) {
+        handle(*event);
+        any = true;
+    }
+    return any;
+}
+
+void X11Session::handle(const xcb_generic_event_t& event) {
+    const TavraWindow handle = handleOf(windowOf(event));
+    X11Window* const window = find(handle);
+    if (window == nullptr) return;
+    switch (event.response_type & 0x7F) {
+        case XCB_EXPOSE: mark(handle, true, false, false); return;
+        case XCB_DESTROY_NOTIFY: destroy(handle, false); return;
+        default: break;
+    }
+    if (window->handle(event)) destroy(handle, true);
+}
+
+bool X11Session::tellResizes() {
+    std::vector<std::pair<X11Window*, std::uint32_t>> told;
+    {
+        const std::lock_guard lock(mutex_);
+        for (auto& [handle, entry] : windows_) {
+            if (entry.resizes != 0) told.emplace_back(entry.window.get(), std::exchange(entry.resizes, 0));
+        }
+    }
+    for (const auto& [window, times] : told) {
+        for (std::uint32_t i = 0; i < times; ++i) window->events().onSize(IWindowEvents::kRestored, 0, 0);
+    }
+    return !told.empty();
+}
+
+bool X11Session::paintMarked() {
+    std::vector<std::pair<X11Window*, bool>> marked;
+    {
+        const std::lock_guard lock(mutex_);
+        for (auto& [handle, entry] : windows_) {
+            if (!entry.paint) continue;
+            marked.emplace_back(entry.window.get(), entry.erase);
+            entry.paint = entry.erase = false;
+        }
+    }
+    for (const auto& [window, erase] : marked) window->paint(erase);
+    return !marked.empty();
+}
+
+Status X11Session::create(const WindowRequest& request, IWindowEvents& events, TavraWindow& window) {
+    auto made = std::make_unique<X11Window>(*connection_, events);
+    TAVRA_RETURN_IF_ERROR(made->create(request));
+    window = handleOf(made->id());
+    X11Window& created = *made;
+    {
+        const std::lock_guard lock(mutex_);
+        windows_[window].window = std::move(made);
+    }
+    const Size client = created.clientSize();
+    events.onSize(IWindowEvents::kRestored, client.width, client.height);
+    while (tellResizes()) {  // bars that the first has brought
+    }
+    events.onMove();
+    return Status();
+}
+
+// The window is no window any more when it is told of its end.
+void X11Session::destroy(TavraWindow window, bool onServer) {
+    std::unique_ptr<X11Window> ended;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = windows_.find(window);
+        if (found == windows_.end()) return;
+        ended = std::move(found->second.window);
+        windows_.erase(found);
+    }
+    if (!onServer) ended->forget();
+    ended->events().onDestroy();
+}
+
+void X11Session::destroyAll(bool onServer) {
+    for (;;) {
+        TavraWindow next = nullptr;
+        {
+            const std::lock_guard lock(mutex_);
+            if (windows_.empty()) return;
+            next = windows_.begin()->first;
+        }
+        destroy(next, onServer);
+    }
+}
+
+X11Window* X11Session::find(TavraWindow window) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = windows_.find(window);
+    return found == windows_.end() ? nullptr : found->second.window.get();
+}
+
+}  // namespace tavra::platform

@@ -1,0 +1,251 @@
+// Windows of USER. A window belongs to the thread that creates it, which pumps messages.
+#include <windows.h>
+#include <windowsx.h>
+
+#include <array>
+#include <cstdint>
+
+#include "platform/last_error.h"
+#include "platform/window.h"
+#include "platform/windows/gdi_paint.h"
+
+namespace tavra::platform {
+namespace {
+
+constexpr const wchar_t* kClosableName = L"904F13E3-D12E-44c5-8E99-B743DAD8D345";
+constexpr const wchar_t* kPlainName = L"8BB6BA46-A351-4729-9DBC-4D051501270B";
+constexpr UINT kClassStyle = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
+constexpr DWORD kExtendedStyle = WS_EX_NOPARENTNOTIFY;
+constexpr int kStorage = 8;  // bytes of a window, for what gets its events
+constexpr UINT kFrameChange = SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED;
+
+HWND native(TavraWindow window) {
+    return static_cast<HWND>(window);
+}
+
+const wchar_t* className(bool closable) {
+    return closable ? kClosableName : kPlainName;
+}
+
+Status resultOf(BOOL done) {
+    return done ? Status() : Status(lastSystemError());
+}
+
+// A failure that leaves no code is none.
+Status lastFailure() {
+    return Status(lastSystemError());
+}
+
+IWindowEvents* eventsOf(HWND window) {
+    return reinterpret_cast<IWindowEvents*>(GetWindowLongPtrW(window, 0));
+}
+
+void paint(HWND window, IWindowEvents& events) {
+    RECT client{};
+    GetClientRect(window, &client);
+    PAINTSTRUCT painting{};
+    const HDC dc = BeginPaint(window, &painting);
+    if (dc == nullptr) return;
+    GdiPaint paint(dc);
+    events.onPaint(paint,
+                   {static_cast<std::uint32_t>(client.right), static_cast<std::uint32_t>(client.bottom)});
+    EndPaint(window, &painting);
+    GdiFlush();
+}
+
+void scroll(HWND window, IWindowEvents& events, Axis axis, WPARAM parameter) {
+    const unsigned code = LOWORD(parameter);
+    if (code > static_cast<unsigned>(ScrollCode::Last)) return;  // the end of scrolling
+    SCROLLINFO info{};
+    info.cbSize = sizeof info;
+    info.fMask = SIF_TRACKPOS;
+    // The message holds 16 bits of the thumb's position.
+    std::int32_t thumb = static_cast<std::int16_t>(HIWORD(parameter));
+    if (GetScrollInfo(window, axis == Axis::Horizontal ? SB_HORZ : SB_VERT, &info)) thumb = info.nTrackPos;
+    events.onScroll(axis, static_cast<ScrollCode>(code), thumb);
+}
+
+LRESULT hitTest(HWND window, WPARAM first, LPARAM second) {
+    const LRESULT hit = DefWindowProcW(window, WM_NCHITTEST, first, second);
+    const bool child = (GetWindowLongPtrW(window, GWL_STYLE) & WS_CHILD) != 0;
+    return child && hit == HTBOTTOMRIGHT ? HTNOWHERE : hit;
+}
+
+// Of the messages with events. False: the default handler's.
+bool dispatch(HWND window, IWindowEvents& events, UINT message, WPARAM first, LPARAM second,
+              LRESULT& result) {
+    result = 0;
+    switch (message) {
+        case WM_MOVE: events.onMove(); return true;
+        case WM_SIZE:
+            events.onSize(static_cast<std::uint32_t>(first), LOWORD(second), HIWORD(second));
+            return true;
+        case WM_PAINT: paint(window, events); return true;
+        case WM_ERASEBKGND: {
+            GdiPaint paint(reinterpret_cast<HDC>(first));
+            events.onErase(paint);
+            result = 1;
+            return true;
+        }
+        case WM_NCHITTEST: result = hitTest(window, first, second); return true;
+        case WM_COMMAND: events.onCommand(first); return true;
+        case WM_HSCROLL: scroll(window, events, Axis::Horizontal, first); return true;
+        case WM_VSCROLL: scroll(window, events, Axis::Vertical, first); return true;
+        case WM_SYSKEYDOWN:
+        case WM_SYSKEYUP: events.onAltKey(); return false;
+        default: break;
+    }
+    if (message < WM_MOUSEFIRST || message > kMouseWheel) return false;
+    events.onMouse({message, first, GET_X_LPARAM(second), GET_Y_LPARAM(second)});
+    return true;
+}
+
+LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_CREATE) {
+        auto* const events =
+            static_cast<IWindowEvents*>(reinterpret_cast<const CREATESTRUCTW*>(second)->lpCreateParams);
+        events->onCreate(window);
+        SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(events));
+        return 0;
+    }
+    IWindowEvents* const events = eventsOf(window);
+    if (events == nullptr) return DefWindowProcW(window, message, first, second);
+    if (message == WM_DESTROY) {
+        SetWindowLongPtrW(window, 0, 0);
+        events->onDestroy();
+        return 0;
+    }
+    LRESULT result = 0;
+    if (dispatch(window, *events, message, first, second, result)) return result;
+    return DefWindowProcW(window, message, first, second);
+}
+
+class UserWindows final : public IWindowSystem {
+  public:
+    Status registerClass(bool closable) override {
+        WNDCLASSEXW description{};
+        description.cbSize = sizeof description;
+        description.style = kClassStyle | (closable ? 0u : unsigned{CS_NOCLOSE});
+        description.lpfnWndProc = windowProcedure;
+        description.cbWndExtra = kStorage;
+        description.hInstance = GetModuleHandleW(nullptr);
+        description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+        description.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
+        description.lpszClassName = className(closable);
+        return RegisterClassExW(&description) != 0 ? Status() : lastFailure();
+    }
+    Status unregisterClass(bool closable) override {
+        return UnregisterClassW(className(closable), GetModuleHandleW(nullptr)) ? Status() : lastFailure();
+    }
+
+    Status create(const WindowRequest& request, IWindowEvents& events, TavraWindow& window) override {
+        window = CreateWindowExW(kExtendedStyle, className(request.closable),
+                                 reinterpret_cast<const wchar_t*>(request.title.c_str()), request.style,
+                                 request.x, request.y, static_cast<int>(request.size.width),
+                                 static_cast<int>(request.size.height), native(request.parent),
+                                 static_cast<HMENU>(request.menu), GetModuleHandleW(nullptr), &events);
+        return resultOf(window != nullptr);
+    }
+    Status destroy(TavraWindow window) override { return resultOf(DestroyWindow(native(window))); }
+    bool isWindow(TavraWindow window) override { return IsWindow(native(window)) != 0; }
+    bool isActive(TavraWindow window) override { return GetActiveWindow() == native(window); }
+
+    Status setTitle(TavraWindow window, const std::u16string& title) override {
+        return resultOf(SetWindowTextW(native(window), reinterpret_cast<const wchar_t*>(title.c_str())));
+    }
+    std::u16string title(TavraWindow window) override {
+        const int length = GetWindowTextLengthW(native(window));
+        if (length <= 0) return {};
+        std::u16string text(static_cast<std::size_t>(length) + 1, u'\0');
+        const int got = GetWindowTextW(native(window), reinterpret_cast<wchar_t*>(text.data()), length + 1);
+        text.resize(static_cast<std::size_t>(got));
+        return text;
+    }
+    Status setStyle(TavraWindow window, std::uint32_t style) override {
+        setLastSystemError(0);
+        const LONG_PTR before = SetWindowLongPtrW(native(window), GWL_STYLE, static_cast<LONG>(style));
+        Status status = before == 0 ? lastFailure() : Status();
+        if (!SetWindowPos(native(window), nullptr, 0, 0, 0, 0, kFrameChange) && status.ok()) {
+            status = lastFailure();
+        }
+        UpdateWindow(native(window));
+        return status;
+    }
+
+    Status outerSize(Size client, std::uint32_t style, TavraMenu menu, Size& outer) override {
+        RECT area{0, 0, static_cast<LONG>(client.width), static_cast<LONG>(client.height)};
+        if (!AdjustWindowRectEx(&area, style, menu != nullptr, kExtendedStyle)) return lastFailure();
+        outer = {static_cast<std::uint32_t>(area.right - area.left),
+                 static_cast<std::uint32_t>(area.bottom - area.top)};
+        return Status();
+    }
+    Size workArea() override {
+        RECT area{};
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+        return {static_cast<std::uint32_t>(area.right - area.left),
+                static_cast<std::uint32_t>(area.bottom - area.top)};
+    }
+    Status desktop(Rectangle& rectangle) override { return windowOnScreen(GetDesktopWindow(), rectangle); }
+    Status place(TavraWindow window, std::int32_t x, std::int32_t y, Size size) override {
+        return resultOf(SetWindowPos(native(window), nullptr, x, y, static_cast<int>(size.width),
+                                     static_cast<int>(size.height), SWP_NOZORDER));
+    }
+    Status windowOnScreen(TavraWindow window, Rectangle& rectangle) override {
+        RECT area{};
+        if (!GetWindowRect(native(window), &area)) return lastFailure();
+        rectangle = {area.left, area.top, area.right, area.bottom};
+        return Status();
+    }
+    Status clientOnScreen(TavraWindow window, Rectangle& rectangle) override {
+        RECT area{};
+        POINT corner{};
+        if (!GetClientRect(native(window), &area) || !ClientToScreen(native(window), &corner)) {
+            return lastFailure();
+        }
+        rectangle = {corner.x, corner.y, corner.x + area.right, corner.y + area.bottom};
+        return Status();
+    }
+
+    Status invalidate(TavraWindow window, bool erase) override {
+        if (window == nullptr) return Status(error::kInvalidWindowHandle);  // that would be all windows
+        return resultOf(InvalidateRect(native(window), nullptr, erase));
+    }
+    Status postResize(TavraWindow window) override {
+        return resultOf(PostMessageW(native(window), WM_SIZE, SIZE_RESTORED, 0));
+    }
+
+    void setScrollBar(TavraWindow window, Axis axis, const ScrollBar& bar) override {
+        SCROLLINFO info{};
+        info.cbSize = sizeof info;
+        info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
+        info.nMax = bar.top;
+        info.nPage = bar.page;
+        info.nPos = bar.position;
+        SetScrollInfo(native(window), axis == Axis::Horizontal ? SB_HORZ : SB_VERT, &info, TRUE);
+    }
+    std::uint32_t scrollBarThickness(Axis axis) override {
+        return static_cast<std::uint32_t>(
+            GetSystemMetrics(axis == Axis::Horizontal ? SM_CYHSCROLL : SM_CXVSCROLL));
+    }
+    void takeMouse(TavraWindow window) override { SetCapture(native(window)); }
+    void releaseMouse(TavraWindow) override { ReleaseCapture(); }
+    void setCursor(TavraWindow, Cursor cursor) override {
+        SetCursor(LoadCursorW(nullptr, cursor == Cursor::ZoomIn ? IDC_CROSS : IDC_IBEAM));
+    }
+    bool altHeld() override { return GetKeyState(VK_MENU) < 0; }
+    void forward(TavraWindow window, TavraWindow parent, const MouseMessage& mouse) override {
+        POINT point{mouse.x, mouse.y};
+        if (mouse.message != kMouseWheel) MapWindowPoints(native(window), native(parent), &point, 1);
+        PostMessageW(native(parent), mouse.message, static_cast<WPARAM>(mouse.keys),
+                     MAKELPARAM(point.x, point.y));
+    }
+};
+
+}  // namespace
+
+IWindowSystem& windowSystem() {
+    static UserWindows system;
+    return system;
+}
+
+}  // namespace tavra::platform
