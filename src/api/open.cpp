@@ -92,7 +92,7 @@ void Tavra_Close(TavraHandle handle) {
     TAVRA_COMMON_PARAM* const camera = api::validated(handle);
     if (camera == nullptr) return;
     closeTransfer(*camera);
-    // Place of the preview window, which is destroyed here.
+    static_cast<void>(camera->preview.destroy());
     camera->rawCallbacks.removeAll();
     camera->previewBitmapCallbacks.removeAll();
     camera->previewGdiCallbacks.removeAll();

@@ -8,9 +8,11 @@
 #include "base/color_array.h"
 #include "camera/function_table.h"
 #include "camera/geometry.h"
+#include "camera/mirror.h"
 #include "control/luminance_ctrl_usb.h"
 #include "control/white_balance_ctrl_usb.h"
 #include "media/movie/save_avi_file.h"
+#include "platform/messages.h"
 #include "platform/system_version.h"
 #include "platform/user_settings.h"
 #include "stages/chroma_suppress.h"
@@ -114,6 +116,17 @@ std::uint32_t TAVRA_COMMON_PARAM::Write(std::uint32_t address, const void* buffe
                                                  {static_cast<const std::uint8_t*>(buffer), size});
     noteFailure(status);
     return status.code();
+}
+
+bool TAVRA_COMMON_PARAM::previewIsRotated() const {
+    return isQuarterTurn(displayRotation);
+}
+
+// An application that has named no receiver wants no messages.
+Status TAVRA_COMMON_PARAM::postToReceiver(std::uint32_t message, std::uint64_t parameter) {
+    const TavraWindow target = receiver;
+    if (target == nullptr) return Status();
+    return platform::postMessage(target, message, reinterpret_cast<std::uintptr_t>(this), parameter);
 }
 
 Status TAVRA_COMMON_PARAM::sendFrameTiming() {

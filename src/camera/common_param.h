@@ -21,6 +21,7 @@
 #include "capture/callback_list.h"
 #include "capture/snapshot_request.h"
 #include "control/average_pixel_value.h"
+#include "display/preview_window.h"
 #include "platform/event.h"
 #include "platform/thread.h"
 #include "stages/noise_reduction.h"
@@ -40,7 +41,7 @@ class IShadingCorrection;
 
 // Made by an open, destroyed by Tavra_Close. Calls may come from any thread; plain fields are not locked, and
 // the close must not run beside other calls on the same handle.
-class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
+class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera, public IPreviewCamera {
   public:
     TAVRA_COMMON_PARAM();
     ~TAVRA_COMMON_PARAM();  // in a fixed order, see the definition
@@ -60,6 +61,14 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     Status readExposure(ExposureBlock& block) override { return readExposureBlock(control, block); }
     Status writeExposure(const ExposureBlock& block) override { return writeExposureBlock(control, block); }
     Status sendFrameTiming() override;
+
+    // What the preview window works with.
+    ImageSize previewImageSize() const override { return geometry->imageSize(); }
+    std::uint32_t previewPixelFormat() const override { return geometry->previewPixelFormat; }
+    bool previewIsRotated() const override;
+    ImageBufferSet& previewImages(bool rotated) override { return rotated ? imagesB : imagesA; }
+    Status postToReceiver(std::uint32_t message, std::uint64_t parameter) override;
+    void notePreviewFailure(Status status) override { noteFailure(status); }
 
     // Makes exposure control for the geometry in place, with the settings that the camera has. What it could
     // not read only stays behind as last error.
@@ -147,8 +156,6 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     std::atomic<std::uint8_t> mirrorMode{0};  // low nibble: software; high nibble: by the camera
     std::atomic<std::uint8_t> rotationMode{0};
     std::atomic<std::uint32_t> settingFileMode{0};  // which parts setting files leave alone
-    ImageSize previewMask;
-    ImageSize previewDestination;
 
     // The stages, from the construction on.
     IColorMatrix* colorMatrix = nullptr;
@@ -168,7 +175,8 @@ class TAVRA_COMMON_PARAM final : public IHalvernRegMap, public IExposureCamera {
     // A recording lasts no longer than the stream.
     RecordingSlot recording;
 
-    // Places of what is still to come: draw object, preview window.
+    // The preview window, whether there is one at the time or not. Closed before anything that it shows.
+    PreviewWindow preview{*this, platform::windowSystem()};
 
   private:
     // The record without its stages. Behind it a failing constructor has something to destroy.

@@ -97,10 +97,14 @@ Status requestScanRecord(ControlChannel& control, ScanRecord& record) {
 void updatePreview(TAVRA_COMMON_PARAM& camera) {
     ImageSize size = camera.geometry->imageSize();
     if (isQuarterTurn(camera.rotationMode)) std::swap(size.width, size.height);
-    camera.previewMask = size;
-    camera.previewDestination = size;
-    // Place of the preview window: its position is read and set with the new size. Without a window that
-    // fails with 0xE0000007, which is no failure here.
+    const PreviewPlace whole{0, 0, size.width, size.height};
+    camera.preview.setMask(whole);
+    camera.preview.setDestination(whole);
+    PreviewPlace window;
+    Status resized = camera.preview.size(window);
+    if (resized.ok()) resized = camera.preview.setSize({window.x, window.y, size.width, size.height});
+    // That there is no window is no failure here, nor one that came before.
+    if (resized.code() != error::kNoWindow) camera.noteFailure(resized);
     std::uint32_t noWindow = error::kNoWindow;
     camera.lastError.compare_exchange_strong(noWindow, error::kNone);
 }
@@ -131,7 +135,7 @@ Status refreshGeometry(TAVRA_COMMON_PARAM& camera, PreviewUpdate update) {
     // runs. A rotation, which is not, only exchanges the sides that the preview shows.
     if (status.ok() && !camera.transferRunning()) status = rebuildFor(camera, [] {});
     if (update == PreviewUpdate::Yes) updatePreview(camera);
-    // Place of the draw object, which learns size and depth.
+    camera.preview.imagesChanged();
     return status.ok() ? camera.reloadExposure() : status;
 }
 
@@ -193,8 +197,9 @@ Status setPreviewPixelFormat(TAVRA_COMMON_PARAM& camera, std::uint32_t format) {
     CFrameFeature& geometry = *camera.geometry;
     if (!hasByteSamples(format) || (geometry.enablePreviewFormats & format) == 0)
         return Status(error::kInvalidArgument);
-    return rebuildFor(camera, [&] { geometry.previewPixelFormat = format; });
-    // Place of the draw object, which learns the depth.
+    const Status status = rebuildFor(camera, [&] { geometry.previewPixelFormat = format; });
+    camera.preview.imagesChanged();
+    return status;
 }
 
 Status readTransferBits(TAVRA_COMMON_PARAM& camera) {

@@ -46,8 +46,8 @@ Status identify(TAVRA_COMMON_PARAM& camera) {
     TAVRA_RETURN_IF_ERROR(readTransferState(camera));
     TAVRA_RETURN_IF_ERROR(setPreviewPixelFormat(camera, isMonoLike(camera.colorArray) ? 1 : 4));
     const ImageSize size = camera.geometry->imageSize();
-    camera.previewMask = size;
-    camera.previewDestination = size;
+    camera.preview.mask.store({0, 0, size.width, size.height});
+    camera.preview.destination.store({0, 0, size.width, size.height});
     return buildImageBuffers(camera);
 }
 

@@ -50,6 +50,13 @@ class CallbackList {
         const std::lock_guard lock(mutex_);
         for (Node* node = head_; node != nullptr; node = node->next) visit(*node);
     }
+    // The same, and `behind()` after the last, also of an empty list.
+    template <typename Visitor, typename Behind>
+    void forEach(Visitor visit, Behind behind) {
+        const std::lock_guard lock(mutex_);
+        forEach(visit);
+        behind();
+    }
 
   private:
     mutable std::recursive_mutex mutex_;

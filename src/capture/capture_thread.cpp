@@ -17,16 +17,17 @@ constexpr std::uint32_t kSuperSpeedPacket = 1024;
 constexpr std::uint32_t kHighSpeedPacket = 512;
 constexpr std::uint32_t kFrameNumberOffset = 12;  // in the frame header
 
-// Place of the preview window: the invalidation of its client area.
-void invalidateWindow(TavraWindow) {}
-
 std::uint64_t asParameter(const TAVRA_COMMON_PARAM& camera) {
     return reinterpret_cast<std::uintptr_t>(&camera);
 }
 
 }  // namespace
 
-CaptureThread::CaptureThread(TAVRA_COMMON_PARAM& camera) : camera_(camera), drawWorker_(invalidateWindow) {}
+// A window that has gone meanwhile needs no drawing.
+CaptureThread::CaptureThread(TAVRA_COMMON_PARAM& camera)
+    : camera_(camera), drawWorker_([](TavraWindow window) {
+          static_cast<void>(platform::windowSystem().invalidate(window, false));
+      }) {}
 
 void CaptureThread::run() {
     try {

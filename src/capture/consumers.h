@@ -15,9 +15,9 @@ inline bool rawWanted(TAVRA_COMMON_PARAM& camera) {
 }
 
 inline bool previewWanted(TAVRA_COMMON_PARAM& camera) {
-    // Place of the preview window, behind these.
     return camera.recording.exists() || isActive(camera.previewSnapshot) ||
-           !camera.previewBitmapCallbacks.empty() || !camera.previewGdiCallbacks.empty();
+           !camera.previewBitmapCallbacks.empty() || !camera.previewGdiCallbacks.empty() ||
+           camera.preview.alive();
 }
 
 }  // namespace tavra

@@ -6,6 +6,7 @@
 #include "base/pixel_format.h"
 #include "camera/mirror.h"
 #include "capture/consumers.h"
+#include "capture/information_overlay.h"
 #include "capture/recording.h"
 #include "capture/roi_pixel_format.h"
 #include "capture/snapshot.h"
@@ -14,7 +15,6 @@
 #include "control/white_balance_ctrl_usb.h"
 #include "platform/bitmap.h"
 #include "platform/last_error.h"
-#include "platform/messages.h"
 #include "stages/bgr_conversion.h"
 #include "stages/bit_reduction.h"
 #include "stages/chroma_suppress.h"
@@ -96,11 +96,10 @@ void FramePath::finishImage() {
     callPreviewBitmapCallbacks();
     if (imageIsShown()) {
         camera_.displayRotation = rotation_;
-        callPreviewGdiCallbacks();
+        drawIntoImage();
         publish();
         postFrameFinished();
-        // Place of the preview window: while a recorder exists, a redraw at once unless the next block has
-        // arrived; else drawWorker_.request(window).
+        askForRedraw();
     }
     target_ = nullptr;
 }
@@ -183,8 +182,8 @@ void FramePath::applyWhiteBalance() {
 // Measures the frame, and lets the controls that are due take a step. False: exposure control has failed, the
 // run ends.
 bool FramePath::controlCamera() {
-    // Place of the information overlay, which wants the statistics of every frame.
-    if (!controlIsDue()) return true;
+    // The information overlay wants the statistics of every frame.
+    if (!controlIsDue() && camera_.preview.displayInfoMode == 0) return true;
     camera_.statistics.Accumulate(width_, height_, run_.colorArray, data_);
     if (exposureDue_ && !camera_.exposure->step(camera_.statistics).ok()) {
         // Only a request to the camera can fail here, and its error is that of the USB access library.
@@ -329,21 +328,28 @@ void FramePath::callPreviewBitmapCallbacks() {
     });
 }
 
-// Place of the preview window, whose existence counts too. Without both nothing is published and nothing
-// posted.
+// Without both nothing is published and nothing posted.
 bool FramePath::imageIsShown() {
-    return !camera_.previewGdiCallbacks.empty();
+    return camera_.preview.alive() || !camera_.previewGdiCallbacks.empty();
 }
 
-// The context ends before the image is published: what was drawn is in the pixels then.
-void FramePath::callPreviewGdiCallbacks() {
+// The application's callbacks, and over what they drew the information overlay. The context ends before the
+// image is published: what was drawn is in the pixels then.
+void FramePath::drawIntoImage() {
     std::optional<platform::MemoryContext> context;
-    camera_.previewGdiCallbacks.forEach([&](auto& node) {
-        if (!context) context.emplace(target_->image(chosen_).bitmap);
-        if (context->dc() == nullptr) return;  // nothing to draw on could be made
-        node.function(context->dc(), width_, height_, run_.frameNumber, node.context, node.word);
-    });
-    // Place of the information overlay, under the same mutex and on the same context.
+    const auto drawOn = [&]() -> platform::MemoryContext& {
+        return context ? *context : context.emplace(target_->image(chosen_).bitmap);
+    };
+    const std::uint32_t infoMode = camera_.preview.displayInfoMode;
+    camera_.previewGdiCallbacks.forEach(
+        [&](auto& node) {
+            const TavraDC dc = drawOn().dc();
+            if (dc == nullptr) return;  // nothing to draw on could be made
+            node.function(dc, width_, height_, run_.frameNumber, node.context, node.word);
+        },
+        [&] {
+            if (infoMode != 0) drawInformation(camera_, drawOn().paint(), infoMode);
+        });
 }
 
 void FramePath::publish() {
@@ -356,12 +362,14 @@ void FramePath::publishPending() {
     publish();
 }
 
+// A full queue loses the message.
 void FramePath::postFrameFinished() {
-    const TavraWindow receiver = camera_.receiver;
-    if (receiver == nullptr) return;
-    // A full queue loses the message.
-    static_cast<void>(platform::postMessage(receiver, TAVRA_MESSAGE_FRAME_FINISHED,
-                                            reinterpret_cast<std::uintptr_t>(&camera_), run_.frameNumber));
+    static_cast<void>(camera_.postToReceiver(TAVRA_MESSAGE_FRAME_FINISHED, run_.frameNumber));
+}
+
+// Place of the recorder: while one exists, a redraw at once unless the next block has arrived.
+void FramePath::askForRedraw() {
+    if (camera_.preview.alive()) drawWorker_.request(camera_.preview.window());
 }
 
 // Waits while the writer lags. A stream that is there for the recording ends with it.

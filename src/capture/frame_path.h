@@ -63,7 +63,8 @@ class FramePath {
     bool servePreviewSnapshot();
     void callPreviewBitmapCallbacks();
     bool imageIsShown();
-    void callPreviewGdiCallbacks();
+    void drawIntoImage();
+    void askForRedraw();
     void publish();
     void postFrameFinished();
 
@@ -75,7 +76,7 @@ class FramePath {
     TAVRA_COMMON_PARAM& camera_;
     RunState& run_;
     FrameQueue& queue_;
-    [[maybe_unused]] CWorkerDrawTimming& drawWorker_;  // asked once there is a preview window
+    CWorkerDrawTimming& drawWorker_;
 
     // The frame at hand: in the read memory, or composed of its regions.
     std::uint8_t* data_ = nullptr;

@@ -35,7 +35,7 @@ TEST_F(CameraSetting, Bits12And15ReadTheStateAgain) {
     EXPECT_EQ(record().geometry->rawDataSize, 2u * 320u * 480u);
     EXPECT_EQ(record().geometry->clock().hz, 99u);
     EXPECT_EQ(record().mirrorMode, 0x10);
-    EXPECT_EQ(record().previewMask.width, 320u);
+    EXPECT_EQ(record().preview.mask.width, 320u);
 }
 
 TEST_F(CameraSetting, Bit13GoesToTheSetupMemoryOfTwoTypes) {

@@ -36,8 +36,8 @@ TEST_F(Geometry, ImageSizeIsSentAndReadBack) {
     EXPECT_THAT(traffic(),
                 ElementsAre(scanWrite(expected, 64), readScan(), readExposure(), readDigitalGain()));
     expectSize(320, 240);
-    EXPECT_EQ(record().previewMask.width, 320u);
-    EXPECT_EQ(record().previewDestination.height, 240u);
+    EXPECT_EQ(record().preview.mask.width, 320u);
+    EXPECT_EQ(record().preview.destination.height, 240u);
     std::uint16_t mode = 0;
     std::uint32_t x = 0, y = 0, width = 0, height = 0, raw = 0;
     expectSuccess(Tavra_GetImageSize(handle, 5, &mode, &x, &y, &width, &height));
@@ -126,12 +126,12 @@ TEST_F(Geometry, AMissingPreviewWindowIsForgottenByAChangeOfSize) {
 
 TEST_F(Geometry, AFailingReadBackKeepsTheSizesAndUpdatesThePreview) {
     open();
-    record().previewMask = {1, 1};
+    record().preview.mask.store({0, 0, 1, 1});
     usb.failTransfer(1);
     expectFailure(Tavra_SetImageSize(handle, 0, 1, 0, 0, 320, 240), 0xE0000005);
     EXPECT_EQ(record().geometry->rawDataSize, 640u * 480u);
     EXPECT_EQ(record().imagesA.shape().width, 640u);
-    EXPECT_EQ(record().previewMask.width, record().geometry->imageSize().width);
+    EXPECT_EQ(record().preview.mask.width, record().geometry->imageSize().width);
 }
 
 TEST_F(Geometry, ImagesThatCannotBeMadeAreMadeByTheNextChange) {
@@ -149,8 +149,8 @@ TEST_F(Geometry, RotationExchangesWidthAndHeight) {
     open();
     record().rotationMode = 1;
     expectSuccess(Tavra_SetImageSize(handle, 0, 1, 0, 0, 322, 240));
-    EXPECT_EQ(record().previewMask.width, 240u);
-    EXPECT_EQ(record().previewMask.height, 322u);
+    EXPECT_EQ(record().preview.mask.width, 240u);
+    EXPECT_EQ(record().preview.mask.height, 322u);
     std::uint32_t total = 0, width = 0, height = 0, line = 0;
     expectSuccess(Tavra_GetPreviewDataSize(handle, &total, &width, &height, &line));
     EXPECT_EQ(width, 240u);
@@ -199,17 +199,17 @@ TEST_F(Geometry, RegionsAreSentInTheirPlaces) {
 
 TEST_F(Geometry, ARegionMakesNewImagesButLeavesThePartThatThePreviewShows) {
     open();
-    record().previewMask = {100, 50};
-    record().previewDestination = {80, 40};
+    record().preview.mask.store({0, 0, 100, 50});
+    record().preview.destination.store({0, 0, 80, 40});
     record().lastError = 0xE0000007;  // of the preview window: not this call's to forgive
     EXPECT_EQ(Tavra_SetROI(handle, 0, 1, 0, 0, 320, 240), 1);
     EXPECT_EQ(lastError(), 0xE0000007u);
     expectSize(320, 240);
     EXPECT_EQ(record().geometry->rawDataSize, 320u * 240u);
-    EXPECT_EQ(record().previewMask.width, 100u);
-    EXPECT_EQ(record().previewMask.height, 50u);
-    EXPECT_EQ(record().previewDestination.width, 80u);
-    EXPECT_EQ(record().previewDestination.height, 40u);
+    EXPECT_EQ(record().preview.mask.width, 100u);
+    EXPECT_EQ(record().preview.mask.height, 50u);
+    EXPECT_EQ(record().preview.destination.width, 80u);
+    EXPECT_EQ(record().preview.destination.height, 40u);
 }
 
 TEST_F(Geometry, RegionsThatAreNotThereAreABadArgument) {

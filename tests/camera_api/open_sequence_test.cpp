@@ -152,8 +152,8 @@ TEST_F(OpenSequence, SizesAndImagesFollowTheGeometry) {
     camera.setScan32(6, 322);
     camera.setScan32(10, 200);
     openTraffic(camera);
-    EXPECT_EQ(record().previewMask.width, 322u);
-    EXPECT_EQ(record().previewDestination.height, 200u);
+    EXPECT_EQ(record().preview.mask.width, 322u);
+    EXPECT_EQ(record().preview.destination.height, 200u);
     EXPECT_TRUE(record().buffersExist);
     EXPECT_EQ(record().imagesA.shape().width, 322u);
     EXPECT_EQ(record().imagesA.shape().height, 200u);

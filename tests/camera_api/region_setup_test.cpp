@@ -49,7 +49,7 @@ TEST_F(RegionSetup, TheOpenMakesTheComposition) {
     ASSERT_NE(composition(), nullptr);
     EXPECT_EQ(composition()->GetRegionCount(), 2u);
     expectSize(740, 530);
-    EXPECT_EQ(record().previewMask.width, 740u);
+    EXPECT_EQ(record().preview.mask.width, 740u);
     EXPECT_EQ(record().geometry->rawSize().width, 640u) << "the main image, whatever is composed";
     std::uint32_t x = 7, width = 0;
     std::uint16_t mode = 0;

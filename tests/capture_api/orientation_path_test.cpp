@@ -219,6 +219,7 @@ TEST_F(OrientationPath, ARotationTakesEffectWhileTheStreamRuns) {
     for (const std::uint8_t rotation : rotations) {
         SCOPED_TRACE(int{rotation});
         ASSERT_TRUE(Tavra_SetRotationMode(handle, rotation));
+        forgetPlaces();
         sendFrame(++number, raw);
         const auto seen = images.waitFor(number);
         ASSERT_EQ(seen.size(), number);
@@ -264,6 +265,7 @@ TEST_F(OrientationPath, ThePublishedImageIsTheOneThatIsLookedAt) {
     for (const std::uint8_t rotation : {0, 1, 3, 2, 0, 4, 1}) {
         SCOPED_TRACE(int{rotation});
         ASSERT_TRUE(Tavra_SetRotationMode(handle, rotation));
+        forgetPlaces();
         const Bytes raw = noise(++number);
         sendFrame(number, raw);
         EXPECT_EQ(expectMessage(TAVRA_MESSAGE_FRAME_FINISHED), number);
@@ -333,6 +335,7 @@ TEST_F(OrientationPath, AFailedTurnCostsTheFrameItsPreviewAndNothingElse) {
         sendFrame(1, noise(1));  // a turn would keep its memory for the next, so none yet
         ASSERT_EQ(seen.waitFor(1).size(), 1u);
         ASSERT_TRUE(Tavra_SetRotationMode(handle, 1));
+        forgetPlaces();
         sendFrame(2, noise(2));
         sendFrame(3, noise(3));
         const auto all = seen.waitFor(2);

@@ -154,8 +154,18 @@ class StreamTest : public UsbDoubleTest {
         EXPECT_FALSE(receiver.wait(got, 0)) << "message " << got.message;
     }
 
+    // What settings of geometry tell of mask and destination.
+    void forgetPlaces() {
+        for (ReceivedMessage got; receiver.wait(got, 0);) {
+            EXPECT_TRUE(got.message == TAVRA_MESSAGE_MASK_CHANGED ||
+                        got.message == TAVRA_MESSAGE_DESTINATION_CHANGED)
+                << got.message;
+        }
+    }
+
     // Starts and waits until the stream runs.
     void start() {
+        forgetPlaces();
         ASSERT_TRUE(Tavra_StartTransfer(handle));
         expectMessage(TAVRA_MESSAGE_TRANSFER_STARTED);
     }

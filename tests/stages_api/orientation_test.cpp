@@ -36,10 +36,10 @@ class Orientation : public CameraTest {
         expectSuccess(Tavra_GetPreviewDataSize(handle, nullptr, &w, &h, nullptr));
         EXPECT_EQ(w, width);
         EXPECT_EQ(h, height);
-        EXPECT_EQ(record().previewMask.width, width);
-        EXPECT_EQ(record().previewMask.height, height);
-        EXPECT_EQ(record().previewDestination.width, width);
-        EXPECT_EQ(record().previewDestination.height, height);
+        EXPECT_EQ(record().preview.mask.width, width);
+        EXPECT_EQ(record().preview.mask.height, height);
+        EXPECT_EQ(record().preview.destination.width, width);
+        EXPECT_EQ(record().preview.destination.height, height);
     }
 };
 
