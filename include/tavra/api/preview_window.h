@@ -3,9 +3,9 @@
  *
  *  A camera has at most one preview window, plain or a child of a window of the application. It shows the
  *  newest preview image, at most one a 33 ms, scrolls, zooms with the mouse and forwards mouse messages to
- *  its parent. It belongs to the thread that creates it, which on Windows must pump messages; closing and
- *  painting happen on that thread. If the user closes it, the stream goes on, and TAVRA_MESSAGE_WINDOW_CLOSED
- *  tells.
+ *  its parent. On Windows it belongs to the thread that creates it, which must pump messages; elsewhere to a
+ *  thread of the library, and nothing need be pumped. Closing and painting happen on that thread. If the user
+ *  closes it, the stream goes on, and TAVRA_MESSAGE_WINDOW_CLOSED tells.
  *
  *  The mask is the part of the image that is shown, the destination the place in the client area where it
  *  lands; both are in pixels. The mask is scaled onto the destination. Without a window, mask and destination
@@ -27,7 +27,7 @@ extern "C" {
  *  \param handle camera
  *  \param name title in UTF-16; may be null: empty
  *  \param style window style bits as on Windows: bit 20 horizontal and bit 21 vertical scroll bar where
- *      needed, bit 30 child window
+ *      needed, bit 28 visible, bit 30 child window
  *  \param x position of the window, pixels: in the parent's client area for a child, else on the screen
  *  \param y position, likewise
  *  \param width width of the client area, pixels
@@ -37,8 +37,10 @@ extern "C" {
  *  \param menu menu, may be null; Windows only
  *  \param closable not 0: with a close button
  *  \return 1, or 0 with the last error set
- *  \errors the operating system's or the back-end's code, and no window; TAVRA_MESSAGE_WINDOW_CLOSED is
- *      posted as well if the window did not come about
+ *  \errors the operating system's or the back-end's code, and no window: 1459 there is no X server, 1400 the
+ *      parent is no window, 1406 a child without a parent, TAVRA_ERROR_NOT_SUPPORTED the display mode's
+ *      back-end is not in this build; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well if the window did not
+ *      come about
  *  \threads the thread that is to own the window, not in a callback
  */
 TAVRA_API TavraBool Tavra_CreatePreviewWindowW(TavraHandle handle, const TavraWChar* name, uint32_t style,
