@@ -26,7 +26,6 @@ std::string keyText(const Key& key, Times times) {
 }
 
 std::string cameras(const Group& group, Times times) {
-    if (!group.access.exists()) return "not kept yet";
     if (times == Times::IfSkipping) return "cameras that set skipping and binning";
     if (times == Times::IfSum) return "cameras with a binning sum";
     return describe(group.condition);

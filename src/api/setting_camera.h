@@ -18,8 +18,7 @@ class SettingCamera final : public ISettingCamera {
     void noteFailure(Status status) override { record_.noteFailure(status); }
     bool legacy() const override { return record_.legacy(); }
     std::uint32_t fileMode() const override { return record_.settingFileMode; }
-    // Place of the preview window.
-    bool hasPreviewWindow() const override { return false; }
+    bool hasPreviewWindow() const override { return record_.preview.alive(); }
     Status storeRotation(std::uint8_t mode) override { return storeRotationMode(record_, mode); }
     Status resetExposure() override { return record_.exposure->reset(); }
     void resetStatistics() override { record_.statistics.Reset(); }

@@ -367,9 +367,15 @@ void FramePath::postFrameFinished() {
     static_cast<void>(camera_.postToReceiver(TAVRA_MESSAGE_FRAME_FINISHED, run_.frameNumber));
 }
 
-// Place of the recorder: while one exists, a redraw at once unless the next block has arrived.
+// While a recorder exists the window is drawn as long as the next block has not arrived, so that drawing never
+// delays a recording; otherwise at the worker's pace.
 void FramePath::askForRedraw() {
-    if (camera_.preview.alive()) drawWorker_.request(camera_.preview.window());
+    if (!camera_.preview.alive()) return;
+    if (!camera_.recording.exists()) {
+        drawWorker_.request(camera_.preview.window());
+    } else if (!queue_.hasArrived()) {
+        camera_.preview.invalidate();
+    }
 }
 
 // Waits while the writer lags. A stream that is there for the recording ends with it.

@@ -35,7 +35,7 @@ class FrameQueue {
 
     // The capture thread's.
     FrameBlock& current() { return blocks_[readIndex_]; }
-    bool nextArrived() const { return blocks_[next(readIndex_)].filled.wait(0); }
+    bool hasArrived() const { return blocks_[readIndex_].filled.wait(0); }  // the current block
     void release();  // gives the current block back and goes on to the next
 
   private:

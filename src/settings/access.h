@@ -17,8 +17,6 @@ namespace tavra {
 struct Access {
     bool (*get)(ISettingCamera& camera, std::span<std::uint32_t> values) = nullptr;
     bool (*set)(ISettingCamera& camera, std::span<const std::uint32_t> values) = nullptr;
-
-    constexpr bool exists() const { return get != nullptr; }
 };
 
 namespace detail {

@@ -1,6 +1,5 @@
 #include <initializer_list>
 
-#include "settings/pending_access.h"
 #include "settings/setting_file.h"
 #include "settings/walk.h"
 #include "settings/walk_access.h"
@@ -20,7 +19,7 @@ constexpr std::uint16_t kShadingTarget = 128;
 
 // A group that the library has no functions for is no failure.
 bool give(ISettingCamera& camera, const Access& access, std::initializer_list<std::uint32_t> values) {
-    return !access.exists() || access.set(camera, std::span(values.begin(), values.size()));
+    return access.set(camera, std::span(values.begin(), values.size()));
 }
 
 bool noted(ISettingCamera& camera, Status status) {

@@ -92,7 +92,7 @@ bool WalkCamera::meets(Condition condition) const {
 }
 
 bool WalkCamera::has(const Group& group) const {
-    return group.access.exists() && meets(group.condition);
+    return meets(group.condition);
 }
 
 std::uint32_t WalkCamera::times(Times times) const {

@@ -206,6 +206,10 @@ bool setRotation(ISettingCamera& camera, GivenValues values) {
     return stored.ok();
 }
 
+bool setDisplayMode(ISettingCamera& camera, GivenValues values) {
+    return camera.hasPreviewWindow() || Tavra_SetDisplayMode(camera.handle(), byte(values[0])) != 0;
+}
+
 // Keys: threshold, tolerance. The functions have the tolerance first.
 bool getBand(ISettingCamera& camera, Values values) {
     std::uint16_t tolerance = 0, threshold = 0;
@@ -281,6 +285,7 @@ const Access kShutterControlRange{getShutterRange, setShutterRange};
 const Access kControlArea{getControlArea, setControlArea};
 const Access kAlcWeight = arrayAccess<Tavra_GetALCWeight, Tavra_SetALCWeight, std::uint8_t, kCells>();
 const Access kRotation{getRotation, setRotation};
+const Access kDisplayMode{direct<Tavra_GetDisplayMode, Tavra_SetDisplayMode>().get, setDisplayMode};
 const Access kWhiteBalanceBand{getBand, setBand};
 const Access kAwbWeight = arrayAccess<Tavra_GetAWBWeight, Tavra_SetAWBWeight, std::uint8_t, kCells>();
 const Access kColorMatrix{getMatrix, setMatrix};

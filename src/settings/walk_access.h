@@ -7,6 +7,26 @@
 
 namespace tavra::access {
 
+// Functions that take place ahead of size, for keys in the other order.
+template <auto Get, auto Set>
+constexpr Access sizeAheadOfPlace() {
+    return {[](ISettingCamera& camera, std::span<std::uint32_t> values) {
+                return Get(camera.handle(), &values[2], &values[3], &values[0], &values[1]) != 0;
+            },
+            [](ISettingCamera& camera, std::span<const std::uint32_t> values) {
+                return Set(camera.handle(), values[2], values[3], values[0], values[1]) != 0;
+            }};
+}
+
+inline constexpr Access kPreviewWindowSize =
+    sizeAheadOfPlace<Tavra_GetPreviewWindowSize, Tavra_SetPreviewWindowSize>();
+inline constexpr Access kPreviewMaskSize = sizeAheadOfPlace<Tavra_GetPreviewMaskSize, Tavra_SetPreviewMaskSize>();
+inline constexpr Access kPreviewDestSize = sizeAheadOfPlace<Tavra_GetPreviewDestSize, Tavra_SetPreviewDestSize>();
+inline constexpr Access kMagnificationMode = direct<Tavra_GetMagnificationMode, Tavra_SetMagnificationMode>();
+inline constexpr Access kAspectMode = direct<Tavra_GetAspectMode, Tavra_SetAspectMode>();
+extern const Access kDisplayMode;  // an open window keeps its own
+inline constexpr Access kColorKey = direct<Tavra_GetColorKey, Tavra_SetColorKey>();
+inline constexpr Access kAlphaChannel = direct<Tavra_GetAlphaChannel, Tavra_SetAlphaChannel>();
 inline constexpr Access kMovieQuality = direct<Tavra_GetAVIQuality, Tavra_SetAVIQuality>();
 extern const Access kImageSize;
 extern const Access kShutter;  // line, clock, exposure clock; set: see walk_access.cpp

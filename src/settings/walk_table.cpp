@@ -1,6 +1,5 @@
 #include <array>
 
-#include "settings/pending_access.h"
 #include "settings/walk.h"
 #include "settings/walk_access.h"
 #include "tavra/tavra_api.h"

@@ -48,11 +48,14 @@ TEST_F(Queue, AReleasedBlockIsEmpty) {
     EXPECT_FALSE(block.filled.wait(0));
 }
 
-TEST_F(Queue, TellsWhetherTheNextBlockHasArrived) {
+TEST_F(Queue, TellsWhetherTheCurrentBlockHasArrived) {
+    EXPECT_FALSE(queue.hasArrived());
     fill();
-    EXPECT_FALSE(queue.nextArrived());
+    EXPECT_TRUE(queue.hasArrived());
+    queue.release();
+    EXPECT_FALSE(queue.hasArrived());
     fill();
-    EXPECT_TRUE(queue.nextArrived());
+    EXPECT_TRUE(queue.hasArrived());
 }
 
 TEST_F(Queue, RestartedWritingFindsSpaceAndEmptyBlocks) {
