@@ -1,15 +1,14 @@
 #!/bin/sh
-# check_exports.sh <symbols> <exports.tsv> <not_built.txt> [<host header>]
+# check_exports.sh <symbols> <exports.tsv> [<host header>]
 #
 # <symbols> holds the names that a library exports, one a line (list_exports.sh writes it). Passes if they are exactly
-# the functions of the table without those of not_built.txt, and the functions of the host header where one is given.
+# the functions of the table, and those of the host header where one is given.
 set -eu
 
 here=$(dirname "$0")
 symbols=$1
 table=$2
-notBuilt=$3
-hostHeader=${4:-}
+hostHeader=${3:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failed=0
@@ -25,7 +24,6 @@ complain() {  # complain <what is wrong> <file with the names>
 export LC_ALL=C
 sort "$symbols" > "$work/exported"
 awk -F '\t' 'NR > 1 && NF >= 3 { print $1 }' "$table" | sort > "$work/table"
-sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$notBuilt" | sort > "$work/missing"
 : > "$work/host"
 if [ -n "$hostHeader" ]; then
     awk -f "$here/declarations.awk" "$hostHeader" | sed -e 's/(.*//' -e 's/.*[ *]//' | sort > "$work/host"
@@ -37,19 +35,11 @@ if ! [ -s "$work/table" ]; then
 fi
 uniq -d "$work/exported" > "$work/twice"
 complain "exported twice" "$work/twice"
-uniq -d "$work/missing" > "$work/twice"
-complain "listed twice in $notBuilt" "$work/twice"
-comm -13 "$work/table" "$work/missing" > "$work/unknown"
-complain "listed in $notBuilt, but no function of the interface" "$work/unknown"
-comm -12 "$work/exported" "$work/missing" > "$work/stale"
-complain "exported, but still listed in $notBuilt" "$work/stale"
-
-comm -23 "$work/table" "$work/missing" | sort - "$work/host" > "$work/wanted"
-comm -23 "$work/wanted" "$work/exported" > "$work/lost"
-complain "not exported, and not listed in $notBuilt" "$work/lost"
 sort "$work/table" "$work/host" > "$work/public"
+comm -23 "$work/public" "$work/exported" > "$work/lost"
+complain "not exported" "$work/lost"
 comm -13 "$work/public" "$work/exported" > "$work/extra"
 complain "exported, but no part of the interface" "$work/extra"
 
 [ "$failed" -eq 0 ] || exit 1
-echo "$(wc -l < "$work/exported") exports, $(wc -l < "$work/missing") functions not built yet"
+echo "$(wc -l < "$work/exported") exports"

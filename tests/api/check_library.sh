@@ -1,5 +1,5 @@
 #!/bin/sh
-# check_library.sh <nm or objdump> <library> <exports.tsv> <not_built.txt> [<host header>]
+# check_library.sh <nm or objdump> <library> <exports.tsv> [<host header>]
 #
 # The exports of a built library against the interface: list_exports.sh, then check_exports.sh.
 set -eu
