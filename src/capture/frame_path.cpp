@@ -367,8 +367,8 @@ void FramePath::postFrameFinished() {
     static_cast<void>(camera_.postToReceiver(TAVRA_MESSAGE_FRAME_FINISHED, run_.frameNumber));
 }
 
-// While a recorder exists the window is drawn as long as the next block has not arrived, so that drawing never
-// delays a recording; otherwise at the worker's pace.
+// While a recorder exists the window is drawn as long as the next block has not arrived, so that drawing
+// never delays a recording; otherwise at the worker's pace.
 void FramePath::askForRedraw() {
     if (!camera_.preview.alive()) return;
     if (!camera_.recording.exists()) {

@@ -20,8 +20,10 @@ constexpr Access sizeAheadOfPlace() {
 
 inline constexpr Access kPreviewWindowSize =
     sizeAheadOfPlace<Tavra_GetPreviewWindowSize, Tavra_SetPreviewWindowSize>();
-inline constexpr Access kPreviewMaskSize = sizeAheadOfPlace<Tavra_GetPreviewMaskSize, Tavra_SetPreviewMaskSize>();
-inline constexpr Access kPreviewDestSize = sizeAheadOfPlace<Tavra_GetPreviewDestSize, Tavra_SetPreviewDestSize>();
+inline constexpr Access kPreviewMaskSize =
+    sizeAheadOfPlace<Tavra_GetPreviewMaskSize, Tavra_SetPreviewMaskSize>();
+inline constexpr Access kPreviewDestSize =
+    sizeAheadOfPlace<Tavra_GetPreviewDestSize, Tavra_SetPreviewDestSize>();
 inline constexpr Access kMagnificationMode = direct<Tavra_GetMagnificationMode, Tavra_SetMagnificationMode>();
 inline constexpr Access kAspectMode = direct<Tavra_GetAspectMode, Tavra_SetAspectMode>();
 extern const Access kDisplayMode;  // an open window keeps its own
