@@ -43,9 +43,9 @@ template <class Sample>
 void sharpen(const sharpness::Image<Sample>& image, unsigned channels,
              const sharpness::Corrections& corrections, sharpness::LineStore<Sample> lines) {
     switch (channels) {
-        case 1: return sharpness::sharpen<Sample, 1>(image, corrections, lines);
-        case 3: return sharpness::sharpen<Sample, 3>(image, corrections, lines);
-        default: return sharpness::sharpen<Sample, 4>(image, corrections, lines);
+        case 1: return sharpness::sharpen<1>(image, corrections, lines);
+        case 3: return sharpness::sharpen<3>(image, corrections, lines);
+        default: return sharpness::sharpen<4>(image, corrections, lines);
     }
 }
 

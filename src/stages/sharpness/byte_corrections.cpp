@@ -12,7 +12,7 @@ bool chooseScale(CorrectionLine& line, std::uint16_t gain) {
         if (factor > kLargestFactor) continue;
         line.factor = static_cast<std::uint16_t>(factor);
         line.offset = static_cast<std::uint16_t>(1u << (bits - 1));
-        line.scale = static_cast<std::uint16_t>(1u << (16 - bits));
+        line.shift = static_cast<std::uint16_t>(bits);
         return true;
     }
     return false;
@@ -23,7 +23,7 @@ bool findExceptions(CorrectionLine& line, const ByteCorrectionTable& table) {
     line.exceptionCount = 0;
     for (std::size_t i = 0; i < table.size(); ++i) {
         const auto excess = static_cast<std::uint16_t>(i);
-        const int change = table[i] - line.at<0>(excess);
+        const int change = table[i] - line.at(excess);
         if (change == 0) continue;
         if (line.exceptionCount == line.exceptions.size()) return false;
         line.exceptions[line.exceptionCount++] = {excess, static_cast<std::uint16_t>(change)};

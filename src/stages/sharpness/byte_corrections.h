@@ -14,7 +14,7 @@ namespace tavra::sharpness {
 using ByteCorrectionTable = std::array<std::uint16_t, 256>;
 
 // A table as a product, which vectors do several times faster than look-ups:
-// (256 * excess * factor / 65536 + offset) * scale / 65536, the divisions cut off, the scale a power of two.
+// (256 * excess * factor / 65536 + offset) >> shift, the division cut off.
 //
 // Where the exact product of excess and gain is a half, the running sum from which the table is made has
 // sometimes lost it and sometimes not: the few such entries that no factor has are told for themselves.
@@ -24,25 +24,14 @@ struct CorrectionLine {
         std::uint16_t excess, change;  // the change is modulo 65536
     };
 
-    std::uint16_t factor = 0, offset = 0, scale = 0;
+    std::uint16_t factor = 0, offset = 0, shift = 0;
     std::array<Exception, kMostExceptions> exceptions{};
     std::size_t exceptionCount = 0;
 
-    // Without all exceptions but the first kExceptions.
-    template <std::size_t kExceptions>
+    // Without the exceptions.
     std::uint16_t at(std::uint16_t excess) const {
-        const auto product = high(static_cast<std::uint16_t>(excess << 8), factor);
-        std::uint16_t correction = high(static_cast<std::uint16_t>(product + offset), scale);
-        for (std::size_t k = 0; k < kExceptions; ++k) {
-            const std::uint16_t change = excess == exceptions[k].excess ? exceptions[k].change : 0;
-            correction = static_cast<std::uint16_t>(correction + change);
-        }
-        return correction;
-    }
-
-  private:
-    static std::uint16_t high(std::uint16_t a, std::uint16_t b) {
-        return static_cast<std::uint16_t>((std::uint32_t{a} * b) >> 16);
+        const std::uint32_t product = (std::uint32_t{excess} << 8) * factor >> 16;
+        return static_cast<std::uint16_t>(static_cast<std::uint16_t>(product + offset) >> shift);
     }
 };
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "stages/byte_lanes.h"
 #include "stages/sharpness/corrections.h"
 
 namespace tavra::sharpness {
@@ -24,10 +25,15 @@ struct Image {
     }
 };
 
+// Lines are worked on in whole vectors, whose last one ends behind the image.
+constexpr std::size_t lineLength(std::size_t width) {
+    return (width / lanes::kVectorBytes + 2) * lanes::kVectorBytes;
+}
+
 // Words of a line store for an image of this width: three lines of words, two of samples.
 template <class Sample>
 constexpr std::size_t lineStoreWords(std::size_t width) {
-    return 3 * width + 2 * width * sizeof(Sample) / sizeof(std::uint16_t);
+    return lineLength(width) * (3 + 2 * sizeof(Sample) / sizeof(std::uint16_t));
 }
 
 // The lines that follow the work down the image: of three rows the horizontal sums of three values, of two
@@ -35,20 +41,23 @@ constexpr std::size_t lineStoreWords(std::size_t width) {
 template <class Sample>
 class LineStore {
   public:
-    LineStore(std::uint16_t* words, std::size_t width) : words_(words), width_(width) {}
+    LineStore(std::uint16_t* words, std::size_t width) : words_(words), length_(lineLength(width)) {}
 
-    std::uint16_t* sums(std::size_t y) const { return words_ + y % 3 * width_; }
+    std::uint16_t* sums(std::size_t y) const { return words_ + y % 3 * length_; }
     Sample* luma(std::size_t y) const {
-        return reinterpret_cast<Sample*>(words_ + 3 * width_) + y % 2 * width_;
+        return reinterpret_cast<Sample*>(words_ + 3 * length_) + y % 2 * length_;
     }
 
   private:
     std::uint16_t* words_;
-    std::size_t width_;
+    std::size_t length_;
 };
 
 // kChannels: 1 grey, 3 B, G, R, 4 with a fourth sample that stays.
-template <class Sample, unsigned kChannels>
-void sharpen(const Image<Sample>& image, const Corrections& corrections, LineStore<Sample> lines);
+template <unsigned kChannels>
+void sharpen(const Image<std::uint8_t>& image, const Corrections& corrections, LineStore<std::uint8_t> lines);
+template <unsigned kChannels>
+void sharpen(const Image<std::uint16_t>& image, const Corrections& corrections,
+             LineStore<std::uint16_t> lines);
 
 }  // namespace tavra::sharpness
