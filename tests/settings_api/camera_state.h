@@ -50,6 +50,23 @@ inline void addImage(TavraHandle camera, CameraState& state) {
     state["mirror, rotation, interpolation"] = {bytes[0], bytes[1], bytes[2]};
 }
 
+inline void addPreview(TavraHandle camera, CameraState& state) {
+    std::uint32_t x = 0, y = 0, width = 0, height = 0, color = 0;
+    std::array<std::uint8_t, 4> bytes{};
+    Tavra_GetPreviewMaskSize(camera, &x, &y, &width, &height);
+    state["preview mask"] = {x, y, width, height};
+    Tavra_GetPreviewDestSize(camera, &x, &y, &width, &height);
+    state["preview destination"] = {x, y, width, height};
+    Tavra_GetMagnificationMode(camera, &bytes[0]);
+    Tavra_GetAspectMode(camera, &bytes[1]);
+    state["magnification, aspect"] = {bytes[0], bytes[1]};
+    Tavra_GetDisplayMode(camera, &bytes[2]);
+    state["display mode"] = {bytes[2]};
+    Tavra_GetColorKey(camera, &color);
+    Tavra_GetAlphaChannel(camera, &bytes[3]);
+    state["color key, alpha"] = {color, bytes[3]};
+}
+
 inline void addExposure(TavraHandle camera, CameraState& state) {
     std::array<std::uint16_t, 6> words{};
     std::array<std::uint8_t, 16> bytes{};
@@ -132,6 +149,7 @@ inline void addCameraValues(TavraHandle camera, CameraState& state) {
 inline CameraState stateOf(TavraHandle camera) {
     CameraState state;
     addImage(camera, state);
+    addPreview(camera, state);
     addExposure(camera, state);
     addColor(camera, state);
     addCameraValues(camera, state);

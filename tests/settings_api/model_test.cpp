@@ -30,6 +30,17 @@ void changeImage(TavraHandle camera, std::uint16_t round) {
     Tavra_SetRotationMode(camera, static_cast<std::uint8_t>(1 + round));
 }
 
+void changePreview(TavraHandle camera, std::uint16_t round) {
+    const auto byte = [round](unsigned value) { return static_cast<std::uint8_t>(value + round); };
+    Tavra_SetPreviewMaskSize(camera, 3u + round, 5, 17, 19u + round);
+    Tavra_SetPreviewDestSize(camera, static_cast<std::uint32_t>(-7), 11u + round, 23u + round, 29);
+    Tavra_SetMagnificationMode(camera, byte(1));
+    Tavra_SetAspectMode(camera, byte(2));
+    Tavra_SetDisplayMode(camera, byte(3));
+    Tavra_SetColorKey(camera, 0x123456u + round);
+    Tavra_SetAlphaChannel(camera, byte(77));
+}
+
 bool isMono(TavraHandle camera) {
     std::uint16_t array = 0;
     Tavra_GetColorArray(camera, &array);
@@ -88,6 +99,7 @@ void changeColor(TavraHandle camera, std::uint16_t round) {
 
 void changeEverything(TavraHandle camera, std::uint16_t round) {
     changeImage(camera, round);
+    changePreview(camera, round);
     changeExposure(camera, round);
     Tavra_SetAVIQuality(camera, 60u + round);
     Tavra_SetSharpnessMode(camera, 1, static_cast<std::uint16_t>(60 + round), 5);
@@ -171,6 +183,9 @@ class Expected {
         Tavra_GetEnableImageSize(camera_, &sizes, &scanModes);
         if ((scanModes & 0x8000) != 0) add("ImageSize", {"HSkipping", "VSkipping", "HBinning", "VBinning"});
         if (has(61) || has(131)) add("ImageSize", {"BinningSumMode"});
+        // No preview window is open.
+        add("PreviewMaskSize", {"Width", "Height", "OffsetX", "OffsetY"});
+        add("PreviewDestSize", {"Width", "Height", "OffsetX", "OffsetY"});
     }
     void addExposure() {
         const char* const s = "GainShutter";
@@ -185,7 +200,8 @@ class Expected {
         add(s, {"ShutterCtrlSpeedLimit", "GainCtrlSpeedLimit", "SkipFrameCount", "AverageFrameCount"});
     }
     void addOther() {
-        add("Other", {"MirrorMode", "RotationMode", "PreviewPixelFormat"});
+        add("Other", {"MirrorMode", "MagnificationMode", "AspectMode", "RotationMode", "DisplayMode",
+                      "ColorKey", "AlphaChannel", "PreviewPixelFormat"});
         add("Sharpness", {"SharpnessMode", "SharpnessGain", "SharpnessCoring"});
         addGamma("GammaY");
     }
@@ -270,6 +286,22 @@ TEST_P(SettingFileOfModel, HasTheKeysOfTheModelAndTheSameOnesTheSecondTime) {
     changeEverything(camera, 1);
     ASSERT_TRUE(Tavra_SaveSettingFileW(camera, name_.c_str()));
     EXPECT_EQ(keysIn(file()), keys);
+}
+
+TEST_P(SettingFileOfModel, ResetShowsTheWholeImage) {
+    const Camera camera;
+    changeEverything(camera, 1);
+    ASSERT_TRUE(Tavra_ResetSetting(camera)) << std::hex << Tavra_GetLastError(camera);
+    std::uint16_t mode = 0;
+    std::uint32_t x = 0, y = 0, width = 0, height = 0;
+    ASSERT_TRUE(Tavra_GetImageSize(camera, 0, &mode, &x, &y, &width, &height));
+    const CameraState now = stateOf(camera);
+    using Values = std::vector<std::uint32_t>;
+    EXPECT_EQ(now.at("preview mask"), (Values{0, 0, width, height}));
+    EXPECT_EQ(now.at("preview destination"), (Values{0, 0, width, height}));
+    EXPECT_EQ(now.at("magnification, aspect"), (Values{0, 0}));
+    EXPECT_EQ(now.at("display mode"), (Values{0}));
+    EXPECT_EQ(now.at("color key, alpha"), (Values{0xFF00FF, 78})) << "the opacity stays";
 }
 
 // A person who edits the file may sort it as they like.
