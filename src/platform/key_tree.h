@@ -59,6 +59,8 @@ class TreeKey {
     bool isOpen() const { return state_ != nullptr; }
     // Keeps what was written. The error is that of the store, which then has none of it.
     std::uint32_t close();
+    // Closes. Linux: none of what was written stays; Windows: all of it does.
+    void abandon();
 
     // In the order of their names. 259: there are no more.
     std::uint32_t subKeyName(std::uint32_t index, std::u16string& name);

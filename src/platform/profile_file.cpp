@@ -84,7 +84,8 @@ void ProfileText::decode(std::span<const std::uint8_t> bytes) {
         text_.assign(bytes.begin(), bytes.end());
         return;
     }
-    text_.resize(bytes.size() / 2 - 1);  // half a unit at the end is no text
+    text_.resize(bytes.size() / 2 - 1);
+    if (bytes.size() % 2 != 0) half_ = bytes.back();
     for (std::size_t i = 0; i < text_.size(); ++i) {
         const char16_t unit = loadLe16(&bytes[2 * i + 2]);
         text_[i] = encoding_ == Encoding::Wide ? unit : swapped(unit);
@@ -251,6 +252,7 @@ std::vector<std::uint8_t> ProfileText::bytes() const {
     };
     store(0, kMark);
     for (std::size_t i = 0; i < text.size(); ++i) store(i + 1, text[i]);
+    if (half_) wide.push_back(*half_);
     return wide;
 }
 
@@ -268,6 +270,15 @@ Status readProfile(const std::u16string& name, ProfileText& text) {
 
 Status writeProfile(const std::u16string& name, const ProfileText& text) {
     return replaceWholeFile(name, text.bytes());
+}
+
+Status updateProfile(const std::u16string& name, const std::function<void(ProfileText&)>& edit) {
+    const FileUpdateLock lock(name);
+    TAVRA_RETURN_IF_ERROR(lock.status());
+    ProfileText text;
+    TAVRA_RETURN_IF_ERROR(readProfile(name, text));
+    edit(text);
+    return writeProfile(name, text);
 }
 
 std::uint32_t profileNumber(std::u16string_view value) {

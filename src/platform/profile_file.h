@@ -8,7 +8,8 @@
 // order, line ends.
 //
 // - The encoding is the file's own: UTF-16 in either byte order by its mark, else single bytes, which are
-//   taken and given back as they are. A new file is UTF-16, little endian, with a mark.
+//   taken and given back as they are. A new file is UTF-16, little endian, with a mark. Half a unit at the
+//   end, of a file that was cut, is no text, and stays where it is.
 // - A line ends with CR LF, LF or CR. A section begins with a line [name]; the name ends at the line's last
 //   bracket. The first section of a name counts, and the first key of a name in it. Capitals and small ASCII
 //   letters are the same.
@@ -19,6 +20,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <span>
@@ -70,7 +72,8 @@ class ProfileText {
     std::u16string linesOf(const Section& section) const;
 
     Encoding encoding_ = Encoding::Wide;
-    std::u16string text_;  // without its mark; a single byte is a unit
+    std::u16string text_;               // without its mark; a single byte is a unit
+    std::optional<std::uint8_t> half_;  // of a unit, behind all
     std::u16string lineEnd_ = u"\r\n";
     std::map<std::u16string, Section> sections_;  // by folded name
     std::vector<std::u16string> newSections_;     // folded names, in their order
@@ -80,6 +83,9 @@ class ProfileText {
 Status readProfile(const std::u16string& name, ProfileText& text);
 // Replaces the file.
 Status writeProfile(const std::u16string& name, const ProfileText& text);
+// Reads the file, lets `edit` change it, and replaces it: nobody else who does this loses what they set, and
+// no file is torn (FileUpdateLock, with its error). `edit` must not take long.
+Status updateProfile(const std::u16string& name, const std::function<void(ProfileText&)>& edit);
 
 // The number in a value as the profile calls of Windows take it: blanks, a sign, digits up to the first other
 // character, hexadecimal behind 0x; modulo 2^32. No digits: 0.

@@ -16,6 +16,22 @@ using platform::ValueType;
 
 }  // namespace
 
+std::uint32_t numberIn(const TreeValue& stored, std::uint32_t& value) {
+    std::array<std::uint8_t, 4> bytes{};
+    if (stored.data.size() > bytes.size()) return kMoreData;
+    storeLe32(bytes.data(), value);
+    std::ranges::copy(stored.data, bytes.begin());
+    value = loadLe32(bytes.data());
+    return 0;
+}
+
+std::uint32_t bytesIn(const TreeValue& stored, void* buffer, std::uint32_t size) {
+    if (stored.data.size() > size) return kMoreData;
+    auto* const bytes = static_cast<std::uint8_t*>(buffer);
+    std::fill(std::ranges::copy(stored.data, bytes).out, bytes + size, std::uint8_t{0});
+    return 0;
+}
+
 CwRegKey::CwRegKey(const std::u16string& path, Access access, bool create)
     : openError_(key_.open(path, access == Access::Read ? TreeKey::Access::Read : TreeKey::Access::Write,
                            create ? TreeKey::Missing::Create : TreeKey::Missing::Fail)) {}
@@ -34,11 +50,9 @@ template <typename Number>
 std::uint32_t CwRegKey::readNumber(const std::u16string& name, Number& value) {
     TreeValue stored;
     if (const std::uint32_t error = key_.read(name, stored); error != 0) return error;
-    std::array<std::uint8_t, 4> bytes{};
-    if (stored.data.size() > bytes.size()) return kMoreData;
-    storeLe32(bytes.data(), static_cast<std::uint32_t>(value));
-    std::ranges::copy(stored.data, bytes.begin());
-    value = static_cast<Number>(loadLe32(bytes.data()));
+    auto wide = static_cast<std::uint32_t>(value);
+    if (const std::uint32_t error = numberIn(stored, wide); error != 0) return error;
+    value = static_cast<Number>(wide);
     return 0;
 }
 
@@ -58,10 +72,7 @@ std::uint32_t CwRegKey::ReadDwordSigned(const std::u16string& name, std::int32_t
 std::uint32_t CwRegKey::ReadBinary(const std::u16string& name, void* buffer, std::uint32_t size) {
     TreeValue stored;
     if (const std::uint32_t error = key_.read(name, stored); error != 0) return error;
-    if (stored.data.size() > size) return kMoreData;
-    stored.data.resize(size);
-    std::ranges::copy(stored.data, static_cast<std::uint8_t*>(buffer));
-    return 0;
+    return bytesIn(stored, buffer, size);
 }
 
 std::uint32_t CwRegKey::ReadString(const std::u16string& name, std::u16string& text) {

@@ -12,6 +12,11 @@
 
 namespace tavra {
 
+// Up to four bytes of a value of whatever type, over those of the caller's; a longer one leaves it (234).
+std::uint32_t numberIn(const platform::TreeValue& stored, std::uint32_t& value);
+// `size` bytes; what the value is short of them is zero. A longer value leaves the buffer (234).
+std::uint32_t bytesIn(const platform::TreeValue& stored, void* buffer, std::uint32_t size);
+
 class CwRegKey {
   public:
     enum class Access { Read, All };
@@ -23,19 +28,20 @@ class CwRegKey {
     CwRegKey& operator=(const CwRegKey&) = delete;
 
     std::uint32_t Close() { return key_.close(); }
+    // Closes without keeping what was written, where the store can do that: Windows keeps it.
+    void Abandon() { key_.abandon(); }
     bool isOpen() const { return key_.isOpen(); }
     std::uint32_t openError() const { return openError_; }
 
     std::uint32_t EnumSubKey(std::uint32_t index, std::u16string& name);
     std::uint32_t EnumValue(std::uint32_t index, platform::TreeValue& value);
 
-    // Up to four bytes of whatever type, over those of the caller's value, which is then narrowed again. A
-    // missing value leaves it (2), a longer one too (234).
+    // As numberIn() says; the caller's value is then narrowed again. A missing value leaves it (2).
     std::uint32_t ReadByte(const std::u16string& name, std::uint8_t& value);
     std::uint32_t ReadWord(const std::u16string& name, std::uint16_t& value);
     std::uint32_t ReadDword(const std::u16string& name, std::uint32_t& value);
     std::uint32_t ReadDwordSigned(const std::u16string& name, std::int32_t& value);
-    // `size` bytes; what the value is short of them is zero. A longer value leaves the buffer (234).
+    // As bytesIn() says.
     std::uint32_t ReadBinary(const std::u16string& name, void* buffer, std::uint32_t size);
     // The whole text, whatever the type.
     std::uint32_t ReadString(const std::u16string& name, std::u16string& text);
@@ -48,6 +54,9 @@ class CwRegKey {
     }
     std::uint32_t WriteDword(const std::u16string& name, std::uint32_t value);
     std::uint32_t WriteBinary(const std::u16string& name, const void* data, std::uint32_t size);
+    std::uint32_t Write(const platform::TreeValue& value) {
+        return key_.write(value.name, value.type, value.data);
+    }
     // Its units, without a zero behind them.
     std::uint32_t WriteString(const std::u16string& name, const std::u16string& text);
 

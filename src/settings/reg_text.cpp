@@ -199,6 +199,15 @@ std::optional<TreeValue> valueIn(std::u16string_view line) {
     return value;
 }
 
+// Ends at the first value that the store does not take, with its error.
+std::uint32_t writeValues(CwRegKey& key, const std::vector<TreeValue>& values) {
+    std::uint32_t error = 0;
+    for (const TreeValue& value : values) {
+        if (error = key.Write(value); error != 0) break;
+    }
+    return error;
+}
+
 bool failWith(std::uint32_t code) {
     platform::setLastSystemError(code);
     return false;
@@ -263,17 +272,14 @@ bool ImportKey(const std::u16string& fileName, const std::u16string& prefix,
     }
     CwRegKey key(text.path, CwRegKey::Access::All, true);
     if (!key.isOpen()) return failWith(key.openError());
-    bool hasBytes = false;
-    for (const TreeValue& value : text.values) {
-        if (value.type == ValueType::Dword) {
-            key.WriteDword(value.name, loadLe32(value.data.data()));
-        } else {
-            key.WriteBinary(value.name, value.data.data(), static_cast<std::uint32_t>(value.data.size()));
-            hasBytes = true;
-        }
+    if (const std::uint32_t error = writeValues(key, text.values); error != 0) {
+        key.Abandon();
+        return failWith(error);
     }
     if (const std::uint32_t error = key.Close(); error != 0) return failWith(error);
     // By design: numbers alone are taken over and still are no setting.
+    const bool hasBytes =
+        std::ranges::find(text.values, ValueType::Binary, &TreeValue::type) != text.values.end();
     return hasBytes || failWith(kInvalidData);
 }
 

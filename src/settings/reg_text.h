@@ -32,8 +32,9 @@ RegText parseRegText(std::vector<std::uint8_t> bytes, std::u16string_view prefix
 bool ExportKey(const std::u16string& fileName, const std::u16string& path);
 
 // Reads a file into the tree. False, with the system's last error set: the file cannot be read, has another
-// form, has no key under `prefix`, or no value of bytes; numbers are taken over then.
-// `confirm`, if given, is asked when the key exists already; its answer 7 ends the import with true.
+// form, has no key under `prefix`, or no value of bytes; numbers are taken over then. Or the store does not
+// take a value: on Linux none of the file is in it then, on Windows those ahead of that one. `confirm`, if
+// given, is asked when the key exists already; its answer 7 ends the import with true.
 bool ImportKey(const std::u16string& fileName, const std::u16string& prefix,
                const std::function<std::uint32_t()>& confirm = nullptr);
 

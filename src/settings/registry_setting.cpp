@@ -9,6 +9,7 @@
 #include "base/little_endian.h"
 #include "settings/access.h"
 #include "settings/reg_key.h"
+#include "settings/setting_values.h"
 #include "settings/walk.h"
 #include "settings/walk_access.h"
 #include "tavra/tavra_api.h"
@@ -25,7 +26,7 @@ constexpr std::uint32_t kNoMoreItems = 259;
 
 struct Place {
     ISettingCamera& camera;
-    CwRegKey& key;
+    SettingValues& values;
 
     TavraHandle handle() const { return camera.handle(); }
 };
@@ -52,7 +53,7 @@ struct Numbers {
     static bool save(const Place& place) {
         Values values{};
         if (!access.get(place.camera, values)) return false;
-        for (const Field& field : fields) place.key.WriteDword(field.name, values[field.argument]);
+        for (const Field& field : fields) place.values.addNumber(field.name, values[field.argument]);
         return true;
     }
     static bool load(const Place& place) {
@@ -63,7 +64,7 @@ struct Numbers {
         for (const Field& field : fields) {
             std::uint32_t& value = values[field.argument];
             value = field.missing.value_or(value);
-            place.key.ReadDword(field.name, value);
+            place.values.getNumber(field.name, value);
         }
         return access.set(place.camera, values);
     }
@@ -95,7 +96,7 @@ bool saveVersion(const Place& place) {
     if (Tavra_GetCAMDllVersion(&version[0], &version[1], &version[2], &version[3]) == 0) return false;
     std::array<std::uint8_t, 16> bytes{};
     for (std::size_t i = 0; i < version.size(); ++i) storeLe32(&bytes[4 * i], version[i]);
-    place.key.WriteBinary(u"SDK Version", bytes.data(), bytes.size());
+    place.values.addBytes(u"SDK Version", bytes.data(), bytes.size());
     return true;
 }
 bool nothing(const Place&) {
@@ -106,13 +107,13 @@ bool nothing(const Place&) {
 bool saveClock(const Place& place) {
     std::uint32_t mode = 0, clock = 0;
     if (Tavra_GetClock(place.handle(), &mode, &clock) == 0) return false;
-    place.key.WriteDword(u"Clock Mode", mode);
+    place.values.addNumber(u"Clock Mode", mode);
     return true;
 }
 bool loadClock(const Place& place) {
     std::uint32_t mode = 0, clock = 0;
     if (Tavra_GetClock(place.handle(), &mode, &clock) == 0) return false;
-    place.key.ReadDword(u"Clock Mode", mode);
+    place.values.getNumber(u"Clock Mode", mode);
     return Tavra_SetClock(place.handle(), mode, clock) != 0;
 }
 
@@ -121,27 +122,27 @@ bool saveScan(const Place& place) {
     std::uint16_t mode = 0;
     std::uint32_t x = 0, y = 0, width = 0, height = 0;
     if (Tavra_GetImageSize(place.handle(), 0, &mode, &x, &y, &width, &height) == 0) return false;
-    place.key.WriteWord(u"Scan Mode", mode);
+    place.values.addNumber(u"Scan Mode", mode);
     return true;
 }
 bool loadScan(const Place& place) {
     std::uint16_t mode = 0;
     std::uint32_t x = 0, y = 0, width = 0, height = 0;
     if (Tavra_GetImageSize(place.handle(), 0, &mode, &x, &y, &width, &height) == 0) return false;
-    place.key.ReadWord(u"Scan Mode", mode);
+    place.values.getNumber(u"Scan Mode", mode);
     return Tavra_SetImageSize(place.handle(), 0, mode, x, y, width, height) != 0;
 }
 
 bool saveWeights(const Place& place) {
     std::array<std::uint8_t, 16> weights{};
     if (Tavra_GetALCWeight(place.handle(), weights.data()) == 0) return false;
-    place.key.WriteBinary(u"Range Weight", weights.data(), weights.size());
+    place.values.addBytes(u"Range Weight", weights.data(), weights.size());
     return true;
 }
 bool loadWeights(const Place& place) {
     std::array<std::uint8_t, 16> weights{};
     if (Tavra_GetALCWeight(place.handle(), weights.data()) == 0) return false;
-    place.key.ReadBinary(u"Range Weight", weights.data(), weights.size());
+    place.values.getBytes(u"Range Weight", weights.data(), weights.size());
     return Tavra_SetALCWeight(place.handle(), weights.data()) != 0;
 }
 
@@ -156,8 +157,8 @@ bool saveMatrix(const Place& place) {
     for (std::size_t i = 0; i < matrix.size(); ++i) {
         storeLe16(&bytes[2 * i], static_cast<std::uint16_t>(matrix[i]));
     }
-    place.key.WriteByte(u"Color Matrix Mode", mode);
-    place.key.WriteBinary(u"Color Matrix", bytes.data(), kMatrixBytes);
+    place.values.addNumber(u"Color Matrix Mode", mode);
+    place.values.addBytes(u"Color Matrix", bytes.data(), kMatrixBytes);
     return true;
 }
 bool loadMatrix(const Place& place) {
@@ -165,9 +166,9 @@ bool loadMatrix(const Place& place) {
     Matrix matrix{};
     if (Tavra_GetColorMatrix(place.handle(), &mode, matrix.data()) == 0) return false;
     mode = 0;
-    place.key.ReadByte(u"Color Matrix Mode", mode);
+    place.values.getNumber(u"Color Matrix Mode", mode);
     std::array<std::uint8_t, kMatrixBytes> bytes{};
-    if (place.key.ReadBinary(u"Color Matrix", bytes.data(), kMatrixBytes) == 0) {
+    if (place.values.getBytes(u"Color Matrix", bytes.data(), kMatrixBytes)) {
         for (std::size_t i = 0; i < matrix.size(); ++i) {
             matrix[i] = static_cast<std::int16_t>(loadLe16(&bytes[2 * i]));
         }
@@ -195,9 +196,9 @@ template <std::uint8_t kIndex>
 bool saveCurve(const Place& place) {
     Curve curve;
     if (!curve.get(place.handle(), kIndex)) return false;
-    place.key.WriteByte(curveName(kIndex) + u" Mode", curve.mode);
-    place.key.WriteWord(curveName(kIndex) + u" Value", curve.gamma);
-    place.key.WriteBinary(curveName(kIndex) + u" Table", curve.table.data(), curve.table.size());
+    place.values.addNumber(curveName(kIndex) + u" Mode", curve.mode);
+    place.values.addNumber(curveName(kIndex) + u" Value", curve.gamma);
+    place.values.addBytes(curveName(kIndex) + u" Table", curve.table.data(), curve.table.size());
     return true;
 }
 // By design: brightness and contrast are no part of a named setting, and become 0.
@@ -207,9 +208,9 @@ bool loadCurve(const Place& place) {
     if (!curve.get(place.handle(), kIndex)) return false;
     curve.mode = 0;
     curve.gamma = 100;
-    place.key.ReadByte(curveName(kIndex) + u" Mode", curve.mode);
-    place.key.ReadWord(curveName(kIndex) + u" Value", curve.gamma);
-    place.key.ReadBinary(curveName(kIndex) + u" Table", curve.table.data(), curve.table.size());
+    place.values.getNumber(curveName(kIndex) + u" Mode", curve.mode);
+    place.values.getNumber(curveName(kIndex) + u" Value", curve.gamma);
+    place.values.getBytes(curveName(kIndex) + u" Table", curve.table.data(), curve.table.size());
     return Tavra_SetGammaModeEx(place.handle(), kIndex, curve.mode, curve.gamma, 0, 0, curve.table.data()) !=
            0;
 }
@@ -217,13 +218,13 @@ bool loadCurve(const Place& place) {
 bool saveRotation(const Place& place) {
     std::uint8_t mode = 0;
     if (Tavra_GetRotationMode(place.handle(), &mode) == 0) return false;
-    place.key.WriteByte(u"Rotation Mode", mode);
+    place.values.addNumber(u"Rotation Mode", mode);
     return true;
 }
 bool loadRotation(const Place& place) {
     std::uint8_t mode = 0;
     if (Tavra_GetRotationMode(place.handle(), &mode) == 0) return false;
-    place.key.ReadByte(u"Rotation Mode", mode);
+    place.values.getNumber(u"Rotation Mode", mode);
     const std::uint32_t value = mode;
     return access::kRotation.set(place.camera, std::span(&value, 1));
 }
@@ -259,6 +260,20 @@ Status statusOf(std::uint32_t error) {
     return Status(error);
 }
 
+// The first error. What could be written is there, or on Linux all of it or nothing.
+std::uint32_t store(const std::u16string& path, const SettingValues& values) {
+    CwRegKey key(path, CwRegKey::Access::All, true);
+    if (!key.isOpen()) return key.openError();
+    const std::uint32_t error = values.write(key);
+    const std::uint32_t closeError = key.Close();
+    return error != 0 ? error : closeError;
+}
+
+std::uint32_t fetch(const std::u16string& path, SettingValues& values) {
+    CwRegKey key(path, CwRegKey::Access::Read, true);
+    return key.isOpen() ? values.read(key) : key.openError();
+}
+
 }  // namespace
 
 std::u16string settingPath(ISettingCamera& camera, const std::u16string& name) {
@@ -269,24 +284,23 @@ std::u16string settingPath(ISettingCamera& camera, const std::u16string& name) {
 }
 
 bool saveRegistrySetting(ISettingCamera& camera, const std::u16string& name) {
-    CwRegKey key(settingPath(camera, name), CwRegKey::Access::All, true);
-    if (!key.isOpen()) camera.noteFailure(statusOf(key.openError()));
-    bool good = true;
-    for (const Step& step : kSteps) {
-        good = step.save({camera, key});
-        if (!good) break;
-    }
-    if (key.isOpen()) camera.noteFailure(statusOf(key.Close()));
-    return good;
+    SettingValues values;
+    const bool complete = std::ranges::all_of(kSteps, [&](const Step& step) {
+        return step.save({camera, values});
+    });
+    // By design: what came ahead of a getter that failed is stored, and its failure is the one that counts.
+    const std::uint32_t stored = store(settingPath(camera, name), values);
+    if (complete) camera.noteFailure(statusOf(stored));
+    return complete;
 }
 
 bool loadRegistrySetting(ISettingCamera& camera, const std::u16string& name) {
-    CwRegKey key(settingPath(camera, name), CwRegKey::Access::Read, true);
-    if (!key.isOpen()) {
-        camera.noteFailure(statusOf(key.openError()));
+    SettingValues values;
+    if (const std::uint32_t error = fetch(settingPath(camera, name), values); error != 0) {
+        camera.noteFailure(statusOf(error));
         return false;
     }
-    return std::ranges::all_of(kSteps, [&](const Step& step) { return step.load({camera, key}); });
+    return std::ranges::all_of(kSteps, [&](const Step& step) { return step.load({camera, values}); });
 }
 
 Status removeRegistrySetting(ISettingCamera& camera, const std::u16string& name) {

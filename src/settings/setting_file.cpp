@@ -14,13 +14,18 @@ std::u16string sectionName(const WalkCamera& camera, std::string_view section) {
     return std::u16string(section.begin(), section.end()) + camera.suffix();
 }
 
-bool save(const WalkCamera& camera, const Group& group, platform::ProfileText& text) {
+// One key as it is to stand in the file.
+struct Entry {
+    std::u16string section, key, value;
+};
+
+bool collect(const WalkCamera& camera, const Group& group, std::vector<Entry>& entries) {
     std::vector<std::uint32_t> values(camera.size(group));
     if (!group.access.get(camera.camera(), values)) return false;
     const std::u16string section = sectionName(camera, group.section);
     std::size_t at = 0;
     forEachKey(camera, group, [&](const Key& key, std::uint32_t index) {
-        text.set(section, keyName(key, index), textOf(key.form, values[at++]));
+        entries.push_back({section, keyName(key, index), textOf(key.form, values[at++])});
     });
     return true;
 }
@@ -53,13 +58,15 @@ bool readGroup(const WalkCamera& camera, const Group& group, platform::ProfileTe
 }
 
 bool saveSettingFile(ISettingCamera& camera, const std::u16string& name) {
-    platform::ProfileText text;
-    if (!done(camera, platform::readProfile(name, text))) return false;
+    // The camera is read first: it may be slow, and others may be waiting for the file.
+    std::vector<Entry> entries;
     const WalkCamera walker(camera);
     for (const Group& group : settingWalk()) {
-        if (walker.has(group) && !save(walker, group, text)) return false;
+        if (walker.has(group) && !collect(walker, group, entries)) return false;
     }
-    return done(camera, platform::writeProfile(name, text));
+    return done(camera, platform::updateProfile(name, [&](platform::ProfileText& text) {
+                    for (const Entry& entry : entries) text.set(entry.section, entry.key, entry.value);
+                }));
 }
 
 bool loadSettingFile(ISettingCamera& camera, const std::u16string& name) {

@@ -14,7 +14,9 @@ namespace tavra {
 
 // Both give false on a failure, which then is the last error of the handle.
 
-// Writes the file once, whole; when a getter fails, or the file cannot be written, it stays as it was.
+// Reads the camera, then the file once, and replaces that once, whole: when a getter fails, or the file
+// cannot be written, it stays as it was. Two that save to one file at the same time, of whatever processes,
+// come one behind the other, and both sets of values are in the file.
 bool saveSettingFile(ISettingCamera& camera, const std::u16string& name);
 
 // Reads the file once, and sets group after group. Ends at the first setter that fails; what was set before

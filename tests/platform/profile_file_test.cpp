@@ -139,6 +139,27 @@ TEST(ProfileText, KeepsTheEncodingAndEveryUnitOfIt) {
     EXPECT_EQ(swapped.bytes(), expected);
 }
 
+// A file that was cut in the middle of a unit: what is whole of it is read, and no line behind is shifted.
+TEST(ProfileText, HalfAUnitAtTheEndIsNoTextAndStaysThere) {
+    for (const bool swapped : {false, true}) {
+        const auto file = [&](std::u16string_view text) {
+            Bytes bytes = wide(text);
+            for (std::size_t i = 0; swapped && i + 1 < bytes.size(); i += 2)
+                std::swap(bytes[i], bytes[i + 1]);
+            bytes.push_back(u'7');
+            return bytes;
+        };
+        ProfileText text(file(u"[s]\nk=1"));
+        EXPECT_EQ(text.find(u"s", u"k"), u"1");
+        EXPECT_EQ(text.bytes(), file(u"[s]\nk=1"));
+        text.set(u"s", u"k", u"2");
+        text.set(u"t", u"l", u"3");
+        EXPECT_EQ(text.bytes(), file(u"[s]\nk=2\n[t]\nl=3\n"));
+        EXPECT_EQ(ProfileText(text.bytes()).find(u"t", u"l"), u"3");
+    }
+    EXPECT_EQ(ProfileText(Bytes{0xFF, 0xFE, 9}).bytes(), (Bytes{0xFF, 0xFE, 9}));
+}
+
 TEST(ProfileText, AFileWithoutAMarkIsSingleBytesAndStaysThat) {
     ProfileText text(single("; \xC3\xA4\xFF\n[s]\nk=1\n"));
     EXPECT_EQ(text.find(u"s", u"k"), u"1");

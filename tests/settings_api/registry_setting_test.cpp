@@ -1,8 +1,18 @@
+#include "settings/registry_setting.h"
+#include "api/setting_camera.h"
 #include "camera_api/camera_fixture.h"
 #include "settings/reg_key.h"
+#include "settings/setting_file.h"
 #include "settings_api/camera_state.h"
 #include "support/temp_folder.h"
 #include "support/user_tree.h"
+
+#if !defined(_WIN32)
+#include <sqlite3.h>
+
+#include "platform/whole_file.h"
+#include "support/wait_clock_double.h"
+#endif
 
 namespace tavra::test {
 namespace {
@@ -402,6 +412,141 @@ TEST_F(RegistrySetting, TextNeedsAKeyAndAFile) {
 }
 
 #if !defined(_WIN32)
+// Looks, each time that something is asked of the camera, whether others can get at what settings are kept
+// in.
+class WatchedCamera final : public ISettingCamera {
+  public:
+    WatchedCamera(TAVRA_COMMON_PARAM& record, std::u16string file)
+        : camera_(record), file_(std::move(file)) {}
+
+    TavraHandle handle() const override {
+        look();
+        return camera_.handle();
+    }
+    void noteFailure(Status status) override { camera_.noteFailure(status); }
+    bool legacy() const override { return camera_.legacy(); }
+    std::uint32_t fileMode() const override { return camera_.fileMode(); }
+    bool hasPreviewWindow() const override { return camera_.hasPreviewWindow(); }
+    Status storeRotation(std::uint8_t mode) override {
+        look();
+        return camera_.storeRotation(mode);
+    }
+    Status resetExposure() override { return camera_.resetExposure(); }
+    void resetStatistics() override { camera_.resetStatistics(); }
+    void resetWhiteBalance() override { camera_.resetWhiteBalance(); }
+
+    int looks() const { return looks_; }
+
+  private:
+    void look() const {
+        constexpr int kEvery = 8;  // each look takes its time on a disk
+        if (looks_++ % kEvery != 0) return;
+        CwRegKey key(u"SOFTWARE\\Somebody\\Else", Access::All, true);
+        EXPECT_EQ(key.WriteDword(u"Value", 1), 0u) << looks_;
+        EXPECT_EQ(key.Close(), 0u) << looks_;
+        EXPECT_TRUE(platform::FileUpdateLock(file_).status().ok()) << looks_;
+    }
+
+    api::SettingCamera camera_;
+    std::u16string file_;
+    mutable int looks_ = 0;
+};
+
+// A camera can take seconds. Other programs must not wait for it.
+TEST_F(RegistrySetting, NothingIsHeldWhileTheCameraIsAtWork) {
+    const TempFolder folder;
+    const std::u16string file = wideName(folder / "settings.ini");
+    open();
+    WaitClockDouble clock;
+    WatchedCamera camera(record(), file);
+    EXPECT_TRUE(saveRegistrySetting(camera, u"day"));
+    EXPECT_TRUE(loadRegistrySetting(camera, u"day"));
+    EXPECT_TRUE(loadRegistrySetting(camera, u"new"));
+    EXPECT_TRUE(saveSettingFile(camera, file));
+    EXPECT_TRUE(loadSettingFile(camera, file));
+    EXPECT_GT(camera.looks(), 200);
+    EXPECT_EQ(clock.waited(), 0);
+}
+
+// Each call waits once, however many questions it has.
+TEST_F(RegistrySetting, AStoreThatStaysLockedIsToldAfterFiveSeconds) {
+    const TempFolder folder;
+    const std::u16string file = wideName(folder / "day.reg");
+    open();
+    save(u"day");
+    expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
+    const std::vector<std::uint8_t> text = readFile(folder / "day.reg");
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    WaitClockDouble clock;
+    const auto waitsOnce = [&](TavraBool result, TavraBool expected) {
+        EXPECT_EQ(result, expected);
+        EXPECT_EQ(lastError(), 170u);
+        EXPECT_EQ(clock.waited(), 5000);
+        record().lastError = 0;
+    };
+    char16_t buffer[8];
+    std::uint32_t count = 0;
+    waitsOnce(Tavra_SaveSettingRegW(handle, u"day"), 1);
+    waitsOnce(Tavra_LoadSettingRegW(handle, u"day"), 0);
+    waitsOnce(Tavra_RemoveSettingRegW(handle, u"day"), 0);
+    waitsOnce(Tavra_SetDefaultSettingRegW(handle, u"day"), 0);
+    waitsOnce(Tavra_GetDefaultSettingRegW(handle, buffer, sizeof buffer), 0);
+    waitsOnce(Tavra_GetSettingListRegW(handle, buffer, sizeof buffer, &count), 0);
+    waitsOnce(Tavra_ExportSettingRegW(handle, u"day", file.c_str()), 0);
+    EXPECT_EQ(readFile(folder / "day.reg"), text);
+    waitsOnce(Tavra_ImportSettingRegW(handle, file.c_str()), 0);
+    sqlite3_close(other);
+    load(u"day");
+}
+
+TEST_F(RegistrySetting, ANewerStoreIsRefusedByEveryCall) {
+    const TempFolder folder;
+    const std::u16string file = wideName(folder / "day.reg");
+    open();
+    save(u"day");
+    expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "PRAGMA user_version = 2", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(other);
+    const std::vector<std::uint8_t> before = readFile(tree_.database());
+    EXPECT_EQ(Tavra_SaveSettingRegW(handle, u"day"), 1);
+    EXPECT_EQ(lastError(), 1306u);
+    char16_t buffer[8];
+    std::uint32_t count = 0;
+    expectFailure(Tavra_LoadSettingRegW(handle, u"day"), 1306);
+    expectFailure(Tavra_RemoveSettingRegW(handle, u"day"), 1306);
+    expectFailure(Tavra_SetDefaultSettingRegW(handle, u"day"), 1306);
+    expectFailure(Tavra_GetDefaultSettingRegW(handle, buffer, sizeof buffer), 1306);
+    expectFailure(Tavra_GetSettingListRegW(handle, buffer, sizeof buffer, &count), 1306);
+    expectFailure(Tavra_ExportSettingRegW(handle, u"day", file.c_str()), 1306);
+    expectFailure(Tavra_ImportSettingRegW(handle, file.c_str()), 1306);
+    EXPECT_EQ(readFile(tree_.database()), before);
+}
+
+// One value that the store does not take: half a setting must not be left, nor be called a success.
+TEST_F(RegistrySetting, AnImportThatTheStoreDoesNotTakeIsAFailureAndLeavesNothing) {
+    const TempFolder folder;
+    const std::u16string file = wideName(folder / "day.reg");
+    open();
+    for (const char* const value : {"Gain", "Range Weight"}) {
+        save(u"day");
+        expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
+        expectSuccess(Tavra_RemoveSettingRegW(handle, u"day"));
+        sqlite3* other = nullptr;
+        ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
+        const std::string refuse = "CREATE TRIGGER refuse BEFORE INSERT ON entries WHEN NEW.name = '" +
+                                   std::string(value) + "' BEGIN SELECT RAISE(ABORT, 'no'); END";
+        ASSERT_EQ(sqlite3_exec(other, refuse.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+        expectFailure(Tavra_ImportSettingRegW(handle, file.c_str()), 1009);
+        EXPECT_FALSE(exists(u"day")) << value;
+        ASSERT_EQ(sqlite3_exec(other, "DROP TRIGGER refuse", nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close(other);
+    }
+}
+
 TEST_F(RegistrySetting, AStoreThatIsBrokenIsToldAndLeftAlone) {
     open();
     std::filesystem::create_directories(tree_.database().parent_path());

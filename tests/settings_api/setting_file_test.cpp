@@ -1,5 +1,9 @@
 #include "settings_api/setting_file_fixture.h"
 
+#if !defined(_WIN32)
+#include "support/wait_clock_double.h"
+#endif
+
 namespace tavra::test {
 namespace {
 
@@ -175,6 +179,32 @@ TEST_F(SettingFile, AGetterThatFailsLeavesTheFileAsItWas) {
     expectFailure(Tavra_SaveSettingFileW(handle, name().c_str()), 0xE0000005);
     EXPECT_EQ(readFile(path()), before);
 }
+
+#if !defined(_WIN32)
+// Another process that is saving to the file is waited for, and only when the camera has been read.
+TEST_F(SettingFile, AFileThatSomebodyElseIsSavingIsWaitedForBehindTheCamera) {
+    DoubleCamera camera;
+    camera.setCapability(3, 7);  // the clamp, near the end of the walk
+    open(camera);
+    WaitClockDouble clock;
+    {
+        const platform::FileUpdateLock other(name());
+        expectFailure(Tavra_SaveSettingFileW(handle, name().c_str()), 170);
+        EXPECT_EQ(clock.waited(), 5000);
+        EXPECT_TRUE(folder.isEmpty());
+        UsbDouble::Fault fault;
+        fault.request = 128;
+        fault.value = 21;
+        fault.times = UsbDouble::kForever;
+        usb.addFault(fault);
+        EXPECT_EQ(Tavra_SaveSettingFileW(handle, name().c_str()), 0);
+        EXPECT_EQ(clock.waited(), 0) << "the camera had failed by then";
+    }
+    record().lastError = 0;
+    usb.clearFaults();
+    save();
+}
+#endif
 
 // --- what is loaded ---
 

@@ -265,6 +265,10 @@ std::uint32_t TreeKey::close() {
     return error;
 }
 
+void TreeKey::abandon() {
+    state_.reset();  // the database rolls back when it closes
+}
+
 std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
     if (!isOpen()) return kInvalidParameter;
     Statement statement(state_->database,

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/busy_wait.h"
+
 namespace tavra::platform {
 
 // The error number of the system that stands for a result of SQLite.
@@ -31,9 +33,13 @@ inline std::uint32_t errorFromSqlite(int result) {
     }
 }
 
+// What another connection holds is waited for, up to the time of a BusyWait for each statement. It stays
+// where it is, because the database calls back.
 class Database {
   public:
-    static constexpr int kBusyTimeoutMs = 5000;
+    Database() = default;
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
 
     std::uint32_t open(const std::string& name) {
         sqlite3* opened = nullptr;
@@ -41,7 +47,7 @@ class Database {
             name.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
         handle_.reset(opened);
         if (result != SQLITE_OK) return errorFromSqlite(result);
-        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
+        sqlite3_busy_handler(opened, waitAgain, &wait_);
         return 0;
     }
 
@@ -52,9 +58,16 @@ class Database {
     }
 
   private:
+    static int waitAgain(void* wait, int attempts) {
+        auto& busy = *static_cast<BusyWait*>(wait);
+        if (attempts == 0) busy = BusyWait();
+        return busy.again() ? 1 : 0;
+    }
+
     struct Close {
         void operator()(sqlite3* database) const { sqlite3_close(database); }
     };
+    BusyWait wait_;
     std::unique_ptr<sqlite3, Close> handle_;
 };
 

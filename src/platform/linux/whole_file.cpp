@@ -1,15 +1,16 @@
 #include "platform/whole_file.h"
 
 #include <fcntl.h>
+#include <limits.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
 
 #include "platform/last_error.h"
+#include "platform/linux/busy_wait.h"
 #include "platform/text.h"
 
 namespace tavra::platform {
@@ -17,7 +18,9 @@ namespace {
 
 constexpr std::uint32_t kAccessDenied = 5;
 constexpr std::uint32_t kInvalidName = 123;
+constexpr std::uint32_t kBusy = 170;
 constexpr std::uint32_t kFileTooLarge = 223;
+constexpr int kMostLinks = 40;         // one behind the other, as the system follows them
 constexpr int kTemporaryNames = 1000;  // tried before giving up; a killed process leaves its own behind
 constexpr mode_t kAnyoneMayWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t kPermissions = 07777;
@@ -47,15 +50,21 @@ class Descriptor {
     int number_;
 };
 
-// The file behind links, so that a link to it stays one.
-std::string behindLinks(const std::string& name) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(name.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : name;
-}
-
 // With its slash; empty: the present one.
 std::string folderOf(const std::string& name) {
     return name.substr(0, name.rfind('/') + 1);  // no slash: npos + 1 is 0
+}
+
+// The file behind links, so that a link to it stays one, also where that file is not there yet.
+std::string behindLinks(std::string name) {
+    char target[PATH_MAX];
+    for (int i = 0; i < kMostLinks; ++i) {
+        const ssize_t length = ::readlink(name.c_str(), target, sizeof target);
+        if (length <= 0) break;  // it is no link, or not there
+        const std::string_view led(target, static_cast<std::size_t>(length));
+        name = led.front() == '/' ? std::string(led) : folderOf(name).append(led);
+    }
+    return name;
 }
 
 // A file that has just been made, removed again unless it has taken its place.
@@ -119,10 +128,13 @@ Status checkReplaceable(const std::string& name, const struct stat& present) {
     return ::access(name.c_str(), W_OK) == 0 ? Status() : lastFailure();
 }
 
+int openFolder(const std::string& folder) {
+    return ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
 // The new name is on the disk when the folder is. A file system that cannot do that has no better to offer.
 void flushFolder(const std::string& folder) {
-    const Descriptor descriptor(
-        ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor descriptor(openFolder(folder));
     if (descriptor.valid() && ::fsync(descriptor.get()) != 0) errno = 0;
 }
 
@@ -165,6 +177,25 @@ Status replaceWholeFile(const std::u16string& name, std::span<const std::uint8_t
     if (!file.valid() || !file.write(bytes) || !file.takeThePlaceOf(target)) return lastFailure();
     flushFolder(folder);
     return Status();
+}
+
+FileUpdateLock::FileUpdateLock(const std::u16string& name) {
+    const std::optional<std::string> narrow = toNarrowExactly(name);
+    if (!narrow) return;  // nor will there be such a file
+    folder_ = openFolder(folderOf(behindLinks(*narrow)));
+    BusyWait wait;
+    while (folder_ >= 0 && ::flock(folder_, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        if (errno != EWOULDBLOCK) return;
+        if (!wait.again()) {
+            status_ = failWith(kBusy);
+            return;
+        }
+    }
+}
+
+FileUpdateLock::~FileUpdateLock() {
+    if (folder_ >= 0) ::close(folder_);
 }
 
 }  // namespace tavra::platform

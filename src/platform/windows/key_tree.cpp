@@ -52,6 +52,10 @@ std::uint32_t TreeKey::close() {
     return 0;
 }
 
+void TreeKey::abandon() {
+    state_.reset();
+}
+
 std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
     if (!isOpen()) return ERROR_INVALID_PARAMETER;
     wchar_t buffer[256];

@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kTemporaryNames = 1000;  // tried before giving up; a killed process leaves its own behind
 constexpr std::size_t kMostInOneCall = 1u << 30;
+constexpr DWORD kLongestWaitMs = 5000;
+constexpr const wchar_t* kUpdateMutex = L"Local\\tavra-file-update";
 
 const wchar_t* systemName(const std::u16string& name) {
     static_assert(sizeof(wchar_t) == sizeof(char16_t));
@@ -142,6 +144,20 @@ Status replaceWholeFile(const std::u16string& name, std::span<const std::uint8_t
     TemporaryFile file(folderOf(name));
     if (!file.valid() || !file.write(bytes) || !file.takeThePlaceOf(name)) return lastFailure();
     return Status();
+}
+
+// One that cannot be made, as by a process of fewer rights than the first one's, holds nobody up.
+FileUpdateLock::FileUpdateLock(const std::u16string&) : mutex_(CreateMutexW(nullptr, FALSE, kUpdateMutex)) {
+    if (mutex_ == nullptr || WaitForSingleObject(mutex_, kLongestWaitMs) != WAIT_TIMEOUT) return;
+    CloseHandle(mutex_);
+    mutex_ = nullptr;
+    status_ = failWith(ERROR_BUSY);
+}
+
+FileUpdateLock::~FileUpdateLock() {
+    if (mutex_ == nullptr) return;
+    ReleaseMutex(mutex_);
+    CloseHandle(mutex_);
 }
 
 }  // namespace tavra::platform

@@ -7,9 +7,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <thread>
+#include <memory>
 
 #include "support/user_tree.h"
+#include "support/wait_clock_double.h"
 
 namespace tavra::platform {
 namespace {
@@ -116,23 +117,57 @@ TEST_F(LinuxKeyTree, AFolderInItsPlaceIsAnError) {
 
 // A process that hangs must not take those with it that only want their settings.
 TEST_F(LinuxKeyTree, AStoreThatStaysLockedIsAnErrorAfterFiveSeconds) {
+    test::WaitClockDouble clock;
     TreeKey holder;
     ASSERT_EQ(holder.open(u"a", Access::Write, Missing::Create), 0u);
-    const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(write(u"b"), 170u);
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(4900));
+    EXPECT_EQ(clock.waited(), 5000);
     EXPECT_EQ(holder.close(), 0u);
     EXPECT_EQ(write(u"b"), 0u);
+    EXPECT_EQ(clock.waited(), 0);
+}
+
+// Reading asks several questions. One wait is for all of them.
+TEST_F(LinuxKeyTree, AReaderWaitsOnceForAStoreThatStaysLocked) {
+    ASSERT_EQ(write(u"a"), 0u);
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    test::WaitClockDouble clock;
+    for (const Missing missing : {Missing::Fail, Missing::Create}) {
+        TreeKey key;
+        EXPECT_EQ(key.open(u"a", Access::Read, missing), 170u);
+        EXPECT_EQ(clock.waited(), 5000);
+        EXPECT_FALSE(key.isOpen());
+    }
+    TreeKey key;
+    clock.onNextSleep([&] { sqlite3_close(other); });
+    EXPECT_EQ(key.open(u"a", Access::Read, Missing::Fail), 0u);
+    EXPECT_LT(clock.waited(), 100);
+}
+
+TEST_F(LinuxKeyTree, AWriterWaitsOnceForReadersToLetGo) {
+    ASSERT_EQ(write(u"a"), 0u);
+    test::WaitClockDouble clock;
+    TreeKey reader;
+    ASSERT_EQ(reader.open(u"a", Access::Read, Missing::Fail), 0u);
+    EXPECT_EQ(write(u"a", 2), 170u);
+    EXPECT_EQ(clock.waited(), 5000);
+    TreeValue value;
+    ASSERT_EQ(reader.read(u"value", value), 0u);
+    EXPECT_EQ(value.data, Bytes{1});
+    clock.onNextSleep([&] { reader.close(); });
+    EXPECT_EQ(write(u"a", 2), 0u);
 }
 
 TEST_F(LinuxKeyTree, AStoreThatIsReleasedInTimeIsWaitedFor) {
+    test::WaitClockDouble clock;
     TreeKey holder;
     ASSERT_EQ(holder.open(u"a", Access::Write, Missing::Create), 0u);
-    std::uint32_t error = 1;
-    std::thread waiting([&] { error = write(u"b"); });
-    EXPECT_EQ(holder.close(), 0u);
-    waiting.join();
-    EXPECT_EQ(error, 0u);
+    clock.onNextSleep([&] { EXPECT_EQ(holder.close(), 0u); });
+    EXPECT_EQ(write(u"b"), 0u);
+    EXPECT_FALSE(holder.isOpen());
+    EXPECT_GT(clock.waited(), 0);
 }
 
 TEST_F(LinuxKeyTree, WhatAKilledProcessHadBegunIsNotThere) {
