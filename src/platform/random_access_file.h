@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "base/status.h"
 
@@ -15,9 +16,13 @@ namespace tavra::platform {
 class RandomAccessFile {
   public:
     RandomAccessFile() = default;
-    ~RandomAccessFile();
-    RandomAccessFile(RandomAccessFile&& other) noexcept;
-    RandomAccessFile& operator=(RandomAccessFile&& other) noexcept;
+    ~RandomAccessFile() { (void)close(); }
+    RandomAccessFile(RandomAccessFile&& other) noexcept : native_(std::exchange(other.native_, kClosed)) {}
+    RandomAccessFile& operator=(RandomAccessFile&& other) noexcept {
+        RandomAccessFile taken(std::move(other));
+        std::swap(native_, taken.native_);
+        return *this;
+    }
     RandomAccessFile(const RandomAccessFile&) = delete;
     RandomAccessFile& operator=(const RandomAccessFile&) = delete;
 

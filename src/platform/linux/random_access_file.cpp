@@ -31,19 +31,6 @@ Status openNative(const std::u16string& name, int flags, std::intptr_t& native) 
 
 }  // namespace
 
-RandomAccessFile::~RandomAccessFile() {
-    (void)close();
-}
-
-RandomAccessFile::RandomAccessFile(RandomAccessFile&& other) noexcept
-    : native_(std::exchange(other.native_, kClosed)) {}
-
-RandomAccessFile& RandomAccessFile::operator=(RandomAccessFile&& other) noexcept {
-    RandomAccessFile taken(std::move(other));
-    std::swap(native_, taken.native_);
-    return *this;
-}
-
 Status RandomAccessFile::create(const std::u16string& name) {
     (void)close();
     return openNative(name, O_RDWR | O_CREAT | O_TRUNC, native_);

@@ -41,19 +41,6 @@ DWORD piece(std::size_t size) {
 
 }  // namespace
 
-RandomAccessFile::~RandomAccessFile() {
-    (void)close();
-}
-
-RandomAccessFile::RandomAccessFile(RandomAccessFile&& other) noexcept
-    : native_(std::exchange(other.native_, kClosed)) {}
-
-RandomAccessFile& RandomAccessFile::operator=(RandomAccessFile&& other) noexcept {
-    RandomAccessFile taken(std::move(other));
-    std::swap(native_, taken.native_);
-    return *this;
-}
-
 Status RandomAccessFile::create(const std::u16string& name) {
     (void)close();
     return openNative(name, GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS, native_);
