@@ -7,7 +7,6 @@
 namespace tavra {
 namespace {
 
-constexpr std::uint32_t kLargestSize = 0xFFFF;  // what the frame header can say
 constexpr unsigned kBlockSize = 8;
 
 constexpr std::uint32_t ceilDivide(std::uint32_t a, std::uint32_t b) {
@@ -57,7 +56,7 @@ JpegError CJPEGEncoder::SetSource(const std::uint8_t* pixels, std::size_t rowSte
                                   std::uint32_t height, unsigned channels, JpegColor color,
                                   JpegSampling sampling, unsigned precision) {
     state_ = State::Empty;
-    if (pixels == nullptr || width == 0 || width > kLargestSize || height == 0 || height > kLargestSize ||
+    if (pixels == nullptr || width == 0 || width > kLargestSide || height == 0 || height > kLargestSide ||
         precision != 8 || !channelsFit(channels, color, sampling)) {
         return JpegError::WrongParameters;
     }
@@ -80,7 +79,8 @@ JpegError CJPEGEncoder::SetParams(JpegMode mode, JpegColor color, JpegSampling s
     state_ = State::HasSource;
     const bool sampled = sampling == JpegSampling::Sampling444 || sampling == JpegSampling::Sampling422 ||
                          sampling == JpegSampling::Sampling411;
-    if (!isKnown(mode) || !isKnown(color) || !sampled || restartInterval > 0xFFFF || quality > 100) {
+    if (!isKnown(mode) || !isKnown(color) || !sampled || restartInterval > 0xFFFF ||
+        quality > kFinestQuality) {
         return JpegError::WrongParameters;
     }
     if (mode != JpegMode::Baseline || optimizeHuffman) return JpegError::NotImplemented;

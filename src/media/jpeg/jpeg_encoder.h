@@ -29,9 +29,12 @@ namespace tavra {
 // A failure leaves the stream as far as it got; the next image may be tried on the same encoder.
 class CJPEGEncoder {
   public:
+    static constexpr std::uint32_t kLargestSide = 0xFFFF;  // pixels; what the frame header can tell
+    static constexpr unsigned kFinestQuality = 100;
+
     // - pixels: the first sample of the upper row. They stay the caller's, unchanged until WriteData is done.
     // - rowStep: bytes from row to row, at least those of a row's pixels.
-    // - width, height: 1 to 65535.
+    // - width, height: 1 to kLargestSide.
     // - channels: bytes a pixel: 1 for gray; 3 or 4 for RGB and BGR, of which a fourth is not looked at;
     //   2 for YCbCr, whose pixels come in pairs Y Cb Y Cr, an odd width rounded up.
     // - sampling: Sampling422 for YCbCr, else Sampling444.
@@ -51,7 +54,7 @@ class CJPEGEncoder {
     // - sampling: 4:4:4, 4:2:2 or the 2x2 form of 4:1:1. Gray has nothing to subsample and is 4:4:4 always.
     // - restartInterval: MCUs from one restart marker to the next, at most 65535; 0: no markers.
     // - optimizeHuffman: NotImplemented.
-    // - quality: 0 to 100. By design 0 does not scale the tables, and so is the same as 50.
+    // - quality: 0 to kFinestQuality. By design 0 does not scale the tables, and so is the same as 50.
     JpegError SetParams(JpegMode mode, JpegColor color, JpegSampling sampling, unsigned restartInterval,
                         bool optimizeHuffman, unsigned quality);
 

@@ -2,25 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 #include <optional>
 #include <utility>
+
+#include "media/movie/attempt.h"
 
 namespace tavra::movie {
 namespace {
 
 constexpr std::uint64_t kFat32SizeLimit = 0x100000000;
 constexpr std::uint64_t kUnknownSizeLimit = 0x80000000;
-
-// One operation of a layout on the writer's thread, which nothing thrown may leave.
-template <typename Operation>
-Status attempt(Operation operation) {
-    try {
-        return operation();
-    } catch (const std::bad_alloc&) {
-        return Status(error::kOutOfMemory);
-    }
-}
 
 }  // namespace
 
@@ -39,8 +30,10 @@ Status CAVIFile::addFile(const std::u16string& name) {
 
 Status CAVIFile::Start() {
     ended_.reset();
-    Status started = PrepareHeader();
-    if (started.ok()) started = CWorker::Start();
+    const Status started = attempt([&] {
+        TAVRA_RETURN_IF_ERROR(PrepareHeader());
+        return CWorker::Start();
+    });
     if (!started.ok()) ended_.set();
     return started;
 }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <new>
 #include <utility>
 
+#include "media/movie/attempt.h"
 #include "media/movie/riff.h"
 
 namespace tavra::movie {
@@ -27,12 +27,10 @@ constexpr std::uint32_t kReservedFrames = 1 << 20;
 
 Status AviFile10::PrepareHeader() {
     header_.build(settings, codec_, AviVersion::One);
-    try {
+    return attempt([&] {
         sizes_.reserve(std::min(settings.framesPerFile, kReservedFrames) + 2);
-    } catch (const std::bad_alloc&) {
-        return Status(error::kOutOfMemory);
-    }
-    return {};
+        return Status();
+    });
 }
 
 Status AviFile10::OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) {
@@ -55,25 +53,29 @@ Status AviFile10::beginFile(FileRecord& record) {
 Status AviFile10::appendFrame(FileRecord& record, std::uint8_t* chunk, std::uint32_t size,
                               std::uint32_t padding, std::uint32_t index) {
     TAVRA_RETURN_IF_ERROR(beginFile(record));
-    TAVRA_RETURN_IF_ERROR(appendSkipped(record, index));
+    const std::uint64_t bytes = std::uint64_t{kChunkHeaderBytes} + size + padding;
+    const std::uint32_t skipped = index > frames_ ? index - frames_ : 0;  // one that does not advance is next
+    const std::uint64_t end = position_ + std::uint64_t{skipped} * kChunkHeaderBytes + bytes;
+    if (closedSize(end, sizes_.size() + std::uint64_t{skipped} + 1) > GetMaxFileSize()) {
+        return record.keep(Status(error::kFileTooLarge));
+    }
+    TAVRA_RETURN_IF_ERROR(appendEmpty(record, chunkId_, skipped));
+    frames_ += skipped;
     putChunkHeader(chunk, chunkId_, size);
-    TAVRA_RETURN_IF_ERROR(write(record, chunk, std::size_t{kChunkHeaderBytes} + size + padding));
-    TAVRA_RETURN_IF_ERROR(record.keep(remember(1, size)));
+    TAVRA_RETURN_IF_ERROR(append(record, chunk, bytes, 1, size));
     ++frames_;
     largest_ = std::max(largest_, size);
-    projectedSize_ = position_ + kChunkHeaderBytes + std::uint64_t{kIndexEntryBytes} * sizes_.size();
+    projectedSize_ = closedSize(position_, sizes_.size());
     return {};
 }
 
-Status AviFile10::appendSkipped(FileRecord& record, std::uint32_t index) {
-    if (index <= frames_) return {};  // one that does not advance counts as the next
-    const std::uint32_t skipped = index - frames_;
-    const std::uint64_t more = std::uint64_t{skipped} * (kChunkHeaderBytes + kIndexEntryBytes) +
-                               settings.imageBytes + kChunkHeaderBytes + kIndexEntryBytes;
-    if (projectedSize_ + more > GetMaxFileSize()) return record.keep(Status(error::kFileTooLarge));
-    TAVRA_RETURN_IF_ERROR(appendEmpty(record, chunkId_, skipped));
-    frames_ = index;
-    return {};
+std::uint64_t AviFile10::closedSize(std::uint64_t end, std::uint64_t chunks) {
+    return end + kChunkHeaderBytes + kIndexEntryBytes * chunks;
+}
+
+bool AviFile10::IsFileFull() const {
+    const std::uint64_t next = std::uint64_t{kChunkHeaderBytes} + largest_ + (largest_ & 1);
+    return CAVIFile::IsFileFull() || GetMaxFileSize() < projectedSize_ + next + kIndexEntryBytes;
 }
 
 Status AviFile10::appendEmpty(FileRecord& record, std::uint32_t id, std::uint32_t count) {
@@ -81,36 +83,36 @@ Status AviFile10::appendEmpty(FileRecord& record, std::uint32_t id, std::uint32_
     for (std::size_t i = 0; i < kBatch; ++i) putChunkHeader(&chunks[i * kChunkHeaderBytes], id, 0);
     for (std::size_t left = count; left > 0;) {
         const std::size_t batch = std::min(left, kBatch);
-        TAVRA_RETURN_IF_ERROR(write(record, chunks.data(), batch * kChunkHeaderBytes));
-        TAVRA_RETURN_IF_ERROR(record.keep(remember(batch, 0)));
+        TAVRA_RETURN_IF_ERROR(append(record, chunks.data(), batch * kChunkHeaderBytes, batch, 0));
         left -= batch;
     }
     return {};
 }
 
-Status AviFile10::write(FileRecord& record, const void* data, std::size_t size) {
-    TAVRA_RETURN_IF_ERROR(record.keep(record.file->write(position_, data, size)));
-    position_ += size;
+// What cannot be remembered is not in the file: the next bytes take its place.
+Status AviFile10::append(FileRecord& record, const void* chunks, std::size_t bytes, std::size_t count,
+                         std::uint32_t size) {
+    TAVRA_RETURN_IF_ERROR(record.keep(record.file->write(position_, chunks, bytes)));
+    TAVRA_RETURN_IF_ERROR(record.keep(remember(count, size)));
+    position_ += bytes;
     return {};
 }
 
 Status AviFile10::remember(std::size_t count, std::uint32_t size) {
-    try {
+    return attempt([&] {
         sizes_.resize(sizes_.size() + count, size);
-    } catch (const std::bad_alloc&) {
-        return Status(error::kOutOfMemory);
-    }
-    return {};
+        return Status();
+    });
 }
 
 // Every step is tried, also behind a failure: what is whole of the movie may still be saved. The first
 // failure is kept in the record.
 Status AviFile10::CloseFile(FileRecord& record) {
     (void)beginFile(record);
+    begun_ = false;  // for the next file, whatever becomes of this one
     const std::uint32_t listSize = writeIndex(record);
     writeHeader(record, listSize);
     (void)record.keep(record.file->close());
-    begun_ = false;
     return record.firstFailure;
 }
 
@@ -119,7 +121,12 @@ std::uint32_t AviFile10::writeIndex(FileRecord& record) {
     std::array<std::uint8_t, kBatch * kIndexEntryBytes> entries;
     putChunkHeader(entries.data(), fourcc("idx1"),
                    static_cast<std::uint32_t>(kIndexEntryBytes * sizes_.size()));
-    (void)write(record, entries.data(), kChunkHeaderBytes);
+    std::uint64_t at = position_;
+    const auto write = [&](std::size_t bytes) {
+        (void)record.keep(record.file->write(at, entries.data(), bytes));
+        at += bytes;
+    };
+    write(kChunkHeaderBytes);
 
     std::uint32_t offset = 4;  // from "movi" on
     for (std::size_t first = 0; first < sizes_.size(); first += kBatch) {
@@ -133,15 +140,14 @@ std::uint32_t AviFile10::writeIndex(FileRecord& record) {
             storeLe32(entry + 12, size);
             offset += size + (size & 1) + kChunkHeaderBytes;
         }
-        (void)write(record, entries.data(), batch * kIndexEntryBytes);
+        write(batch * kIndexEntryBytes);
     }
     return offset;
 }
 
 // The file's size and frames are known now.
 void AviFile10::writeHeader(FileRecord& record, std::uint32_t listSize) {
-    const std::uint64_t fileSize = dataOffset_ - 4 + std::uint64_t{listSize} + kChunkHeaderBytes +
-                                   std::uint64_t{kIndexEntryBytes} * sizes_.size();
+    const std::uint64_t fileSize = closedSize(dataOffset_ - 4 + std::uint64_t{listSize}, sizes_.size());
     header_.setRiffSize(static_cast<std::uint32_t>(fileSize - 8));
     header_.setTotalFrames(totalFrames());
     header_.setLength(frames_);

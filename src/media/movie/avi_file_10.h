@@ -19,6 +19,9 @@ class AviFile10 : public CAVIFile {
     Status PrepareHeader() override;
     Status OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) final;
     Status CloseFile(FileRecord& record) final;
+    // Also where another frame as large as the largest would not go in: a stream may take more than its
+    // image.
+    bool IsFileFull() const final;
 
   protected:
     static constexpr std::uint32_t kLargestHeader = 4096;
@@ -26,13 +29,17 @@ class AviFile10 : public CAVIFile {
     AviFile10(MovieFiles& files, AviCodec codec, std::uint32_t chunkId, std::uint32_t dataOffset)
         : CAVIFile(files), codec_(codec), chunkId_(chunkId), dataOffset_(dataOffset) {}
 
+    // Bytes of a file whose chunks end there, so many of them, with its index.
+    static std::uint64_t closedSize(std::uint64_t end, std::uint64_t chunks);
+
     // The chunk ahead of the first frame, where the layout has one.
     virtual Status writeFirstChunk(FileRecord&) { return {}; }
     // What the main header tells of the file's frames.
     virtual std::uint32_t totalFrames() const { return frames_; }
 
     // Writes the frame behind those that were skipped. `chunk` has 8 bytes of room for its header, then
-    // `size` bytes of frame and, if asked for, of padding.
+    // `size` bytes of frame and, if asked for, of padding. 223, and nothing written: the file would pass its
+    // limit.
     Status appendFrame(FileRecord& record, std::uint8_t* chunk, std::uint32_t size, std::uint32_t padding,
                        std::uint32_t index);
     // So many empty chunks.
@@ -40,8 +47,9 @@ class AviFile10 : public CAVIFile {
 
   private:
     Status beginFile(FileRecord& record);
-    Status appendSkipped(FileRecord& record, std::uint32_t index);
-    Status write(FileRecord& record, const void* data, std::size_t size);
+    // So many chunks with so many bytes of data each.
+    Status append(FileRecord& record, const void* chunks, std::size_t bytes, std::size_t count,
+                  std::uint32_t size);
     Status remember(std::size_t count, std::uint32_t size);
     std::uint32_t writeIndex(FileRecord& record);
     void writeHeader(FileRecord& record, std::uint32_t listSize);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
 
+#include "media/movie/attempt.h"
 #include "media/movie/riff.h"
 
 namespace tavra::movie {
@@ -17,6 +17,12 @@ constexpr std::uint32_t kNextHeadBytes = 32;
 
 constexpr std::uint64_t roundUp(std::uint64_t bytes) {
     return (bytes + kAviSector - 1) / kAviSector * kAviSector;
+}
+
+// A frame's chunk in the file: its header, its pad byte, and JUNK up to a sector.
+std::uint64_t chunkBytes(std::uint64_t frameSize) {
+    const std::uint64_t end = kChunkHeaderBytes + frameSize + frameSize % 2;
+    return end + junkBytesBehind(end);
 }
 
 void putFirstHead(std::uint8_t* at, std::uint32_t segmentSize) {
@@ -51,18 +57,19 @@ std::uint64_t CAVIFile20::GetFileSizeEstimate(std::uint32_t frameBytes, std::uin
 }
 
 Status CAVIFile20::PrepareHeader() {
+    if (codec_ == AviCodec::Uncompressed && chunkBytes(settings.imageBytes) > kLargestChunk) {
+        return Status(error::kFileTooLarge);
+    }
     header_.build(settings, codec_, AviVersion::Two);
     TAVRA_RETURN_IF_ERROR(head_.allocate(kDataOffset));
     TAVRA_RETURN_IF_ERROR(oldIndex_.allocate(oldIndexBytes(AviStandardIndex::kMostEntries - 1)));
     TAVRA_RETURN_IF_ERROR(scratch_.allocate(kAviSector));
     TAVRA_RETURN_IF_ERROR(index_.allocate());
     superIndex_ = AviSuperIndex(head_.data() + header_.size(), chunkId_);
-    try {
+    return attempt([&] {
         segments_.reserve(limits_.segments);
-    } catch (const std::bad_alloc&) {
-        return Status(error::kOutOfMemory);
-    }
-    return {};
+        return Status();
+    });
 }
 
 Status CAVIFile20::OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) {
@@ -80,7 +87,9 @@ bool CAVIFile20::IsFileFull() const {
     // The frame's JUNK, the head of another segment, its index, and the sectors by which indices grow:
     // without room for them the disk would be full before the file is.
     constexpr std::uint64_t kMostBesides = std::uint64_t{6} * kAviSector;
-    return GetMaxFileSize() < projectedSize_ + settings.imageBytes + kMostBesides;
+    // A stream may take more than its image.
+    const std::uint64_t frame = std::max(settings.imageBytes, largest_);
+    return GetMaxFileSize() < projectedSize_ + frame + kMostBesides;
 }
 
 Status CAVIFile20::waitForWrite(FileRecord& record) {
@@ -106,7 +115,7 @@ void CAVIFile20::beginFile() {
 Status CAVIFile20::WriteChunk(FileRecord& record, std::uint8_t* chunk, std::uint32_t size,
                               std::uint32_t index) {
     beginFile();
-    TAVRA_RETURN_IF_ERROR(appendSkipped(record, index));
+    TAVRA_RETURN_IF_ERROR(appendSkipped(record, index, size));
     TAVRA_RETURN_IF_ERROR(openSegment(record));
     const std::uint32_t bytes = completeChunk(chunk, size);
     TAVRA_RETURN_IF_ERROR(startWrite(record, position_, {chunk, bytes}));
@@ -125,7 +134,7 @@ Status CAVIFile20::WriteChunk(FileRecord& record, std::uint8_t* chunk, std::uint
     return CloseSegment(record);
 }
 
-// Header, pad byte and JUNK around the frame. Returns the bytes of all, whole sectors.
+// Header, pad byte and JUNK around the frame. Returns the bytes of all, whole sectors: chunkBytes().
 std::uint32_t CAVIFile20::completeChunk(std::uint8_t* chunk, std::uint32_t size) const {
     putChunkHeader(chunk, chunkId_, size);
     std::uint32_t end = kChunkHeaderBytes + size;
@@ -158,11 +167,13 @@ Status CAVIFile20::openSegment(FileRecord& record) {
 }
 
 // Entries for the frames that are missing before this one.
-Status CAVIFile20::appendSkipped(FileRecord& record, std::uint32_t index) {
+Status CAVIFile20::appendSkipped(FileRecord& record, std::uint32_t index, std::uint32_t frameSize) {
     if (index <= frames_) return {};  // one that does not advance counts as the next
     std::uint64_t skipped = index - frames_;
     const std::uint64_t room = (limits_.segments - segments_.size()) * limits_.segmentEntries;
-    if (skipped >= room) return record.keep(Status(error::kFileTooLarge));
+    if (skipped >= room || sizeBehindJump(skipped, chunkBytes(frameSize)) > GetMaxFileSize()) {
+        return record.keep(Status(error::kFileTooLarge));
+    }
 
     if (segmentOpen_ && index_.count() + skipped + 1 > limits_.segmentEntries) {
         TAVRA_RETURN_IF_ERROR(CloseSegment(record));
@@ -174,6 +185,24 @@ Status CAVIFile20::appendSkipped(FileRecord& record, std::uint32_t index) {
         if (index_.count() == limits_.segmentEntries) TAVRA_RETURN_IF_ERROR(CloseSegment(record));
     }
     return {};
+}
+
+// The size if so many frames were skipped, a frame written, and the file closed: as the loop above goes.
+std::uint64_t CAVIFile20::sizeBehindJump(std::uint64_t skipped, std::uint64_t chunk) const {
+    const auto indexBytes = [](std::uint64_t entries) { return roundUp(entries * 8 + 32); };
+    const std::uint64_t entries = index_.count();
+    const std::uint64_t most = limits_.segmentEntries;
+    std::uint64_t size = position_ + chunk;
+    if (segmentOpen_ && entries + skipped + 1 <= most) {
+        size += indexBytes(entries + skipped + 1);
+        return isFirstSegment() ? size + oldIndexBytes(frames_ + skipped) : size;
+    }
+    if (segmentOpen_ && entries > 0) {
+        size += indexBytes(entries);
+        if (isFirstSegment()) size += oldIndexBytes(frames_ - 1);
+    }
+    size += skipped / most * (kAviSector + indexBytes(most));  // segments without a frame
+    return size + kAviSector + indexBytes(skipped % most + 1);
 }
 
 // Also behind a failure, so that the headers tell of all that there is.
@@ -224,10 +253,15 @@ Status CAVIFile20::CloseFile(FileRecord& record) {
     return record.firstFailure;
 }
 
+// Without memory for it, the movie is closed all the same.
+Status CAVIFile20::openAgain(const std::u16string& name, std::unique_ptr<MovieFile>& file) {
+    return attempt([&] { return files_.openAgain(name, file); });
+}
+
 void CAVIFile20::PatchHeaders(FileRecord& record) {
     (void)waitForWrite(record);
     std::unique_ptr<MovieFile> file;
-    if (!record.keep(files_.openAgain(record.name, file)).ok()) return;
+    if (!record.keep(openAgain(record.name, file)).ok()) return;
     putHead();
     (void)record.keep(file->write(0, head_.data(), kDataOffset));
     for (std::size_t i = 1; i < segments_.size(); ++i) {

@@ -31,11 +31,13 @@ struct AviLimits {
 class CAVIFile20 : public CAVIFile {
   public:
     static constexpr std::uint32_t kDataOffset = 0x101000;
+    // Of a frame's chunk, with all that fills it up: one write, and no more than a segment.
+    static constexpr std::uint32_t kLargestChunk = 0x40000000;
 
     // By design: counts segments by size alone, though a segment of small frames ends by its entries.
     std::uint64_t GetFileSizeEstimate(std::uint32_t frameBytes, std::uint32_t frames) const override;
     std::uint64_t GetMaxFileSize() const override { return sizeLimit_; }
-    Status PrepareHeader() override;
+    Status PrepareHeader() override;  // 223: the frames are larger than the largest chunk
     Status OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) final;
     Status CloseFile(FileRecord& record) final;
     bool IsFileFull() const override;
@@ -48,7 +50,8 @@ class CAVIFile20 : public CAVIFile {
     static Status waitForWrite(FileRecord& record);
 
     // `chunk` starts a page: 8 bytes of room, `size` bytes of frame, and the spare room of a frame buffer. It
-    // is the caller's again when this returns.
+    // is the caller's again when this returns. The whole chunk is at most kLargestChunk. 223, and nothing
+    // written: frames were skipped, and their indices would pass the file's limit.
     Status WriteChunk(FileRecord& record, std::uint8_t* chunk, std::uint32_t size, std::uint32_t index);
 
   private:
@@ -59,7 +62,9 @@ class CAVIFile20 : public CAVIFile {
 
     void beginFile();
     Status openSegment(FileRecord& record);
-    Status appendSkipped(FileRecord& record, std::uint32_t index);
+    Status appendSkipped(FileRecord& record, std::uint32_t index, std::uint32_t frameSize);
+    std::uint64_t sizeBehindJump(std::uint64_t skipped, std::uint64_t chunk) const;
+    Status openAgain(const std::u16string& name, std::unique_ptr<MovieFile>& file);
     std::uint32_t completeChunk(std::uint8_t* chunk, std::uint32_t size) const;
     void project();
     Status CloseSegment(FileRecord& record);

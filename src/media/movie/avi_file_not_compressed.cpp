@@ -3,9 +3,20 @@
 #include "media/movie/riff.h"
 
 namespace tavra::movie {
+namespace {
+
+constexpr std::uint32_t kDataOffset = 4096;
+
+}  // namespace
 
 CAVIFileNotCompressed::CAVIFileNotCompressed(MovieFiles& files)
-    : AviFile10(files, AviCodec::Uncompressed, kPlainFrame, 4096) {}
+    : AviFile10(files, AviCodec::Uncompressed, kPlainFrame, kDataOffset) {}
+
+Status CAVIFileNotCompressed::PrepareHeader() {
+    const std::uint64_t oneFrame = std::uint64_t{2} * kChunkHeaderBytes + settings.imageBytes;
+    if (closedSize(kDataOffset + oneFrame, 2) > GetMaxFileSize()) return Status(error::kFileTooLarge);
+    return AviFile10::PrepareHeader();
+}
 
 Status CAVIFileNotCompressed::WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index,
                                          std::uint32_t) {

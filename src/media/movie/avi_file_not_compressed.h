@@ -11,6 +11,7 @@ class CAVIFileNotCompressed final : public AviFile10 {
     ~CAVIFileNotCompressed() override { CWorker::Stop(); }
 
     bool StoresBottomUp() const override { return true; }
+    Status PrepareHeader() override;  // 223: no file could hold even one frame
     Status WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index,
                       std::uint32_t tag) override;
 

@@ -1,5 +1,7 @@
 #include "media/movie/mjpeg_frame_encoder.h"
 
+#include <algorithm>
+#include <limits>
 #include <new>
 
 #include "media/movie/frame_buffer.h"
@@ -17,6 +19,23 @@ std::uint64_t largestStream(const ImageDescription& image) {
     const std::uint64_t across = (static_cast<std::uint64_t>(image.width) + 15) / 16;
     const std::uint64_t down = (static_cast<std::uint64_t>(image.height) + 7) / 8;
     return kHeaders + across * down * kBlocksPerMcu * kBlockBytes;
+}
+
+// With header, pad byte and spare room it is at most 1 GiB, which is as much as a segment takes. A stream
+// that would be longer is cut there.
+constexpr std::uint64_t kLargestStream = (1 << 30) - 2 * FrameBuffer::kSpareRoom;
+
+// What JPEG has numbers for, and the header of the movie.
+bool canTell(const MovieSettings& settings) {
+    const auto isSide = [](std::int32_t pixels) {
+        return pixels >= 1 && static_cast<std::uint32_t>(pixels) <= CJPEGEncoder::kLargestSide;
+    };
+    const ImageDescription& image = settings.image;
+    if (!isSide(image.width) || !isSide(image.height)) return false;
+    const std::uint64_t colorBytes =
+        std::uint64_t{3} * static_cast<std::uint32_t>(image.width) * static_cast<std::uint32_t>(image.height);
+    return colorBytes <= std::numeric_limits<std::uint32_t>::max() &&
+           settings.quality <= CJPEGEncoder::kFinestQuality;
 }
 
 JpegColor colorOf(const MovieSettings& settings) {
@@ -39,7 +58,8 @@ JpegError encodeImage(CJPEGEncoder& encoder, const MovieSettings& settings, cons
 
 Status MjpegFrameEncoder::prepare(const MovieSettings& settings) {
     free();
-    const std::uint64_t capacity = largestStream(settings.image);
+    if (!canTell(settings)) return Status(error::kInvalidArgument);
+    const std::uint64_t capacity = std::min(largestStream(settings.image), kLargestStream);
     TAVRA_RETURN_IF_ERROR(block_.allocate(capacity + FrameBuffer::kSpareRoom));
     stream_.SetMemory(block_.data(), FrameBuffer::kHeaderRoom, capacity);
     encoder_.reset(new (std::nothrow) CJPEGEncoder);

@@ -16,8 +16,9 @@ namespace tavra::movie {
 
 class MjpegFrameEncoder {
   public:
-    // Makes the encoder and the memory for the largest stream that a frame of this movie can become. 8: out
-    // of memory.
+    // Makes the encoder and the memory for the largest stream that a frame of this movie can become. 87: a
+    // side of more than 65535 pixels, more pixels than the header of a movie can tell, or a quality above
+    // 100. 8: out of memory.
     Status prepare(const MovieSettings& settings);
     void free();
 

@@ -6,6 +6,7 @@
 
 #include "media/movie/avi_layouts.h"
 #include "support/failing_allocations.h"
+#include "support/temp_folder.h"
 
 namespace tavra::test {
 namespace {
@@ -148,6 +149,31 @@ TEST_P(AviFaults, WithoutMemoryForTheHeadersNothingStarts) {
     const FailAllocationsFrom fail(100000);
     EXPECT_EQ(writer->Start().code(), 8u);
     EXPECT_TRUE(writer->ended().wait(0));
+}
+
+// The file system's own: it makes the second handle on the file, for which there is no memory.
+TEST_P(AviFaults, WithoutMemoryAtItsEndAFileIsClosedAndTheNextOneIsWhole) {
+    const TempFolder folder;
+    const std::filesystem::path first = folder / "first.avi", second = folder / "second.avi";
+    Recording recording(GetParam().make(movie::systemMovieFiles(), kTwoFrames), kForm);
+    addFrames(recording, 3);
+    movie::CAVIFile& writer = recording.writer();
+    ASSERT_TRUE(writer.PrepareHeader().ok());
+    std::unique_ptr<movie::FileRecord> files[2];
+    ASSERT_TRUE(writer.OpenFile(wideName(first), files[0]).ok());
+    ASSERT_TRUE(writer.OpenFile(wideName(second), files[1]).ok());
+    ASSERT_TRUE(writer.WriteFrame(*files[0], recording.filled.pop()->image(), 0, 0).ok());
+    Status closed;
+    {
+        const FailAllocationsFrom none(1);
+        closed = writer.CloseFile(*files[0]);
+    }
+    EXPECT_EQ(closed.code(), GetParam().format == 1 ? 0u : 8u);
+    for (std::uint32_t i = 0; i < 2; ++i) {
+        ASSERT_TRUE(writer.WriteFrame(*files[1], recording.filled.pop()->image(), i, 0).ok());
+    }
+    EXPECT_TRUE(writer.CloseFile(*files[1]).ok());
+    EXPECT_TRUE(equalFiles(readFile(second), fileOf(2, kTwoFrames, 1)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, AviFaults, kAllLayouts, layoutName);

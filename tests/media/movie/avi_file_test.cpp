@@ -10,6 +10,7 @@
 #include <set>
 #include <vector>
 
+#include "support/failing_allocations.h"
 #include "support/movie_files_double.h"
 
 namespace tavra::test {
@@ -400,6 +401,18 @@ TEST_F(AviFileTest, AFailedHeaderIsTheResultOfTheStart) {
     EXPECT_EQ(journal.lines(), Log{"prepare"});
     EXPECT_EQ(records, 1) << "the file waits for another start";
     writer.prepareResult = 0;
+    EXPECT_TRUE(run().ok());
+}
+
+TEST_F(AviFileTest, WithoutMemoryNothingStarts) {
+    std::uint32_t code = 0;
+    {
+        const FailAllocationsFrom none(1);
+        code = writer.Start().code();
+    }
+    EXPECT_EQ(code, 8u);
+    EXPECT_FALSE(writer.hasThread());
+    EXPECT_TRUE(writer.ended().wait(0)) << "whoever waits for the end has it";
     EXPECT_TRUE(run().ok());
 }
 
