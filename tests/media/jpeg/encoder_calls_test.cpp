@@ -1,7 +1,11 @@
 // What the encoder's calls take and refuse, and in which order they come.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "media/jpeg/jpeg_support.h"
+#include "media/jpeg/memory_output.h"
+#include "support/failing_allocations.h"
 
 namespace tavra::test {
 namespace {
@@ -199,6 +203,37 @@ TEST_F(EncoderCalls, OneEncoderMakesManyImages) {
         EXPECT_EQ(encode(encoder, job, again), JpegError::None);
         EXPECT_EQ(again.bytes, encoded(job)) << "what came before leaves no trace";
     }
+}
+
+// Of a movie's frames, only what WriteHeader makes anew is allocated: the planes of 8 x 1600 bytes, the
+// stream's buffer, the bit accumulator.
+TEST_F(EncoderCalls, TheCoefficientsAreKeptFromImageToImage) {
+    constexpr std::size_t kCoefficients = 100 * 4 * 64 * sizeof(std::int16_t);
+    std::mt19937 random(3);
+    JpegJob job;
+    job.width = 1600;
+    job.height = 20;
+    job.sampling = JpegSampling::Sampling422;
+    job.fill(random);
+    ByteVector memory(1 << 20);
+    CMemoryOutput output(memory.data(), 0, memory.size());
+    ASSERT_EQ(encode(encoder, job, output), JpegError::None);
+    const ByteVector first(memory.begin(), memory.begin() + static_cast<std::ptrdiff_t>(output.length()));
+    JpegJob higher = job, wider = job;
+    higher.height = 50;
+    higher.fill(random);
+    wider.width = 1601;
+    wider.fill(random);
+    {
+        const FailAllocationsFrom none(kCoefficients);
+        output.Reset();
+        EXPECT_EQ(encode(encoder, higher, output), JpegError::None);
+        output.Reset();
+        EXPECT_EQ(encode(encoder, job, output), JpegError::None);
+        EXPECT_TRUE(std::equal(first.begin(), first.end(), memory.begin())) << "and none of them shows";
+        EXPECT_EQ(encode(encoder, wider, output), JpegError::OutOfMemory) << "a row has more of them";
+    }
+    EXPECT_EQ(encode(encoder, wider, output), JpegError::None);
 }
 
 TEST_F(EncoderCalls, WritesComeInPiecesOfTheBuffer) {

@@ -110,6 +110,32 @@ TEST_F(Avi20, OddStreamsAndSkippedFramesAreIndexed) {
     EXPECT_EQ(number(48), 4u);
 }
 
+TEST_F(Avi20, AnOddJpegIsFilledUpWithADigitAheadOfItsJunk) {
+    MovieForm form{.width = 16, .height = 8};
+    while (encodeJpegFrame(form, makeImage(form, 1)).size() % 2 == 0) ++form.height;
+    const auto first = static_cast<std::uint32_t>(encodeJpegFrame(form, makeImage(form, 0)).size());
+    const auto odd = static_cast<std::uint32_t>(encodeJpegFrame(form, makeImage(form, 1)).size());
+    ASSERT_LT(std::max(first, odd), 2000u) << "a sector each";
+    expectFile(kAvi20Mjpeg, form, {0, 1, 2}, {});
+    const std::uint64_t chunk = kData + 2048;
+    EXPECT_EQ(tag(chunk), "00dc");
+    EXPECT_EQ(number(chunk + 4), odd) << "without the digit";
+    EXPECT_EQ(files.bytes(u"movie.avi", chunk + 8 + odd, 1), FileBytes{0x30});
+    EXPECT_EQ(tag(chunk + 8 + odd + 1), "JUNK");
+    EXPECT_EQ(number(chunk + 8 + odd + 5), 2048 - (8 + odd + 1) - 8);
+    const std::uint64_t index = kData + 3 * 2048;
+    EXPECT_EQ(tag(index), "ix00");
+    EXPECT_EQ(tag(index + 16), "00dc");
+    EXPECT_EQ(number(index + 32 + 4), first);
+    EXPECT_EQ(number(index + 40), 2048u + 8);
+    EXPECT_EQ(number(index + 44), odd);
+    const std::uint64_t old = index + 2048;
+    EXPECT_EQ(tag(old + 40), "00dc");
+    EXPECT_EQ(number(old + 44), 16u);
+    EXPECT_EQ(number(old + 48), chunk);
+    EXPECT_EQ(number(old + 52), odd);
+}
+
 TEST_F(Avi20, HeadersTellOfAllFrames) {
     expectFile(kAvi20NotCompressed, {.width = 21, .height = 13, .rate = 50}, upTo(5), {.entries = 2});
     EXPECT_EQ(number(16), 460u + 0x100020);

@@ -188,10 +188,11 @@ void oldIndex(Out& out, const std::vector<IndexedFrame>& frames, const std::stri
     std::uint64_t lastData = 0x101008;
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const IndexedFrame& frame = frames[i];
-        if (!frame.skipped) lastData = frame.data;
+        const bool empty = frame.skipped || frame.size == 0;
+        if (!empty) lastData = frame.data;
         if (i == 0) {
             out.tag("00dc").u32(0).u32(0x100FF8).u32(0);
-        } else if (frame.skipped) {
+        } else if (empty) {
             out.tag("00dc").u32(0).u32(lastData).u32(0);
         } else {
             out.tag(tag).u32(16).u32(frame.data - 8).u32(frame.size);

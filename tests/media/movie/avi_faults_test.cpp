@@ -178,6 +178,58 @@ TEST_P(AviFaults, WithoutMemoryAtItsEndAFileIsClosedAndTheNextOneIsWhole) {
 
 INSTANTIATE_TEST_SUITE_P(Layouts, AviFaults, kAllLayouts, layoutName);
 
+class JpegFaultsInMovies : public ::testing::TestWithParam<AviLayout> {};
+
+// The encoder refuses rows that overlap. What it has made by then is the frame: nothing.
+TEST_P(JpegFaultsInMovies, AFrameThatCannotBeEncodedIsEmptyAndTheMovieGoesOn) {
+    MovieFilesDouble files;
+    Recording recording(GetParam().make(files), kForm);
+    movie::CAVIFile& writer = recording.writer();
+    ASSERT_TRUE(writer.PrepareHeader().ok());
+    std::unique_ptr<movie::FileRecord> record;
+    ASSERT_TRUE(writer.OpenFile(u"movie.avi", record).ok());
+    const std::uint32_t stride = writer.settings.rowStride;
+    std::vector<MovieFrame> frames;
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        const FileBytes image = makeImage(kForm, i);
+        const bool fails = i == 0 || i == 3;
+        frames.push_back({i, fails ? FileBytes() : encodeJpegFrame(kForm, image)});
+        recording.add(i, image);
+        writer.settings.rowStride = fails ? 1 : stride;
+        EXPECT_TRUE(writer.WriteFrame(*record, recording.filled.pop()->image(), i, 0).ok());
+    }
+    EXPECT_TRUE(writer.CloseFile(*record).ok());
+    EXPECT_TRUE(equalFiles(files.bytes(u"movie.avi"), GetParam().build(kForm, frames)));
+}
+
+// Without memory for the encoder's buffers as well; those of a movie's own were made ahead of it.
+TEST_P(JpegFaultsInMovies, OnlyWhatTheEncoderMakesAnewIsAllocatedForAFrame) {
+    const MovieForm form{.width = 1600, .height = 9, .rate = 25};
+    constexpr std::size_t kCoefficients = 100 * 4 * 128, kPlane = 8 * 1600;
+    const TempFolder folder;
+    Recording recording(GetParam().make(movie::systemMovieFiles()), form);
+    movie::CAVIFile& writer = recording.writer();
+    ASSERT_TRUE(writer.PrepareHeader().ok());
+    std::unique_ptr<movie::FileRecord> record;
+    ASSERT_TRUE(writer.OpenFile(wideName(folder / "movie.avi"), record).ok());
+    std::vector<MovieFrame> frames;
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        const FileBytes image = makeImage(form, i);
+        const bool withoutPlanes = i == 2;
+        frames.push_back({i, withoutPlanes ? FileBytes() : encodeJpegFrame(form, image)});
+        recording.add(i, image);
+        std::uint8_t* const rows = recording.filled.pop()->image();
+        const FailAllocationsFrom large(i == 0 ? SIZE_MAX : withoutPlanes ? kPlane : kCoefficients);
+        EXPECT_TRUE(writer.WriteFrame(*record, rows, i, 0).ok());
+        EXPECT_EQ(FailAllocationsFrom::failures(), withoutPlanes ? 1u : 0u);
+    }
+    EXPECT_TRUE(writer.CloseFile(*record).ok());
+    EXPECT_TRUE(equalFiles(readFile(folder / "movie.avi"), GetParam().build(form, frames)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, JpegFaultsInMovies, ::testing::Values(kAvi10Mjpeg, kAvi20Mjpeg),
+                         layoutName);
+
 // A volume of every size around those of a few frames, and frames that fill their sectors in every way.
 TEST(AviDiskRoom, IsLeftByTheWriterBeforeTheDiskIsFull) {
     for (const std::uint32_t width : {10u, 679u, 680u, 682u}) {

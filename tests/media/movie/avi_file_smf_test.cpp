@@ -91,6 +91,29 @@ TEST_F(SmfWriter, WritesDenseFramesOfAnyWidthAndPreviewFormat) {
     }
 }
 
+// Raw rows stand one behind the other, whatever the preview's format; padded ones are told by their stride.
+TEST_F(SmfWriter, TakesRowsWithoutPaddingUnlessToldOfSome) {
+    for (const std::uint32_t preview : {1u, 4u, 8u}) {
+        for (const std::uint32_t stride : {0u, 5u, 6u, 16u}) {
+            SCOPED_TRACE(testing::Message() << preview << ' ' << stride);
+            open(5, 3, preview);
+            ASSERT_EQ(recorder->SetImageFormat(5, 3, stride, preview), 0u);
+            ASSERT_EQ(recorder->Start(), 0u);
+            const std::uint32_t step = stride == 0 ? 5 : stride;
+            const Bytes frame = pattern(2 * step + 5);  // no byte behind the last pixel
+            recorder.write(frame, 0, 2);
+            Bytes dense;
+            for (std::uint32_t y = 0; y < 3; ++y) {
+                dense.insert(dense.end(), frame.begin() + y * step, frame.begin() + y * step + 5);
+            }
+            Bytes expected = Expected{5, 3, preview == 1 ? 8u : 24u}.header();
+            append(expected, 0, 2, dense);
+            EXPECT_EQ(written(), expected);
+        }
+    }
+    EXPECT_EQ(recorder->SetImageFormat(5, 3, 4, 1), 87u) << "rows that overlap";
+}
+
 TEST_F(SmfWriter, NumbersFramesWithTheGapsOfTheCamera) {
     open(4, 2, 1);
     ASSERT_EQ(recorder->Start(), 0u);
