@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "media/movie/avi_layouts.h"
+#include "media/movie/no_files.h"
 #include "support/failing_allocations.h"
 #include "support/temp_folder.h"
 
@@ -256,39 +256,6 @@ TEST(AviDiskRoom, IsLeftByTheWriterBeforeTheDiskIsFull) {
         EXPECT_LT(most, 40u);
     }
 }
-
-// Takes every write and keeps nothing.
-class NoFiles final : public movie::MovieFiles {
-    struct File final : movie::MovieFile {
-        Status write(std::uint64_t, const void*, std::size_t) override { return {}; }
-        Status close() override { return {}; }
-    };
-    struct Unbuffered final : movie::UnbufferedMovieFile {
-        Status startWrite(std::uint64_t, const void*, std::size_t) override { return {}; }
-        Status wait() override { return {}; }
-        Status close() override { return {}; }
-    };
-
-  public:
-    Status create(const std::u16string&, std::unique_ptr<movie::MovieFile>& file) override {
-        file = std::make_unique<File>();
-        return {};
-    }
-    Status createUnbuffered(const std::u16string&,
-                            std::unique_ptr<movie::UnbufferedMovieFile>& file) override {
-        file = std::make_unique<Unbuffered>();
-        return {};
-    }
-    Status openAgain(const std::u16string& name, std::unique_ptr<movie::MovieFile>& file) override {
-        return create(name, file);
-    }
-    Status volumeKind(const std::u16string&, platform::VolumeKind&) override { return {}; }
-    Status freeBytes(const std::u16string&, std::uint64_t& bytes) override {
-        bytes = std::numeric_limits<std::uint64_t>::max();
-        return {};
-    }
-    Status fileSize(const std::u16string&, std::uint64_t&) override { return Status(2); }
-};
 
 TEST(AviFrames, AreWrittenWithoutAllocations) {
     NoFiles files;

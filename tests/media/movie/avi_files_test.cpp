@@ -110,6 +110,25 @@ TEST_P(AviFiles, FollowOneAnotherByTheFramesPerFile) {
     EXPECT_EQ(recording.free.size(), 8u);
 }
 
+TEST_P(AviFiles, HoldSixHundredFramesUnlessToldOtherwise) {
+    const MovieForm form{.width = 1, .height = 1, .rate = 25};
+    for (const std::vector<std::u16string>& names : {std::vector<std::u16string>{u"a"}, {u"a", u"b"}}) {
+        MovieFilesDouble files;
+        Recording recording(GetParam().make(files), form);
+        std::vector<MovieFrame> first;
+        for (std::uint32_t i = 0; i < 601; ++i) {
+            recording.add(i, makeImage(form, i));
+            if (i < 600) first.push_back(GetParam().frame(form, i, makeImage(form, i)));
+        }
+        EXPECT_EQ(recording.run(names), Status());
+        EXPECT_TRUE(equalFiles(files.bytes(u"a"), GetParam().build(form, first)));
+        EXPECT_EQ(recording.filled.size(), 2 - names.size()) << "it ends where there is no other file";
+        if (names.size() == 1) continue;
+        const MovieFrame last = GetParam().frame(form, 0, makeImage(form, 600));
+        EXPECT_TRUE(equalFiles(files.bytes(u"b"), GetParam().build(form, {last})));
+    }
+}
+
 TEST_P(AviFiles, NoFramesPerFileCountAsOne) {
     const MovieForm form{.width = 4, .height = 2, .rate = 25};
     MovieFilesDouble files;

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "media/movie/avi_layouts.h"
+#include "media/movie/no_files.h"
 
 namespace tavra::test {
 namespace {
@@ -292,6 +293,26 @@ TEST(AviLimits, NoJumpFillsTheVolume) {
     }
     EXPECT_GT(whole, 0u);
     EXPECT_GT(ended, 0u);
+}
+
+TEST(AviLimits, AFileHas65536Segments) {
+    NoFiles files;
+    movie::CAVIFile20NotCompressed writer(files, {.segmentEntries = 1});
+    ASSERT_TRUE(writer.PrepareHeader().ok());
+    std::unique_ptr<movie::FileRecord> record;
+    ASSERT_TRUE(writer.OpenFile(u"movie.avi", record).ok());
+    movie::FrameBuffer frame;
+    ASSERT_TRUE(frame.allocate(0).ok());
+    const auto write = [&](std::uint32_t index) {
+        return writer.WriteFrame(*record, frame.image(), index, 0).code();
+    };
+    EXPECT_EQ(write(0), 0u);
+    EXPECT_EQ(write(65536), 223u);
+    EXPECT_EQ(write(65534), 0u) << "each frame that is skipped is a segment";
+    EXPECT_FALSE(writer.IsFileFull());
+    EXPECT_EQ(write(65535), 0u);
+    EXPECT_TRUE(writer.IsFileFull());
+    EXPECT_EQ(write(65536), 223u);
 }
 
 // ---- volumes and files

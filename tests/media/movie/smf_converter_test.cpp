@@ -158,6 +158,20 @@ TEST_F(SmfConverter, Sharpens) {
     EXPECT_EQ(developed, (Bytes{90, 90, 90, 0, 90, 90, 90, 0, 90, 90, 90, 0}));
 }
 
+// The curve makes the frame flat, so that there is nothing to sharpen. The other way round 100 would become
+// 108 and then 200.
+TEST_F(SmfConverter, SharpensBehindTheCurve) {
+    SmfBuilder builder(3, 3, 8);
+    builder.put8(68, 255);
+    for (std::uint32_t i = 0; i < 256; ++i) builder.put8(80 + i, i == 100 ? 90 : i == 108 ? 200 : i);
+    builder.put8(336, 1);
+    builder.put8(337, 2);
+    builder.put16(338, 100);
+    builder.addFrame(0, 1, {90, 90, 90, 90, 100, 90, 90, 90, 90});
+    EXPECT_EQ(convert(builder), 0u);
+    EXPECT_EQ(image(0), (Bytes{90, 90, 90, 0, 90, 90, 90, 0, 90, 90, 90, 0}));
+}
+
 TEST_F(SmfConverter, ThinsByTheHeadersShift) {
     SmfBuilder builder(4, 4, 8);
     builder.put32(52, 1);

@@ -3,6 +3,7 @@
 
 #include "media/movie/avi_layouts.h"
 #include "media/movie/smf_builder.h"
+#include "platform/last_error.h"
 #include "support/temp_folder.h"
 #include "tavra/tavra_api.h"
 
@@ -141,6 +142,31 @@ TEST_F(SmfToAvi, TheCompressorThatWasSetTakesEffectAndTheSourceStays) {
     }
     EXPECT_TRUE(equalFiles(readFile(avi), buildAvi10Mjpeg(form, frames)));
     EXPECT_EQ(readFile(folder / "a.smf"), smf);
+}
+
+TEST_F(SmfToAvi, TellsWhyThereIsNoMovie) {
+    const Reader reader = open(movieOf({0, 1}).bytes());
+    std::uint32_t current = 99;
+    const auto failsWith = [&](const std::filesystem::path& name) {
+        platform::setLastSystemError(0);
+        EXPECT_EQ(Tavra_SMF2AVIA(reader.get(), name.string().c_str(), 0, &current, nullptr, nullptr), 0);
+        const std::uint32_t code = platform::lastSystemError();
+        platform::setLastSystemError(0);
+        EXPECT_EQ(Tavra_SMF2AVIW(reader.get(), wideName(name).c_str(), 0, &current, nullptr, nullptr), 0);
+        EXPECT_EQ(platform::lastSystemError(), code);
+        return code;
+    };
+    EXPECT_EQ(failsWith(folder / "no folder" / "out.avi"), TAVRA_ERROR_FILE_STREAM);
+    EXPECT_EQ(current, 99u) << "left as it was";
+}
+
+TEST_F(SmfToAvi, AQualityAboveTheFinestIsTheFinest) {
+    const Reader reader = open(movieOf({0}).bytes());
+    ASSERT_EQ(Tavra_SetSMFCompressor(reader.get(), TAVRA_AVI_COMPRESSOR_MJPG, 101), 1);
+    convert(reader);
+    MovieForm form = kForm;
+    form.quality = 100;
+    EXPECT_TRUE(equalFiles(readFile(avi), buildAvi10Mjpeg(form, {{0, encodeJpegFrame(form, rawFrame(0))}})));
 }
 
 TEST_F(SmfToAvi, ColoursComeBlueFirstAndRowsFromTheBottom) {
