@@ -79,19 +79,24 @@ TAVRA_API TavraBool Tavra_SetSMFCompressor(TavraSmfHandle reader, uint32_t compr
 /** Develops a movie to AVI 1.0 with the settings of its recording: interpolation, luminance gamma, sharpness,
  *  colour matrix.
  *
+ *  Frames that were lost leave empty ones, by the frames' numbers. The AVI, and with it the conversion, ends
+ *  with success at 2 GiB, and ahead of a frame whose number is below that of the first or, counted from it,
+ *  above that of the file's last frame; currentFrame tells how far it came.
+ *
  *  \param reader open movie
  *  \param fileName name of the AVI file in UTF-16; an existing file is replaced
- *  \param firstFrame frame to begin with, from 0; one beyond the end writes nothing and succeeds
+ *  \param firstFrame frame to begin with, from 0; one beyond the end makes a movie without frames
  *  \param[out] currentFrame receives the index of each frame that is done, from 0; may be null
  *  \param progress called after each frame; may be null. If it stops the conversion, the file holds the
  *      frames done so far
  *  \param context handed to progress as it is; may be null
  *  \return 1, also if it was stopped, or if there was no memory for a frame (then nothing is written); 0 on
  *      failure
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null, or a setting in the file is none; 13 sizes in the
- * file that no image has, or a frame that is no mosaic; 38 the file has become shorter; the code of the file
- * or the compressor as for Tavra_SaveAVIW(); 112 and other codes of the operating system for the movie that
- *      is written; all as the thread's system error
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT reader is null, a setting in the file is none, or motion JPEG of a
+ *      side above 65535; 13 sizes in the file that no image has, or a frame that is no mosaic; 38 the file
+ *      has become shorter; the code of the file or the compressor as for Tavra_SaveAVIW(); 223 a frame, or
+ *      the empty ones of a jump, that no 2 GiB hold; 112 and other codes of the operating system for the
+ *      movie that is written; all as the thread's system error
  *  \threads the reader's thread; blocks until the file is closed
  */
 TAVRA_API TavraBool Tavra_SMF2AVIW(TavraSmfHandle reader, const TavraWChar* fileName, uint32_t firstFrame,
