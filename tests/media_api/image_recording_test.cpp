@@ -1,0 +1,110 @@
+// Finished images from the stream, with a recorder of the test's own put where the capture thread looks for
+// it: what is handed to it, and when.
+#include <thread>
+
+#include "media/movie/recorder_support.h"
+#include "media_api/recording_fixture.h"
+
+namespace tavra::test {
+namespace {
+
+class ImageRecording : public RecordingTest {
+  protected:
+    // Rows of 6 x 3 bytes, padded to 20.
+    void attach(std::uint16_t format, std::uint32_t framesPerFile = 1000) {
+        ASSERT_EQ(recorder->SetFileFormat(1, 0), 0u);
+        ASSERT_EQ(recorder->SetFramesPerFile(framesPerFile), 0u);
+        ASSERT_EQ(recorder->SetImageFormat(6, 4, 20, 4), 0u);
+        ASSERT_EQ(recorder->AddFile(u"movie"), 0u);
+        ASSERT_EQ(recorder->Start(), 0u);
+        recorder->AddRef();
+        RecordingSlot& slot = record().recording;
+        const std::lock_guard operation(slot.operationMutex);
+        slot.format = format;
+        slot.shape = record().imagesA.shape();
+        slot.put(&*recorder);
+    }
+
+    // The test's own reference keeps the recorder open behind the camera's release, its worker at work.
+    std::vector<LayoutLog::Frame> written() {
+        EXPECT_EQ(recorder->SetStatus(0), 0u);
+        return log.frames();
+    }
+
+    MovieFilesDouble files;
+    LayoutLog log;
+    Recorder recorder{files};
+};
+
+TEST_F(ImageRecording, TakesFinishedImagesForBothAviFormats) {
+    openCamera(1, 5);
+    collectImages();
+    start();
+    for (const std::uint16_t format : {1, 2}) {
+        attach(format);
+        const std::size_t before = images.count();
+        for (std::uint32_t i = 0; i < 3; ++i) sendFrame(5 + i, framePattern(i));
+        const std::vector<SeenImage> seen = images.waitFor(before + 3);
+        ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
+        const std::vector<LayoutLog::Frame> frames = written();
+        ASSERT_GE(frames.size(), before + 3);
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(frames[before + i],
+                      (LayoutLog::Frame{static_cast<std::uint32_t>(i), 0, seen[before + i].data}));
+        }
+    }
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+}
+
+TEST_F(ImageRecording, CountsTheOldestKindAsRaw) {
+    openCamera(1, 5);
+    collectImages();
+    start();
+    attach(0);
+    sendFrame(0, framePattern(0));
+    images.waitFor(1);
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    const std::vector<LayoutLog::Frame> frames = written();
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(frames[0].tag, 5u) << "the frame, ahead of its colours";
+}
+
+TEST_F(ImageRecording, HoldsTheCameraUpWhileTheWriterStalls) {
+    openCamera(1, 5);
+    collectRaw();
+    start();
+    ASSERT_EQ(recorder->SetBufferCount(2), 0u);
+    attach(1);
+    log.gate.reset();
+    constexpr std::uint32_t kFrames = 40;
+    for (std::uint32_t i = 0; i < kFrames; ++i) sendFrame(i, framePattern(i));
+    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    EXPECT_EQ(raws.waitFor(3).size(), 3u) << "two have a buffer, the third waits for one";
+    EXPECT_EQ(log.frames().size(), 1u);
+    std::thread stopper([&] { EXPECT_EQ(Tavra_StopTransfer(handle), 1); });
+    log.gate.set();
+    stopper.join();
+    const std::vector<LayoutLog::Frame> frames = written();
+    EXPECT_GE(frames.size(), 3u);
+    for (std::uint32_t i = 0; i < frames.size(); ++i) EXPECT_EQ(frames[i].index, i) << "nothing is lost";
+    EXPECT_EQ(status(), 0);
+}
+
+TEST_F(ImageRecording, IgnoresImagesOfAnotherShape) {
+    openCamera(1, 5);
+    collectImages();
+    start();
+    attach(1);
+    {
+        RecordingSlot& slot = record().recording;
+        const std::lock_guard operation(slot.operationMutex);
+        slot.shape.height = 5;
+    }
+    sendFrame(0, framePattern(0));
+    images.waitFor(1);
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    EXPECT_TRUE(written().empty());
+}
+
+}  // namespace
+}  // namespace tavra::test

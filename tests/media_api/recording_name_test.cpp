@@ -1,0 +1,52 @@
+// The names of movies: which kind they choose, and where none can be made.
+#include "media_api/recording_fixture.h"
+
+namespace tavra::test {
+namespace {
+
+class RecordingName : public RecordingTest {};
+
+TEST_F(RecordingName, IsChosenByTheExtension) {
+    openCamera();
+    for (const char* file : {"a.smf", "a.SMF", "a.sm", "a.s", "a.b.Smf"}) {
+        ASSERT_EQ(save(file), 1) << file;
+        ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+        EXPECT_EQ(movie(file).field(0), 0x464D53u);
+    }
+    for (const char* file : {"a", "a.smfx", "a.mov", "a.av i", "a. smf"})
+        expectFailure(save(file), 0xE000000F);
+    expectFailure(Tavra_SaveAVIW(handle, nullptr, 0, 1), 0xE000000F);
+    expectFailure(Tavra_SaveAVIW(handle, u"", 0, 1), 0xE000000F);
+}
+
+TEST_F(RecordingName, TakesNarrowNamesOfUpTo259Characters) {
+    openCamera();
+    ASSERT_EQ(Tavra_SaveAVIA(handle, (folder / "narrow.smf").string().c_str(), 0x20202020, 5), 1);
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    EXPECT_EQ(movie("narrow.smf").field(40), 0x20202020u);
+    const std::string longest = std::string(255, 'x') + ".smf";
+    expectFailure(Tavra_SaveAVIA(handle, longest.c_str(), 0, 1), 0xE0000009);
+    expectFailure(Tavra_SaveAVIA(handle, ("x" + longest).c_str(), 0, 1), 0xE000000F);
+    expectFailure(Tavra_SaveAVIA(handle, nullptr, 0, 1), 0xE000000F);
+}
+
+TEST_F(RecordingName, CannotBeMadeWhereNoFileCan) {
+    openCamera();
+    expectFailure(save("no such folder/a.smf"), 0xE0000009);
+    std::filesystem::create_directory(folder / "folder.smf");
+    expectFailure(save("folder.smf"), 0xE0000009);
+    EXPECT_EQ(status(), 0);
+    expectNoMessage();
+    EXPECT_TRUE(Tavra_SetPreviewPixelFormat(handle, 1)) << "no stream was started";
+}
+
+TEST_F(RecordingName, ReplacesAnOldFile) {
+    openCamera();
+    std::ofstream(folder / "a.smf") << std::string(100000, 'x');
+    startBoth();
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    EXPECT_TRUE(movie().frames.empty());
+}
+
+}  // namespace
+}  // namespace tavra::test
