@@ -28,8 +28,8 @@ TavraBool Tavra_SaveAVIA(TavraHandle handle, const char* fileName, uint32_t comp
                          uint32_t framesPerFile) {
     return api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
         std::u16string wide;
-        if (!api::wideMovieName(fileName, wide)) return Status(error::kFileName);
-        return startRecording(camera, {wide.c_str(), compressor, framesPerFile});
+        const bool named = api::wideMovieName(fileName, wide);
+        return startRecording(camera, {named ? wide.c_str() : nullptr, compressor, framesPerFile});
     });
 }
 

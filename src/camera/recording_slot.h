@@ -17,9 +17,11 @@ class ISaveAVIFile;
 // A member of the record. Where both mutexes are held, the operation mutex is taken first; who also holds the
 // camera's transfer mutex has taken it before these.
 struct RecordingSlot {
-    // Held during every call of the recorder, and by whoever changes the pointer.
+    // Held during every call of the recorder, and by whoever changes the pointer; its holder reads the
+    // pointer without the other mutex. A frame may hold it for as long as the writer lags.
     std::mutex operationMutex;
-    // For a quick look at the pointer: held while it changes, never for long.
+    // For a quick look at the pointer without waiting for a frame: held while it changes, and nothing is
+    // waited for under it.
     std::mutex pointerMutex;
     movie::ISaveAVIFile* recorder = nullptr;
 

@@ -115,7 +115,7 @@ Status attach(TAVRA_COMMON_PARAM& camera, RecorderPointer& recorder, std::uint16
         endStream(camera);
         operation.lock();
     }
-    if (slot.exists()) return Status(error::kRecording);
+    if (slot.recorder != nullptr) return Status(error::kRecording);
     const bool joins = camera.transferRunning();
     slot.format = format;
     slot.shape = shape;
@@ -156,7 +156,8 @@ Status startRecording(TAVRA_COMMON_PARAM& camera, const RecordingOrder& order) {
 Status setRecordingStatus(TAVRA_COMMON_PARAM& camera, std::uint8_t status) {
     RecordingSlot& slot = camera.recording;
     const std::lock_guard operation(slot.operationMutex);
-    if (!slot.exists() || status > movie::recorder_status::kPaused) return Status(error::kInvalidArgument);
+    if (slot.recorder == nullptr || status > movie::recorder_status::kPaused)
+        return Status(error::kInvalidArgument);
     if (status == movie::recorder_status::kIdle) {
         closeRecording(slot);
     } else {
@@ -170,7 +171,7 @@ RecordingState recordingState(TAVRA_COMMON_PARAM& camera) {
     RecordingSlot& slot = camera.recording;
     const std::lock_guard operation(slot.operationMutex);
     RecordingState state;
-    if (!slot.exists()) return state;
+    if (slot.recorder == nullptr) return state;
     state.exists = true;
     slot.recorder->GetStatus(&state.status);
     slot.recorder->GetFramesPerFile(&state.framesPerFile);
@@ -181,7 +182,8 @@ RecordingState recordingState(TAVRA_COMMON_PARAM& camera) {
 // A frame of another shape was begun ahead of a change of the rotation, which the recording came behind.
 bool recordFrame(RecordingSlot& slot, const RecordedFrame& frame) {
     const std::lock_guard operation(slot.operationMutex);
-    if (!slot.exists() || takesRaw(slot.format) != frame.raw || !(slot.shape == frame.shape)) return true;
+    if (slot.recorder == nullptr || takesRaw(slot.format) != frame.raw || !(slot.shape == frame.shape))
+        return true;
     std::uint32_t ended = 0;
     slot.recorder->WriteFrame(frame.data, frame.number, frame.tag, &ended);
     if (ended == 0) return true;

@@ -36,6 +36,10 @@ TEST_F(RecordingStatus, RefusesASecondOne) {
     startBoth();
     expectFailure(save("b.smf"), 0xE0000008);
     expectFailure(save("no dot"), 0xE0000008);
+    expectFailure(Tavra_SaveAVIW(handle, nullptr, 0, 1), 0xE0000008);
+    expectFailure(Tavra_SaveAVIA(handle, nullptr, 0, 1), 0xE0000008);
+    expectFailure(Tavra_SaveAVIA(handle, std::string(400, 'x').c_str(), 0, 1), 0xE0000008);
+    expectFailure(Tavra_SaveAVIA(handle, (folder / "b.smf").string().c_str(), 0, 1), 0xE0000008);
     EXPECT_EQ(status(), 1);
     EXPECT_FALSE(std::filesystem::exists(folder / "b.smf"));
 }
