@@ -23,6 +23,7 @@ CAVIFile::~CAVIFile() {
 Status CAVIFile::addFile(const std::u16string& name) {
     std::unique_ptr<FileRecord> record;
     TAVRA_RETURN_IF_ERROR(OpenFile(name, record));
+    record->volumeLimit = volumeLimit_;
     fileQueue_.push(record.get());
     static_cast<void>(record.release());  // the queue has it now
     return {};
@@ -42,6 +43,7 @@ void CAVIFile::ThreadMain() {
     Status result;
     bool fileStarted = false;
     while (std::unique_ptr<FileRecord> record = nextFile()) {
+        takeLimit(*record, !fileStarted);
         if (!std::exchange(fileStarted, true) && listener != nullptr) {
             // Whether the message goes through is the receiver's concern.
             static_cast<void>(listener->OnStatus(IAVIFileStatusListener::kFileStarted, 0));
@@ -67,6 +69,14 @@ std::unique_ptr<FileRecord> CAVIFile::nextFile() {
     const std::array<const platform::Event*, 2> events = {&fileQueue_.notEmpty(), &stopEvent()};
     if (platform::waitAny(events, 0) != 0) return nullptr;
     return std::unique_ptr<FileRecord>(fileQueue_.pop());
+}
+
+// Of the room that a file found when it was opened, the files before it have taken their part.
+void CAVIFile::takeLimit(const FileRecord& record, bool isFirst) {
+    if (!record.volumeLimit) return;
+    sizeLimit_ = *record.volumeLimit;
+    std::uint64_t free = 0;
+    if (!isFirst && files_.freeBytes(record.name, free).ok()) sizeLimit_ = std::min(sizeLimit_, free);
 }
 
 CAVIFile::FileEnd CAVIFile::writeFrames(FileRecord& record) {
@@ -107,17 +117,23 @@ std::uint64_t CAVIFile::GetFileSizeEstimate(std::uint32_t frameBytes, std::uint3
 }
 
 void CAVIFile::limitSizeByVolume(const std::u16string& fileName) {
-    sizeLimit_ = largestSize_;
+    volumeLimit_ = limitOfVolume(fileName);
+    if (!runs()) sizeLimit_ = *volumeLimit_;
+}
+
+std::uint64_t CAVIFile::limitOfVolume(const std::u16string& fileName) const {
+    std::uint64_t limit = largestSize_;
     platform::VolumeKind kind = platform::VolumeKind::Large;
     if (files_.volumeKind(fileName, kind).ok()) {
-        if (kind == platform::VolumeKind::Fat32) sizeLimit_ = kFat32SizeLimit;
-        if (kind == platform::VolumeKind::Unknown) sizeLimit_ = kUnknownSizeLimit;
+        if (kind == platform::VolumeKind::Fat32) limit = kFat32SizeLimit;
+        if (kind == platform::VolumeKind::Unknown) limit = kUnknownSizeLimit;
     }
     std::uint64_t free = 0;
-    if (!files_.freeBytes(fileName, free).ok()) return;
-    sizeLimit_ = std::min(sizeLimit_, free);
+    if (!files_.freeBytes(fileName, free).ok()) return limit;
+    limit = std::min(limit, free);
     std::uint64_t existing = 0;
-    if (files_.fileSize(fileName, existing).ok()) sizeLimit_ += existing;
+    if (files_.fileSize(fileName, existing).ok()) limit += existing;
+    return limit;
 }
 
 }  // namespace tavra::movie

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/status.h"
@@ -36,6 +37,7 @@ struct FileRecord {
     std::u16string name;
     std::unique_ptr<MovieFile> file;
     std::unique_ptr<UnbufferedMovieFile> unbuffered;
+    std::optional<std::uint64_t> volumeLimit;  // bytes; taken when the file was opened
     Status firstFailure;
 
     // Passes a result on, and keeps it if it is the file's first failure.
@@ -90,7 +92,8 @@ class CAVIFile : public TavraTrg::CWorker {
     virtual Status Finish() { return {}; }
     virtual bool IsFileFull() const;
 
-    // Opens the file and puts it behind the others to be written.
+    // Opens the file and puts it behind the others to be written. Also while the writer runs, by the thread
+    // that started it.
     Status addFile(const std::u16string& name);
 
     MovieSettings settings;
@@ -102,6 +105,8 @@ class CAVIFile : public TavraTrg::CWorker {
 
     // Set when no thread writes.
     const platform::Event& ended() const { return ended_; }
+    // False when the system had no descriptor left for an event of the writer.
+    bool hasEvents() const { return ended_.valid() && stopEvent().valid() && fileQueue_.notEmpty().valid(); }
     // The writer's result; valid when the ended event is set.
     Status result() const { return result_; }
 
@@ -112,12 +117,13 @@ class CAVIFile : public TavraTrg::CWorker {
     // Whether a file that is opened now is the first of a recording: none runs, and none waits in the queue.
     bool isFirstFile() const { return ended_.wait(0) && fileQueue_.size() == 0; }
 
-    // For the layouts that watch the volume: the limit by its file system and its free room, anew for each
-    // file. A file of that name that exists is about to be replaced, so that its bytes count as free.
+    // For the layouts that watch the volume, in OpenFile: the limit by its file system and its free room. A
+    // file of that name that exists is about to be replaced, so that its bytes count as free. It holds for
+    // this file alone; a writer that runs has another in work.
     void limitSizeByVolume(const std::u16string& fileName);
 
     MovieFiles& files_;
-    std::uint64_t sizeLimit_;
+    std::uint64_t sizeLimit_;          // of the present file; without a thread: of the last that was opened
     std::uint64_t position_ = 0;       // where the next byte of the present file goes
     std::uint64_t projectedSize_ = 0;  // of the present file, if it were closed now
     std::uint32_t compressor_ = 0;
@@ -131,10 +137,13 @@ class CAVIFile : public TavraTrg::CWorker {
     };
 
     std::unique_ptr<FileRecord> nextFile();
+    void takeLimit(const FileRecord& record, bool isFirst);
+    std::uint64_t limitOfVolume(const std::u16string& fileName) const;
     FileEnd writeFrames(FileRecord& record);
     void swapRedBlue(std::uint8_t* image) const;
 
-    const std::uint64_t largestSize_;  // where nothing of the volume is known
+    const std::uint64_t largestSize_;           // where nothing of the volume is known
+    std::optional<std::uint64_t> volumeLimit_;  // of the file that was opened last
     PointerQueue<FileRecord> fileQueue_;
     Status result_;
     platform::Event ended_{platform::Event::Reset::Manual, true};

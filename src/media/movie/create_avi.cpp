@@ -15,6 +15,7 @@ namespace {
 constexpr std::uint32_t kRefused = 12;  // while a recording is active
 constexpr std::uint32_t kNoWriter = 6;  // no file format was chosen
 constexpr std::uint64_t kMemoryLeftFree = 50 << 20;
+constexpr std::uint32_t kFinestQuality = 100;
 
 struct PixelFormat {
     std::uint32_t bytes;  // of a pixel
@@ -93,7 +94,7 @@ std::uint32_t CCreateAVI::SetReserved(std::uint32_t) {
 }
 
 std::uint32_t CCreateAVI::SetQuality(std::uint32_t quality) {
-    return change(&MovieSettings::quality, quality);
+    return change(&MovieSettings::quality, std::min(quality, kFinestQuality));
 }
 
 std::uint32_t CCreateAVI::SetRate(std::uint32_t rate) {
@@ -158,6 +159,7 @@ std::uint32_t CCreateAVI::SetImageFormatEx(std::uint32_t width, std::uint32_t he
 
 std::uint32_t CCreateAVI::AddFile(const char16_t* name) {
     if (!writer_) return kNoWriter;
+    if (name == nullptr) return error::kInvalidArgument;
     try {
         return writer_->addFile(name).code();
     } catch (const std::bad_alloc&) {
@@ -219,7 +221,7 @@ void CCreateAVI::makeBuffers() {
 
 // Without descriptors left nobody could wait.
 bool CCreateAVI::hasEvents() const {
-    return freeBuffers_.notEmpty().valid() && filledFrames_.notEmpty().valid() && writer_->ended().valid();
+    return freeBuffers_.notEmpty().valid() && filledFrames_.notEmpty().valid() && writer_->hasEvents();
 }
 
 std::uint32_t CCreateAVI::WriteFrame(const std::uint8_t* image, std::uint32_t frameNumber, std::uint32_t tag,

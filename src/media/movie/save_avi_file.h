@@ -34,7 +34,7 @@ class ISaveAVIFile : public ISUnknown {
     virtual std::uint32_t GetFramesPerFile(std::uint32_t* frames) = 0;
     // Without effect. Not while active.
     virtual std::uint32_t SetReserved(std::uint32_t value) = 0;
-    // 0 to 100. Not while active.
+    // 0 to 100, above it 100. Not while active.
     virtual std::uint32_t SetQuality(std::uint32_t quality) = 0;
     // Frames a second are rate / scale. Not while active.
     virtual std::uint32_t SetRate(std::uint32_t rate) = 0;
@@ -44,11 +44,14 @@ class ISaveAVIFile : public ISUnknown {
     virtual std::uint32_t GetBufferCount(std::uint32_t* count) = 0;
     // The images that WriteFrame gets, by preview pixel format 1, 4 or 8 (87: another). stride: bytes from
     // row to row, 0 for rows padded to four bytes (of a raw movie: dense); the last row has its padding, too.
+    // Not while active, as the buffers have their size.
     virtual std::uint32_t SetImageFormat(std::uint32_t width, std::uint32_t height, std::uint32_t stride,
                                          std::uint32_t previewFormat) = 0;
-    // Opens a file and puts it behind those to be filled.
+    // Opens a file and puts it behind those to be filled; also while active. 0xE0000009: it cannot be opened;
+    // others of a codec (platform/codec_movie.h). 87: no name.
     virtual std::uint32_t AddFile(const char16_t* name) = 0;
-    // Makes the buffers and starts the writer. 8: not even one buffer.
+    // Makes the buffers and starts the writer. 8: not even one buffer, or nothing to wait with; it may be
+    // started again then, with the files that it has.
     virtual std::uint32_t Start() = 0;
     // Copies an image and hands it to the writer; waits for a free buffer without limit. frameNumber: as the
     // camera counts, so that lost frames leave a gap. tag: colour array of a raw frame. ended: set to 1 when

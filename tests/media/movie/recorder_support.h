@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -33,7 +34,9 @@ class LayoutLog {
     LayoutLog& operator=(const LayoutLog&) = delete;
 
     bool bottomUp = false;
-    std::uint32_t failWith = 0;  // of every write from now on
+    std::uint32_t failWith = 0;  // of every write, and of the close behind them
+    std::uint32_t failFrom = 0;  // the index of the first that fails
+    bool prepareThrows = false;  // std::bad_alloc
     std::uint16_t format = 0;    // that was asked for
     std::uint32_t compressor = 0;
 
@@ -64,6 +67,10 @@ class TestLayout final : public movie::CAVIFile {
     ~TestLayout() override { Stop(); }
 
     bool StoresBottomUp() const override { return LayoutLog::current->bottomUp; }
+    Status PrepareHeader() override {
+        if (LayoutLog::current->prepareThrows) throw std::bad_alloc();
+        return {};
+    }
     Status OpenFile(const std::u16string& name, std::unique_ptr<movie::FileRecord>& record) override {
         record = std::make_unique<movie::FileRecord>();
         return files_.create(name, record->file);
@@ -75,7 +82,7 @@ class TestLayout final : public movie::CAVIFile {
         log.add({index, tag, Bytes(image, image + settings.imageBytes)});
         if (!log.gate.wait(0)) log.stopped.set();
         log.gate.wait(platform::kWaitForever);
-        return Status(log.failWith);
+        return Status(index >= log.failFrom ? log.failWith : 0);
     }
     Status CloseFile(movie::FileRecord& record) override {
         const Status closed = record.file->close();
