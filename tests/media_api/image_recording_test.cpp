@@ -90,6 +90,50 @@ TEST_F(ImageRecording, HoldsTheCameraUpWhileTheWriterStalls) {
     EXPECT_EQ(status(), 0);
 }
 
+// More frames than there is room for anywhere on the way: the camera waits.
+TEST_F(ImageRecording, LosesNothingHoweverLongTheWriterStalls) {
+    openCamera(1, 5);
+    collectImages();
+    start();
+    ASSERT_EQ(recorder->SetBufferCount(3), 0u);
+    attach(1);
+    log.gate.reset();
+    constexpr std::uint32_t kFrames = 256;
+    for (std::uint32_t i = 0; i < kFrames; ++i) sendFrame(i, framePattern(i));
+    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    log.gate.set();
+    const std::vector<SeenImage> seen = images.waitFor(kFrames);
+    ASSERT_EQ(seen.size(), kFrames);
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    const std::vector<LayoutLog::Frame> frames = written();
+    ASSERT_EQ(frames.size(), kFrames);
+    for (std::uint32_t i = 0; i < kFrames; ++i) EXPECT_EQ(frames[i], (LayoutLog::Frame{i, 0, seen[i].data}));
+}
+
+// The end of a recording waits until the frame has its buffer, which is then written as well.
+TEST_F(ImageRecording, IsNotEndedAheadOfAFrameThatWaits) {
+    openCamera(1, 5);
+    collectRaw();
+    start();
+    ASSERT_EQ(recorder->SetBufferCount(1), 0u);
+    attach(1);
+    log.gate.reset();
+    sendFrame(0, framePattern(0));
+    sendFrame(1, framePattern(1));
+    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    EXPECT_EQ(raws.waitFor(2).size(), 2u);
+    while (record().recording.operationMutex.try_lock()) {  // until the second frame is at the recorder
+        record().recording.operationMutex.unlock();
+        std::this_thread::yield();
+    }
+    std::thread stopper([&] { EXPECT_EQ(Tavra_SetAVIStatus(handle, 0), 1); });
+    log.gate.set();
+    stopper.join();
+    EXPECT_EQ(status(), 0);
+    EXPECT_EQ(written().size(), 2u);
+    stopAndExpectCode(0);
+}
+
 TEST_F(ImageRecording, IgnoresImagesOfAnotherShape) {
     openCamera(1, 5);
     collectImages();

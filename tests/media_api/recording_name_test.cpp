@@ -30,6 +30,18 @@ TEST_F(RecordingName, TakesNarrowNamesOfUpTo259Characters) {
     expectFailure(Tavra_SaveAVIA(handle, nullptr, 0, 1), 0xE000000F);
 }
 
+// A name is as long as the system takes it, and never cut to that of another file.
+TEST_F(RecordingName, IsNotCut) {
+    openCamera();
+    for (const std::size_t length : {256u, 260u, 300u, 40000u}) {
+        const std::string file = std::string(length, 'x') + ".smf";
+        expectFailure(save(file), 0xE0000009);
+        expectFailure(save(std::string(length, 'y')), 0xE000000F);
+    }
+    EXPECT_TRUE(folder.isEmpty());
+    EXPECT_EQ(status(), 0);
+}
+
 TEST_F(RecordingName, CannotBeMadeWhereNoFileCan) {
     openCamera();
     expectFailure(save("no such folder/a.smf"), 0xE0000009);
