@@ -66,4 +66,16 @@ std::uint32_t ImageBufferSet::takeReady() {
     return displayIndex_;
 }
 
+std::uint32_t ImageBufferSet::beginDrawing() {
+    const std::lock_guard lock(mutex_);
+    drawing_ = true;
+    displayIndex_ = readyIndex_;
+    return displayIndex_;
+}
+
+void ImageBufferSet::endDrawing() {
+    const std::lock_guard lock(mutex_);
+    drawing_ = false;
+}
+
 }  // namespace tavra

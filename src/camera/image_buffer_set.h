@@ -35,20 +35,23 @@ class ImageBufferSet {
     std::uint32_t takeReady();
 
     // The same for a reader of its pixels: `look(shape, image)` runs with the mutex held, so that neither the
-    // drawing nor a change of the format takes the image away meanwhile.
+    // capture thread nor a change of the format takes the image away meanwhile. While another image is drawn,
+    // that one stays the shown one: it must not become free.
     template <typename Look>
     void lookAtReady(Look look) {
         const std::lock_guard lock(mutex_);
-        displayIndex_ = readyIndex_;
-        look(shape_, images_[displayIndex_]);
+        if (!drawing_) displayIndex_ = readyIndex_;
+        look(shape_, images_[readyIndex_]);
     }
 
-    // The same for the drawing: `draw(image)` may take its time, the capture thread goes on meanwhile. Only a
-    // change of the format waits for it.
+    // The same for the drawing: `draw(image)` may take its time, the capture thread goes on meanwhile, and so
+    // do readers. Only a change of the format waits for it.
     template <typename Draw>
     void drawReady(Draw draw) {
         const std::lock_guard drawing(drawMutex_);
-        draw(images_[takeReady()]);
+        const std::uint32_t shown = beginDrawing();
+        draw(images_[shown]);
+        endDrawing();
     }
 
     Image& image(std::uint32_t index) { return images_[index]; }
@@ -57,10 +60,14 @@ class ImageBufferSet {
     std::mutex& mutex() { return mutex_; }
 
   private:
+    std::uint32_t beginDrawing();
+    void endDrawing();
+
     std::mutex drawMutex_;  // keeps the images while one is drawn; taken before the other
     std::mutex mutex_;
     std::uint32_t displayIndex_ = 0;
     std::uint32_t readyIndex_ = 0;
+    bool drawing_ = false;  // the image of the display index
     platform::BitmapShape shape_;
     std::array<Image, 3> images_;
 };

@@ -36,6 +36,30 @@ TEST(ImageBufferSet, TheChosenImageIsNeitherShownNorReady) {
     }
 }
 
+// A reader of a newer image must not set free the one that is being drawn.
+TEST(ImageBufferSet, TheImageThatIsDrawnIsNotChosenWhateverIsReadMeanwhile) {
+    for (std::uint32_t drawn = 0; drawn < 3; ++drawn) {
+        ImageBufferSet set;
+        ASSERT_TRUE(set.create({4, 4, 8}).ok());
+        set.publish(drawn);
+        set.drawReady([&](const ImageBufferSet::Image& image) {
+            ASSERT_EQ(&image, &set.image(drawn));
+            for (std::uint32_t frame = 0; frame < 6; ++frame) {
+                const std::uint32_t chosen = set.chooseFree(frame);
+                EXPECT_NE(chosen, drawn);
+                set.publish(chosen);
+                set.lookAtReady([&](const platform::BitmapShape&, const ImageBufferSet::Image& ready) {
+                    EXPECT_EQ(&ready, &set.image(chosen)) << "the newest is read";
+                });
+            }
+        });
+        const std::uint32_t next = set.chooseFree(7);
+        set.publish(next);
+        set.lookAtReady([](const platform::BitmapShape&, const ImageBufferSet::Image&) {});
+        EXPECT_EQ(set.chooseFree(8), next == 0 ? 1u : 0u) << "the one that was read is the shown one";
+    }
+}
+
 TEST(ImageBufferSet, AnEmptyPictureCanBeMade) {
     ImageBufferSet set;
     EXPECT_TRUE(set.create({0, 0, 8}).ok());
