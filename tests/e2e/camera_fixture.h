@@ -103,6 +103,15 @@ class Camera {
         EXPECT_TRUE(receiver_.wait(got, kPatienceMs)) << "no message came";
         return {got.message, got.parameter2};
     }
+    // Takes what comes in this time, which must be a new mask or destination of the preview.
+    void takePlaces(std::uint32_t timeoutMs) {
+        test::ReceivedMessage got;
+        while (receiver_.wait(got, timeoutMs)) {
+            EXPECT_TRUE(got.message == TAVRA_MESSAGE_MASK_CHANGED ||
+                        got.message == TAVRA_MESSAGE_DESTINATION_CHANGED)
+                << got.message;
+        }
+    }
     void expectNoMessage() {
         test::ReceivedMessage got;
         EXPECT_FALSE(receiver_.wait(got, 0)) << got.message;

@@ -88,16 +88,22 @@ class Setters {
   public:
     template <typename Round>
     void add(Round round) {
+        ++running_;
         threads_.emplace_back([this, round] {
             for (std::uint32_t i = 0; std::chrono::steady_clock::now() < end_; ++i) round(i);
+            --running_;
         });
     }
-    void join() {
+    // Each rotation tells a mask and a destination; a queue that nobody empties would fill up.
+    void join(Camera& camera) {
+        while (running_ != 0) camera.takePlaces(1);
         for (std::thread& thread : threads_) thread.join();
+        camera.takePlaces(0);
     }
 
   private:
     const std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + timeForSettings();
+    std::atomic<int> running_{0};
     std::vector<std::thread> threads_;
 };
 
@@ -178,7 +184,7 @@ TEST(Settings, OfEveryStageAreChangedByFourThreadsWhileTheStreamRuns) {
         setters.add([&](std::uint32_t i) { setColor(camera, i); });
         setters.add([&](std::uint32_t i) { setShape(camera, i, 32, 8); });
         setters.add([&](std::uint32_t i) { setControls(camera, i); });
-        setters.join();
+        setters.join(camera);
         images.waitFor(images.count() + 3);
         camera.stop();
         expectRisingNumbers(raws.waitFor(1));
