@@ -6,6 +6,7 @@
 #include "camera/open_camera.h"
 #include "camera/open_firmware.h"
 #include "capture/transfer.h"
+#include "platform/messages.h"
 #include "platform/text.h"
 #include "tavra/tavra_api.h"
 
@@ -118,6 +119,7 @@ TavraBool Tavra_GetDevicePathA(TavraHandle handle, char* path, std::uint32_t* si
 
 TavraBool Tavra_SetReceiveMsgWindow(TavraHandle handle, TavraWindow window) {
     return api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
+        platform::nameReceiver(window);
         camera.receiver = window;
         return Status();
     });

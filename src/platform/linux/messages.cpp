@@ -1,4 +1,4 @@
-// The receiver queues of tavra_host.h, and posting to them.
+// The receiver queues of tavra_host.h, and posting to them or to X11 windows.
 #include "platform/messages.h"
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 
 #include "platform/event.h"
 #include "platform/last_error.h"
+#include "platform/linux/x11_messenger.h"
 #include "tavra/tavra_host.h"
 
 namespace tavra::platform {
@@ -97,12 +98,23 @@ ReceiverRegistry& registry() {
     return instance;
 }
 
+// 0, which is no window, for what cannot be one.
+xcb_window_t x11WindowOf(TavraWindow receiver) {
+    const auto number = reinterpret_cast<std::uintptr_t>(receiver);
+    return number > 0xFFFFFFFF ? 0 : static_cast<xcb_window_t>(number);
+}
+
 }  // namespace
+
+void nameReceiver(TavraWindow receiver) {
+    const xcb_window_t window = x11WindowOf(receiver);
+    if (window != 0 && registry().find(receiver) == nullptr) x11Messenger().name(window);
+}
 
 Status postMessage(TavraWindow receiver, std::uint32_t message, std::uint64_t parameter1,
                    std::uint64_t parameter2) {
     const std::shared_ptr<Receiver> target = registry().find(receiver);
-    if (!target) return failWith(error::kInvalidWindowHandle);
+    if (!target) return x11Messenger().post(x11WindowOf(receiver), message, parameter1, parameter2);
     return target->post({message, 0, parameter1, parameter2});
 }
 

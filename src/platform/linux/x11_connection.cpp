@@ -49,10 +49,14 @@ Status X11Connection::open() {
     TAVRA_RETURN_IF_ERROR(loadX11(x));
     int screenNumber = 0;
     raw = x->xcb_connect(nullptr, &screenNumber);
-    if (broken() || !findScreen(screenNumber)) return Status(kNoDisplay);
+    if (!broken()) setup_ = x->xcb_get_setup(raw);
+    if (setup_ == nullptr || !findScreen(screenNumber)) return Status(kNoDisplay);
     atoms = {atom("WM_PROTOCOLS"), atom("WM_DELETE_WINDOW"), atom("UTF8_STRING"),
              atom("_NET_WM_NAME"), atom("_MOTIF_WM_HINTS"),  atom("_NET_WORKAREA")};
-    if (x->hasShm) {
+    // Asked of a server without it, anything else would end the connection.
+    const xcb_query_extension_reply_t* const shm =
+        x->hasShm ? x->xcb_get_extension_data(raw, x->shmId) : nullptr;
+    if (shm != nullptr && shm->present != 0) {
         const Reply<xcb_shm_query_version_reply_t> version(
             x->xcb_shm_query_version_reply(raw, x->xcb_shm_query_version(raw), nullptr));
         shmWorks = version != nullptr;
@@ -68,9 +72,8 @@ X11Connection::~X11Connection() {
 }
 
 bool X11Connection::findScreen(int number) {
-    const xcb_setup_t* const setup = x->xcb_get_setup(raw);
-    if (setup->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST) return false;
-    auto screens = x->xcb_setup_roots_iterator(setup);
+    if (setup_->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST) return false;
+    auto screens = x->xcb_setup_roots_iterator(setup_);
     for (; screens.rem > 1 && number > 0; --number) x->xcb_screen_next(&screens);
     screen = screens.data;
     return screen != nullptr && screen->root_depth >= 24;
@@ -118,23 +121,22 @@ bool X11Connection::isAltKey(xcb_keycode_t code) const {
 }
 
 void X11Connection::findAltKeys() {
-    const xcb_setup_t* const setup = x->xcb_get_setup(raw);
-    const unsigned count = setup->max_keycode - setup->min_keycode + 1u;
-    const auto asked = x->xcb_get_keyboard_mapping(raw, setup->min_keycode, static_cast<std::uint8_t>(count));
+    const unsigned count = setup_->max_keycode - setup_->min_keycode + 1u;
+    const auto asked =
+        x->xcb_get_keyboard_mapping(raw, setup_->min_keycode, static_cast<std::uint8_t>(count));
     const Reply<xcb_get_keyboard_mapping_reply_t> reply(
         x->xcb_get_keyboard_mapping_reply(raw, asked, nullptr));
     if (!reply) return;
     const xcb_keysym_t* const symbols = x->xcb_get_keyboard_mapping_keysyms(reply.get());
     for (unsigned i = 0; i < count * reply->keysyms_per_keycode; ++i) {
-        const unsigned code = setup->min_keycode + i / reply->keysyms_per_keycode;
+        const unsigned code = setup_->min_keycode + i / reply->keysyms_per_keycode;
         if (symbols[i] == kAltLeft || symbols[i] == kAltRight) altKeys_[code & 0xFF] = true;
     }
 }
 
 // 0, the parent's cursor, where bitmaps are in another order than here.
 xcb_cursor_t X11Connection::makeCursor(bool plus) const {
-    const xcb_setup_t* const setup = x->xcb_get_setup(raw);
-    if (setup->bitmap_format_bit_order != XCB_IMAGE_ORDER_LSB_FIRST) return 0;
+    if (setup_->bitmap_format_bit_order != XCB_IMAGE_ORDER_LSB_FIRST) return 0;
     const CursorBits black = glass(plus);
     const CursorBits planes[2] = {black, outline(black)};
     xcb_pixmap_t pixmaps[2];

@@ -50,6 +50,7 @@ class X11Connection {
     void findAltKeys();
     xcb_cursor_t makeCursor(bool plus) const;
 
+    const xcb_setup_t* setup_ = nullptr;  // not to be had from a connection that broke
     bool altKeys_[256] = {};
     xcb_cursor_t zoomIn_ = 0;
     xcb_cursor_t zoomOut_ = 0;

@@ -34,7 +34,8 @@ struct Loaded {
     void loadShm() {
         void* const shm = dlopen("libxcb-shm.so.0", RTLD_NOW | RTLD_LOCAL);
         if (shm == nullptr) return;
-        functions.hasShm = true;
+        functions.shmId = static_cast<xcb_extension_t*>(dlsym(shm, "xcb_shm_id"));
+        functions.hasShm = functions.shmId != nullptr;
 #define TAVRA_LOOK(name) functions.hasShm = look(shm, #name, functions.name) && functions.hasShm;
         TAVRA_XCB_SHM_FUNCTIONS(TAVRA_LOOK)
 #undef TAVRA_LOOK

@@ -15,7 +15,7 @@ namespace tavra::platform {
     USE(xcb_setup_roots_iterator) USE(xcb_screen_next) USE(xcb_get_file_descriptor) \
     USE(xcb_poll_for_event) USE(xcb_flush) USE(xcb_generate_id) USE(xcb_request_check) \
     USE(xcb_create_window_checked) USE(xcb_destroy_window) USE(xcb_map_window) USE(xcb_unmap_window) \
-    USE(xcb_configure_window) USE(xcb_change_window_attributes) USE(xcb_change_property) \
+    USE(xcb_configure_window) USE(xcb_change_window_attributes) USE(xcb_change_window_attributes_checked) USE(xcb_change_property) \
     USE(xcb_get_property) USE(xcb_get_property_reply) USE(xcb_get_property_value) \
     USE(xcb_get_property_value_length) USE(xcb_intern_atom) USE(xcb_intern_atom_reply) \
     USE(xcb_create_gc) USE(xcb_put_image) USE(xcb_get_maximum_request_length) \
@@ -23,7 +23,7 @@ namespace tavra::platform {
     USE(xcb_get_input_focus_reply) USE(xcb_get_geometry) USE(xcb_get_geometry_reply) \
     USE(xcb_send_event) USE(xcb_create_pixmap) USE(xcb_free_pixmap) USE(xcb_create_cursor) \
     USE(xcb_free_gc) USE(xcb_get_keyboard_mapping) USE(xcb_get_keyboard_mapping_reply) \
-    USE(xcb_get_keyboard_mapping_keysyms)
+    USE(xcb_get_keyboard_mapping_keysyms) USE(xcb_get_extension_data)
 
 #define TAVRA_XCB_SHM_FUNCTIONS(USE) \
     USE(xcb_shm_query_version) USE(xcb_shm_query_version_reply) USE(xcb_shm_attach_checked) \
@@ -36,6 +36,7 @@ struct X11Library {
     TAVRA_XCB_FUNCTIONS(TAVRA_MEMBER)
     TAVRA_XCB_SHM_FUNCTIONS(TAVRA_MEMBER)
 #undef TAVRA_MEMBER
+    xcb_extension_t* shmId = nullptr;  // by which a server is asked whether it has the extension
     bool hasShm = false;
 };
 

@@ -6,6 +6,8 @@
 
 namespace tavra::platform {
 
+void nameReceiver(TavraWindow) {}
+
 Status postMessage(TavraWindow receiver, std::uint32_t message, std::uint64_t parameter1,
                    std::uint64_t parameter2) {
     // The system takes a null window for the calling thread's own queue, where nobody looks.
