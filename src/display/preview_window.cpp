@@ -61,8 +61,6 @@ Status PreviewWindow::create(PreviewRequest request) {
         static_cast<void>(destroyWindow());
         return made;
     }
-    static_cast<void>(
-        post(TAVRA_MESSAGE_WINDOW_CREATED, reinterpret_cast<std::uintptr_t>(previewWindow.load())));
     return Status();
 }
 
@@ -93,7 +91,6 @@ Status PreviewWindow::windowSize(const PreviewRequest& request, Size& size) cons
     return Status();
 }
 
-// The window may be closed meanwhile: its end then finds no draw object, and none is left behind.
 Status PreviewWindow::makeDrawObject() {
     const DrawObject made = makeDrawImage(displayMode, system_);
     if (made == nullptr) return Status(error::kNotSupported);
@@ -102,11 +99,19 @@ Status PreviewWindow::makeDrawObject() {
     const ImageSize image = camera_.previewImageSize();
     const std::uint32_t failure = made->Create(previewWindow, image.width, image.height, imageBits());
     if (failure != 0) return Status(failure);
-    {
-        const std::lock_guard lock(drawObjectMutex_);
-        if (!windowGone_) drawObject_ = made;
-    }
+    TAVRA_RETURN_IF_ERROR(announce(made));
     invalidate();
+    return Status();
+}
+
+// The window may be closed meanwhile, or the next moment: its end is told after its creation, or else the
+// window has not come about.
+Status PreviewWindow::announce(std::shared_ptr<CDrawImage> made) {
+    const std::lock_guard lock(drawObjectMutex_);
+    if (windowGone_) return Status(error::kInvalidWindowHandle);
+    drawObject_ = std::move(made);
+    static_cast<void>(
+        post(TAVRA_MESSAGE_WINDOW_CREATED, reinterpret_cast<std::uintptr_t>(previewWindow.load())));
     return Status();
 }
 
@@ -121,6 +126,7 @@ Status PreviewWindow::destroyWindow() {
     if (window != nullptr) static_cast<void>(system_.destroy(window));
     if (!std::exchange(classRegistered_, false)) return Status();
     const Status unregistered = system_.unregisterClass(closableClass_);
+    if (window == nullptr) return Status();  // what there was not cannot fail to go
     return unregistered.code() == kClassHasWindows ? Status() : unregistered;
 }
 

@@ -105,6 +105,7 @@ class PreviewWindow final : public platform::IWindowEvents {
     Status openWindow(const PreviewRequest& request);
     Status windowSize(const PreviewRequest& request, Size& size) const;
     Status makeDrawObject();
+    Status announce(std::shared_ptr<CDrawImage> made);
     DrawObject drawObject() const;
     Status drawingSurface(DrawObject& object) const;
     std::uint32_t imageBits() const;

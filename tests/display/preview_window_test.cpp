@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "support/window_double.h"
 
 namespace tavra::test {
@@ -25,7 +27,10 @@ class CameraDouble final : public IPreviewCamera {
         EXPECT_TRUE(imagesA.create({64, 48, 24}).ok());
         EXPECT_TRUE(imagesB.create({48, 64, 24}).ok());
     }
-    ImageSize previewImageSize() const override { return size; }
+    ImageSize previewImageSize() const override {
+        if (whenAskedForTheImage) whenAskedForTheImage();
+        return size;
+    }
     std::uint32_t previewPixelFormat() const override { return format; }
     bool previewIsRotated() const override { return rotated; }
     ImageBufferSet& previewImages(bool turned) override { return turned ? imagesB : imagesA; }
@@ -47,6 +52,7 @@ class CameraDouble final : public IPreviewCamera {
     std::vector<Post> posts;
     Status postResult;
     std::uint32_t lastError = 0;
+    std::function<void()> whenAskedForTheImage;
 };
 
 class Preview : public testing::Test {
@@ -174,6 +180,24 @@ TEST_F(Preview, DrawObjectThatCannotBeMadeEndsTheWindow) {
 TEST_F(Preview, DestroyWithoutAWindowSucceeds) {
     EXPECT_TRUE(window.destroy().ok());
     EXPECT_THAT(system.log, IsEmpty());
+}
+
+TEST_F(Preview, DestroyWithoutAWindowSucceedsWhateverBecomesOfTheClass) {
+    system.createResult = Status(1406);
+    EXPECT_EQ(window.create({}), Status(1406));
+    system.unregisterResult = Status(6);
+    EXPECT_TRUE(window.destroy().ok());
+}
+
+// Where windows have a thread of their own, the user may be faster than the creation.
+TEST_F(Preview, WindowThatIsClosedWhileItIsMadeHasNotComeAbout) {
+    camera.whenAskedForTheImage = [this] { system.close(); };
+    PreviewRequest request;
+    request.place = {0, 0, 9, 9};
+    EXPECT_EQ(window.create(request), Status(1400));
+    EXPECT_THAT(camera.posts, ElementsAre(message(45060)));
+    EXPECT_FALSE(window.alive());
+    EXPECT_EQ(window.window(), nullptr);
 }
 
 TEST_F(Preview, DestroyTellsTheLastDrawError) {

@@ -106,14 +106,15 @@ std::array<std::uint8_t, 3> mixed(const Source& source, const Rectangle& part, c
 }  // namespace
 
 Rectangle PixelPaint::inside(const Rectangle& r) const {
-    return {std::max(r.left, 0), std::max(r.top, 0),
-            static_cast<std::int32_t>(std::min<std::int64_t>(r.right, area_.width)),
-            static_cast<std::int32_t>(std::min<std::int64_t>(r.bottom, area_.height))};
+    return {
+        std::max(r.left, area_.left), std::max(r.top, area_.top),
+        static_cast<std::int32_t>(std::min<std::int64_t>(r.right, std::int64_t{area_.left} + area_.width)),
+        static_cast<std::int32_t>(std::min<std::int64_t>(r.bottom, std::int64_t{area_.top} + area_.height))};
 }
 
 std::uint8_t* PixelPaint::pixel(std::int64_t x, std::int64_t y) const {
-    return area_.pixels + static_cast<std::size_t>(y) * area_.stride +
-           static_cast<std::size_t>(x) * area_.pixelBytes;
+    return area_.pixels + static_cast<std::size_t>(y - area_.top) * area_.stride +
+           static_cast<std::size_t>(x - area_.left) * area_.pixelBytes;
 }
 
 void PixelPaint::copy(const Rectangle& destination, const Bitmap& bitmap, std::int32_t sourceX,

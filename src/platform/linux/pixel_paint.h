@@ -17,6 +17,8 @@ struct PixelArea {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     std::uint32_t pixelBytes = 4;
+    std::int32_t left = 0;  // of the first pixel in what is painted: of a part only
+    std::int32_t top = 0;
 };
 
 class PixelPaint final : public IPaint {

@@ -57,34 +57,36 @@ void X11Canvas::release() {
     size_ = {};
 }
 
-void X11Canvas::show(xcb_window_t window, xcb_gcontext_t gc) const {
+void X11Canvas::show(xcb_window_t window, xcb_gcontext_t gc, std::int16_t left, std::int16_t top) const {
     if (pixels_ == nullptr) return;
     if (segment_ == 0) {
-        putRows(window, gc);
+        putRows(window, gc, left, top);
         return;
     }
     const auto width = static_cast<std::uint16_t>(size_.width);
     const auto height = static_cast<std::uint16_t>(size_.height);
-    connection_.x->xcb_shm_put_image(connection_.raw, window, gc, width, height, 0, 0, width, height, 0, 0,
-                                     connection_.screen->root_depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, segment_,
-                                     0);
+    connection_.x->xcb_shm_put_image(connection_.raw, window, gc, width, height, 0, 0, width, height, left,
+                                     top, connection_.screen->root_depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0,
+                                     segment_, 0);
     connection_.synchronise();  // the server has read them
 }
 
 // As many rows at once as a request holds.
-void X11Canvas::putRows(xcb_window_t window, xcb_gcontext_t gc) const {
+void X11Canvas::putRows(xcb_window_t window, xcb_gcontext_t gc, std::int16_t left, std::int16_t top) const {
     constexpr std::size_t kRequestHead = 64;
     const std::size_t rowBytes = std::size_t{size_.width} * 4;
-    const std::size_t most =
-        std::size_t{connection_.x->xcb_get_maximum_request_length(connection_.raw)} * 4 - kRequestHead;
+    const std::size_t request =
+        std::size_t{connection_.x->xcb_get_maximum_request_length(connection_.raw)} * 4;
+    if (request <= kRequestHead) return;  // the connection is lost
+    const std::size_t most = request - kRequestHead;
     const auto rows = static_cast<std::uint32_t>(std::max<std::size_t>(1, most / rowBytes));
     for (std::uint32_t y = 0; y < size_.height; y += rows) {
         const std::uint32_t count = std::min(rows, size_.height - y);
-        connection_.x->xcb_put_image(connection_.raw, XCB_IMAGE_FORMAT_Z_PIXMAP, window, gc,
-                                     static_cast<std::uint16_t>(size_.width),
-                                     static_cast<std::uint16_t>(count), 0, static_cast<std::int16_t>(y), 0,
-                                     connection_.screen->root_depth,
-                                     static_cast<std::uint32_t>(count * rowBytes), pixels_ + y * rowBytes);
+        connection_.x->xcb_put_image(
+            connection_.raw, XCB_IMAGE_FORMAT_Z_PIXMAP, window, gc, static_cast<std::uint16_t>(size_.width),
+            static_cast<std::uint16_t>(count), left,
+            static_cast<std::int16_t>(top + static_cast<std::int32_t>(y)), 0, connection_.screen->root_depth,
+            static_cast<std::uint32_t>(count * rowBytes), pixels_ + y * rowBytes);
     }
 }
 

@@ -22,13 +22,13 @@ class X11Canvas {
     bool resize(Size size);
     PixelArea area() const { return {pixels_, std::size_t{size_.width} * 4, size_.width, size_.height, 4}; }
 
-    // Puts all pixels on the window. They may be changed again when this returns.
-    void show(xcb_window_t window, xcb_gcontext_t gc) const;
+    // Puts all pixels on the window, the first at (left, top). They may be changed again when this returns.
+    void show(xcb_window_t window, xcb_gcontext_t gc, std::int16_t left, std::int16_t top) const;
 
   private:
     bool allocateShared(std::size_t bytes);
     void release();
-    void putRows(xcb_window_t window, xcb_gcontext_t gc) const;
+    void putRows(xcb_window_t window, xcb_gcontext_t gc, std::int16_t left, std::int16_t top) const;
 
     const X11Connection& connection_;
     Size size_;

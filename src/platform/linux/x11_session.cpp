@@ -134,6 +134,7 @@ void X11Session::threadMain() {
     {
         const std::lock_guard lock(mutex_);
         alive_ = false;
+        threadId_ = {};  // the system may give it to another thread
     }
     runJobs(false);
 }
@@ -141,7 +142,7 @@ void X11Session::threadMain() {
 void X11Session::loop() {
     for (;;) {
         bool worked = handleEvents();
-        runJobs(true);
+        worked = runJobs(true) || worked;
         worked = tellResizes() || worked;
         worked = paintMarked() || worked;
         connection_->x->xcb_flush(connection_->raw);
@@ -158,12 +159,12 @@ void X11Session::loop() {
     }
 }
 
-void X11Session::runJobs(bool reallyRun) {
-    for (;;) {
+bool X11Session::runJobs(bool reallyRun) {
+    for (bool any = false;; any = true) {
         Job* job = nullptr;
         {
             const std::lock_guard lock(mutex_);
-            if (jobs_.empty()) return;
+            if (jobs_.empty()) return any;
             job = jobs_.front();
             jobs_.pop_front();
         }

@@ -61,7 +61,7 @@ class X11Session {
     void threadMain();
     void loop();
     bool isOwnThread() const;
-    void runJobs(bool reallyRun);
+    bool runJobs(bool reallyRun);
     bool handleEvents();
     void handle(const xcb_generic_event_t& event);
     bool tellResizes();

@@ -23,6 +23,13 @@ constexpr std::uint32_t kTrackColor = 0xD8D8D8;
 constexpr std::uint32_t kThumbColor = 0x808080;
 constexpr std::uint32_t kArrowColor = 0xB0B0B0;
 
+constexpr std::uint32_t kMostTitleBytes = 0x10000;  // far below what a request holds
+constexpr std::uint64_t kMostCanvasPixels = 1u << 26;
+
+std::int16_t placeOf(std::int32_t value) {
+    return static_cast<std::int16_t>(std::clamp<std::int32_t>(value, INT16_MIN, INT16_MAX));
+}
+
 std::uint16_t sideOf(std::uint32_t size) {
     return static_cast<std::uint16_t>(std::clamp<std::uint32_t>(size, 1, kMostPixels));
 }
@@ -96,17 +103,18 @@ Status X11Window::create(const WindowRequest& request) {
     const xcb_screen_t& screen = *connection_.screen;
     const bool anywhere = static_cast<std::uint32_t>(request.x) == kUseDefaultPlace;
     size_ = {sideOf(request.size.width), sideOf(request.size.height)};
-    x_ = anywhere ? 0 : request.x;
-    y_ = anywhere ? 0 : request.y;
+    x_ = anywhere ? 0 : placeOf(request.x);
+    y_ = anywhere ? 0 : placeOf(request.y);
     title_ = request.title;
     closable_ = request.closable;
     id_ = x.xcb_generate_id(connection_.raw);
-    const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, kEventMask};
+    // A parent of another visual has nothing for the window to take over.
+    const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 0, kEventMask, screen.default_colormap};
     const auto asked = x.xcb_create_window_checked(
         connection_.raw, screen.root_depth, id_, child ? parent : screen.root, static_cast<std::int16_t>(x_),
         static_cast<std::int16_t>(y_), static_cast<std::uint16_t>(size_.width),
         static_cast<std::uint16_t>(size_.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual,
-        XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK, values);
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, values);
     const Reply<xcb_generic_error_t> refused(x.xcb_request_check(connection_.raw, asked));
     if (refused || connection_.broken()) {
         id_ = 0;
@@ -140,7 +148,12 @@ void X11Window::setHints(const WindowRequest& request) {
 
 void X11Window::setTitle(const std::u16string& title) {
     title_ = title;
-    const std::string text = utf8(title);
+    std::string text = utf8(title);
+    if (text.size() > kMostTitleBytes) {
+        std::size_t end = kMostTitleBytes;
+        while ((text[end] & 0xC0) == 0x80) --end;  // not in the middle of a character
+        text.resize(end);
+    }
     const auto length = static_cast<std::uint32_t>(text.size());
     const auto set = [&](xcb_atom_t property, xcb_atom_t type) {
         connection_.x->xcb_change_property(connection_.raw, XCB_PROP_MODE_REPLACE, id_, property, type, 8,
@@ -175,8 +188,9 @@ void X11Window::applyStyle(std::uint32_t style) {
 }
 
 void X11Window::place(std::int32_t x, std::int32_t y, Size size) {
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
-                                    sideOf(size.width), sideOf(size.height)};
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(placeOf(x)),
+                                    static_cast<std::uint32_t>(placeOf(y)), sideOf(size.width),
+                                    sideOf(size.height)};
     connection_.x->xcb_configure_window(
         connection_.raw, id_,
         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
@@ -321,18 +335,40 @@ void X11Window::forward(xcb_window_t parent) const {
     x.xcb_send_event(connection_.raw, 0, parent, XCB_EVENT_MASK_NO_EVENT, bytes);
 }
 
+// All of the window; of one that is larger than any screen, only what is on the screen.
+Rectangle X11Window::paintedPart() const {
+    const auto width = static_cast<std::int32_t>(size_.width),
+               height = static_cast<std::int32_t>(size_.height);
+    if (std::uint64_t{size_.width} * size_.height <= kMostCanvasPixels) return {0, 0, width, height};
+    Rectangle place;
+    if (!connection_.onScreen(id_, place).ok()) return {};
+    const xcb_screen_t& screen = *connection_.screen;
+    return {std::max(0, -place.left), std::max(0, -place.top),
+            std::min(width, screen.width_in_pixels - place.left),
+            std::min(height, screen.height_in_pixels - place.top)};
+}
+
 void X11Window::paint(bool erase) {
-    if (!canvas_.resize(size_)) return;
+    const Rectangle part = paintedPart();
+    if (part.empty()) return;
+    const Size partSize{static_cast<std::uint32_t>(part.width()), static_cast<std::uint32_t>(part.height())};
+    if (!canvas_.resize(partSize)) return;
     const Size client = clientSize();
-    PixelArea area = canvas_.area();
-    area.width = client.width;
-    area.height = client.height;
+    PixelArea all = canvas_.area();
+    all.left = part.left;
+    all.top = part.top;
+    PixelArea area = all;
+    const auto within = [](std::uint32_t end, std::int32_t begin, std::uint32_t most) {
+        return static_cast<std::uint32_t>(std::clamp<std::int64_t>(std::int64_t{end} - begin, 0, most));
+    };
+    area.width = within(client.width, part.left, all.width);
+    area.height = within(client.height, part.top, all.height);
     PixelPaint paint(area);
     if (erase) events_.onErase(paint);
     events_.onPaint(paint, client);
-    PixelPaint whole(canvas_.area());
+    PixelPaint whole(all);
     drawBars(whole);
-    canvas_.show(id_, gc_);
+    canvas_.show(id_, gc_, static_cast<std::int16_t>(part.left), static_cast<std::int16_t>(part.top));
 }
 
 // Scroll bars: an arrow at each end, as long as the bar is thick, and between them the track with the thumb.

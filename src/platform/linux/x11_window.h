@@ -64,6 +64,7 @@ class X11Window {
 
     void applyStyle(std::uint32_t style);
     void setHints(const WindowRequest& request);
+    Rectangle paintedPart() const;
     void onConfigure(const xcb_configure_notify_event_t& event);
     void onButton(const xcb_button_press_event_t& event, bool pressed);
     void onPointer(const xcb_motion_notify_event_t& event);
