@@ -17,7 +17,8 @@ namespace tavra::test {
 
 class XServer {
   public:
-    XServer();
+    // With arguments for Xvfb beside the usual ones.
+    explicit XServer(const std::vector<const char*>& more = {});
     ~XServer();
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
@@ -37,6 +38,9 @@ class XServer {
     void closeByUser(xcb_window_t window);
     void resize(xcb_window_t window, std::uint32_t width, std::uint32_t height);
     void destroy(xcb_window_t window);
+    // As one that hangs; until it goes on.
+    void stop();
+    void goOn();
     // As if it had crashed.
     void kill();
 

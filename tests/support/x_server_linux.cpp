@@ -38,7 +38,11 @@ xcb_atom_t atomOf(xcb_connection_t* connection, const char* name) {
 
 }  // namespace
 
-XServer::XServer() {
+XServer::XServer(const std::vector<const char*>& more) {
+    std::vector<const char*> arguments{"Xvfb", "-displayfd", "3",         "-screen",
+                                       "0",    "800x600x24", "-nolisten", "tcp"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    arguments.push_back(nullptr);
     int told[2];
     if (pipe(told) != 0) return;
     process_ = fork();
@@ -47,7 +51,7 @@ XServer::XServer() {
         const int nothing = open("/dev/null", O_RDWR);
         dup2(nothing, 1);
         dup2(nothing, 2);
-        execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", "800x600x24", "-nolisten", "tcp", nullptr);
+        execvp("Xvfb", const_cast<char* const*>(arguments.data()));
         _exit(127);
     }
     close(told[1]);
@@ -65,6 +69,15 @@ XServer::XServer() {
 XServer::~XServer() {
     if (connection_ != nullptr) xcb_disconnect(connection_);
     kill();
+}
+
+void XServer::stop() {
+    ::kill(process_, SIGSTOP);
+    waitpid(process_, nullptr, WUNTRACED);
+}
+
+void XServer::goOn() {
+    ::kill(process_, SIGCONT);
 }
 
 void XServer::kill() {
