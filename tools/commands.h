@@ -10,6 +10,7 @@ void addList(CLI::App& app);
 void addInfo(CLI::App& app);
 void addSnap(CLI::App& app);
 void addStream(CLI::App& app);
+void addView(CLI::App& app);
 void addWatch(CLI::App& app);
 void addRecord(CLI::App& app);
 void addConvert(CLI::App& app);

@@ -19,6 +19,7 @@ int run(int argc, char** argv) {
     addInfo(app);
     addSnap(app);
     addStream(app);
+    addView(app);
     addWatch(app);
     addRecord(app);
     addConvert(app);

@@ -45,6 +45,10 @@ constexpr NamedCode kExposureModesTable[] = {
     {0, "free"}, {1, "timed"}, {2, "trigger-width"}, {3, "sub-trigger"}};
 constexpr NamedCode kMirrorsTable[] = {{1, "h"}, {2, "v"}, {16, "camera-h"}, {32, "camera-v"}};
 constexpr NamedCode kRotationsTable[] = {{0, "off"}, {1, "cw"}, {2, "ccw"}};
+constexpr NamedCode kDisplayModesTable[] = {
+    {0, "plain"},     {1, "surface16"},   {2, "overlay16"},          {3, "surface32"},
+    {4, "overlay32"}, {5, "textured"},    {6, "textured-blank"},     {7, "textured-wait"},
+    {8, "smooth"},    {9, "textured-fp"}, {10, "textured-blank-fp"}, {11, "textured-wait-fp"}};
 
 bool parse(std::string_view text, std::uint32_t& value) {
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
@@ -78,6 +82,7 @@ const std::span<const NamedCode> kColorArrays = kColorArraysTable;
 const std::span<const NamedCode> kExposureModes = kExposureModesTable;
 const std::span<const NamedCode> kMirrors = kMirrorsTable;
 const std::span<const NamedCode> kRotations = kRotationsTable;
+const std::span<const NamedCode> kDisplayModes = kDisplayModesTable;
 
 std::string nameOf(std::span<const NamedCode> table, std::uint32_t code) {
     for (const NamedCode& entry : table) {

@@ -21,6 +21,7 @@ extern const std::span<const NamedCode> kColorArrays;
 extern const std::span<const NamedCode> kExposureModes;
 extern const std::span<const NamedCode> kMirrors;  // bits
 extern const std::span<const NamedCode> kRotations;
+extern const std::span<const NamedCode> kDisplayModes;
 
 // The name of a code, or its number where the table has none.
 std::string nameOf(std::span<const NamedCode> table, std::uint32_t code);

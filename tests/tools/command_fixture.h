@@ -30,12 +30,18 @@ struct Picture {
 class CommandTest : public ::testing::Test {
   protected:
     // Runs `tavra <arguments>` in the test's folder.
-    Outcome run(const std::string& arguments) const {
+    Outcome run(const std::string& arguments) const { return outcomeOf(start(arguments)); }
+
+    // The same, not waiting for its end.
+    FILE* start(const std::string& arguments) const {
         const std::string line = "cd '" + folder.path().string() +
                                  "' && env -u TAVRA_VIRTUAL_CAMERAS TAVRA_USBD='" + TAVRA_USBD_LIBRARY +
                                  "' '" + TAVRA_COMMAND + "' " + arguments + " 2>&1";
+        return popen(line.c_str(), "r");
+    }
+
+    static Outcome outcomeOf(FILE* pipe) {
         Outcome outcome;
-        FILE* const pipe = popen(line.c_str(), "r");
         std::array<char, 4096> buffer;
         while (const std::size_t got = fread(buffer.data(), 1, buffer.size(), pipe)) {
             outcome.output.append(buffer.data(), got);

@@ -20,7 +20,7 @@ namespace tavra::platform {
     USE(xcb_get_property_value_length) USE(xcb_intern_atom) USE(xcb_intern_atom_reply) \
     USE(xcb_create_gc) USE(xcb_put_image) USE(xcb_get_maximum_request_length) \
     USE(xcb_translate_coordinates) USE(xcb_translate_coordinates_reply) USE(xcb_get_input_focus) \
-    USE(xcb_get_input_focus_reply) USE(xcb_get_geometry) USE(xcb_get_geometry_reply) \
+    USE(xcb_get_input_focus_reply) USE(xcb_set_input_focus) USE(xcb_get_geometry) USE(xcb_get_geometry_reply) \
     USE(xcb_send_event) USE(xcb_create_pixmap) USE(xcb_free_pixmap) USE(xcb_create_cursor) \
     USE(xcb_free_gc) USE(xcb_get_keyboard_mapping) USE(xcb_get_keyboard_mapping_reply) \
     USE(xcb_get_keyboard_mapping_keysyms) USE(xcb_get_extension_data)
