@@ -26,6 +26,7 @@ inline constexpr std::uint32_t kInsufficientBuffer = 122;  // converted text doe
 inline constexpr std::uint32_t kInvalidName = 123;         // a file's name that the system cannot express
 inline constexpr std::uint32_t kFileTooLarge = 223;
 inline constexpr std::uint32_t kTimeout = TAVRA_ERROR_TIMEOUT;
+inline constexpr std::uint32_t kNotOwner = 288;  // of a lock: another thread has it, or none
 inline constexpr std::uint32_t kOperationAborted = 995;
 inline constexpr std::uint32_t kIoIncomplete = 996;
 inline constexpr std::uint32_t kIoPending = 997;

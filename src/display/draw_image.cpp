@@ -1,35 +1,24 @@
 #include "display/draw_image.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
+#include "display/clip_to_area.h"
 
 namespace tavra {
-namespace {
 
-std::int32_t saturated(double value) {
-    constexpr double kLeast = std::numeric_limits<std::int32_t>::min();
-    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
-    if (std::isnan(value)) return 0;
-    return static_cast<std::int32_t>(std::clamp(value, kLeast, kMost));
-}
-
-// Cuts one axis of a destination, and of its source in the same proportion, to 0 up to `limit`. Nothing is
-// drawn of what comes out with an end before its beginning.
-void clipAxis(std::int32_t& sourceBegin, std::int32_t& sourceEnd, std::int32_t& begin, std::int32_t& end,
-              std::int32_t limit) {
-    const double scale = (double{1} * end - begin) / (double{1} * sourceEnd - sourceBegin);
-    if (begin < 0) {
-        sourceBegin = saturated(sourceBegin - std::trunc(begin / scale - 0.5));
-        begin = 0;
+class CDrawImage::Entry {
+  public:
+    explicit Entry(CDrawImage& object) : object_(object), entered_(object.enter()) {}
+    ~Entry() {
+        if (entered_) object_.leave();
     }
-    if (end > limit) {
-        sourceEnd = saturated(sourceEnd - std::trunc((double{1} * end - limit) / scale + 0.5));
-        end = limit;
-    }
-}
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
 
-}  // namespace
+    explicit operator bool() const { return entered_; }
+
+  private:
+    CDrawImage& object_;
+    const bool entered_;
+};
 
 std::uint32_t CDrawImage::GetDC(TavraDC* dc) {
     *dc = nullptr;
@@ -90,6 +79,8 @@ std::uint32_t CDrawImage::Create(TavraWindow window, std::uint32_t width, std::u
 
 std::uint32_t CDrawImage::Draw(const Rectangle* source, const Rectangle* destination,
                                const BackgroundRectangles& background, const DrawImageInfo& info) {
+    const Entry entry(*this);
+    if (!entry) return 0;
     Change change{};
     refreshClientRect(change);
     tellChange(change);
@@ -108,12 +99,16 @@ std::uint32_t CDrawImage::Draw(const Rectangle* source, const Rectangle* destina
 }
 
 std::uint32_t CDrawImage::CheckMove() {
+    const Entry entry(*this);
+    if (!entry) return 0;
     Change change{};
     if (const std::uint32_t failure = refreshClientRect(change); failure != 0) return failure;
     return tellChange(change);
 }
 
 std::uint32_t CDrawImage::CheckSize(std::uint32_t kind, std::uint32_t width, std::uint32_t height) {
+    const Entry entry(*this);
+    if (!entry) return 0;
     Change change{};
     if (const std::uint32_t failure = refreshClientRect(change); failure != 0) return failure;
     return change == Change::Size ? OnSize(kind, width, height) : 0;
@@ -147,10 +142,8 @@ std::uint32_t CDrawImage::tellChange(Change change) {
 
 void CDrawImage::clip(Rectangle& source, Rectangle& destination) const {
     if (source.empty()) return;
-    clipAxis(source.left, source.right, destination.left, destination.right,
-             static_cast<std::int32_t>(clientRect.width()));
-    clipAxis(source.top, source.bottom, destination.top, destination.bottom,
-             static_cast<std::int32_t>(clientRect.height()));
+    clipToArea(source, destination, static_cast<std::int32_t>(clientRect.width()),
+               static_cast<std::int32_t>(clientRect.height()));
 }
 
 }  // namespace tavra

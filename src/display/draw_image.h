@@ -1,7 +1,8 @@
 // The one way in which a preview image comes onto the screen. A preview window has one draw object, of the
 // kind that the display mode names, and all drawing goes through its Draw.
 //
-// Draw, CheckMove and CheckSize run on the window's thread. The members are that thread's, except alphaMask.
+// Draw, CheckMove and CheckSize run on the window's thread. The members are that thread's, except alphaMask;
+// a back-end whose other operations come from other threads guards them all by enter and leave.
 #pragma once
 
 #include <array>
@@ -51,6 +52,9 @@ class CDrawImage {
     virtual std::uint32_t DrawImage(const Rectangle& source, const Rectangle& destination,
                                     const BackgroundRectangles& background, const DrawImageInfo& info) = 0;
 
+    // The window has ended: who waits for the object, now or later, gets a failure.
+    virtual void endWaiting() {}
+
     // Ties the object to its window and to images of this size and format code (1, 8 or 32).
     std::uint32_t Create(TavraWindow window, std::uint32_t width, std::uint32_t height, std::uint32_t bits);
     // Draws the source, a part of the image, onto the destination in the client area, and the strips around
@@ -65,6 +69,10 @@ class CDrawImage {
 
   protected:
     enum class Change { None, Position, Size };
+
+    // Around what happens on the window's thread. False: not now; the window will be drawn once more.
+    virtual bool enter() { return true; }
+    virtual void leave() {}
 
     platform::IWindowSystem& system_;
     // Number of the image that the back-end holds; it takes over a frame once.
@@ -82,6 +90,8 @@ class CDrawImage {
     std::uint32_t imageBits = 0;
 
   private:
+    class Entry;
+
     std::uint32_t refreshClientRect(Change& change);
     std::uint32_t tellChange(Change change);
     void clip(Rectangle& source, Rectangle& destination) const;

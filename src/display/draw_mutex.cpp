@@ -1,0 +1,57 @@
+#include "display/draw_mutex.h"
+
+namespace tavra {
+
+bool DrawMutex::lock() {
+    std::unique_lock guard(mutex_);
+    changed_.wait(guard, [this] { return ended_ || depth_ == 0 || isHere(); });
+    if (ended_ && !isHere()) return false;
+    owner_ = std::this_thread::get_id();
+    ++depth_;
+    return true;
+}
+
+bool DrawMutex::lockUnlessLent() {
+    std::unique_lock guard(mutex_);
+    changed_.wait(guard, [this] { return ended_ || lent_ || depth_ == 0 || isHere(); });
+    if ((ended_ || lent_) && !isHere()) return false;
+    owner_ = std::this_thread::get_id();
+    ++depth_;
+    return true;
+}
+
+void DrawMutex::unlock() {
+    {
+        const std::lock_guard guard(mutex_);
+        --depth_;
+    }
+    changed_.notify_all();
+}
+
+void DrawMutex::lend() {
+    {
+        const std::lock_guard guard(mutex_);
+        lent_ = true;
+    }
+    changed_.notify_all();
+}
+
+bool DrawMutex::isLentHere() const {
+    const std::lock_guard guard(mutex_);
+    return lent_ && isHere();
+}
+
+void DrawMutex::endLending() {
+    const std::lock_guard guard(mutex_);
+    lent_ = false;
+}
+
+void DrawMutex::end() {
+    {
+        const std::lock_guard guard(mutex_);
+        ended_ = true;
+    }
+    changed_.notify_all();
+}
+
+}  // namespace tavra
