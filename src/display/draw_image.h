@@ -76,7 +76,7 @@ class CDrawImage {
 
     platform::IWindowSystem& system_;
     // Number of the image that the back-end holds; it takes over a frame once.
-    std::uint32_t lastFrameId = 0xFFFFFFFF;
+    std::atomic<std::uint32_t> lastFrameId{0xFFFFFFFF};
     TavraWindow windowHandle = nullptr;
     Rectangle clientRect;   // on the screen, at least one pixel wide and high
     Rectangle desktopRect;  // as of the creation

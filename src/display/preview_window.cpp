@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "display/draw_image_direct_x.h"
 #include "display/draw_image_factory.h"
 #include "platform/last_error.h"
 
@@ -17,6 +18,11 @@ constexpr std::uint32_t kClassHasWindows = 1412;
 
 std::uint32_t asMask(std::uint8_t alpha) {
     return std::uint32_t{alpha} << 24;
+}
+
+// The context was not released: by a thread that has it not, or it is another one.
+bool isStillOut(Status released) {
+    return released.code() == CDrawImageDirectX::kNotOwner || released.code() == error::kInvalidArgument;
 }
 
 }  // namespace
@@ -226,7 +232,7 @@ void PreviewWindow::setColorKey(std::uint32_t color) {
     colorKey = color;
     const DrawObject object = drawObject();
     if (object == nullptr) return;
-    object->SetColorKey(color);
+    camera_.notePreviewFailure(Status(object->SetColorKey(color)));
     invalidate();
 }
 
@@ -242,12 +248,17 @@ Status PreviewWindow::drawingSurface(DrawObject& object) const {
     return isPlainDisplayMode(displayMode) ? Status(error::kLegacyCamera) : Status();
 }
 
-// By design: a success whatever the draw object says; a null context tells that it has none.
+// By design: a success whatever the draw object says; a null context tells that it has none, and the last
+// error why.
 Status PreviewWindow::getDC(TavraDC& dc) {
     DrawObject object;
     TAVRA_RETURN_IF_ERROR(drawingSurface(object));
     dc = nullptr;
-    object->GetDC(&dc);
+    camera_.notePreviewFailure(Status(object->GetDC(&dc)));
+    if (dc != nullptr) {
+        const std::lock_guard lock(drawObjectMutex_);
+        lentObject_ = object;
+    }
     return Status();
 }
 
@@ -261,8 +272,18 @@ Status PreviewWindow::getDCWithReset(TavraDC& dc) {
 
 Status PreviewWindow::releaseDC(TavraDC dc) {
     DrawObject object;
-    TAVRA_RETURN_IF_ERROR(drawingSurface(object));
-    object->ReleaseDC(dc);
+    {
+        const std::lock_guard lock(drawObjectMutex_);
+        object = std::exchange(lentObject_, nullptr);
+    }
+    const bool lent = object != nullptr;
+    if (!lent) TAVRA_RETURN_IF_ERROR(drawingSurface(object));
+    const Status released(object->ReleaseDC(dc));
+    if (lent && isStillOut(released)) {
+        const std::lock_guard lock(drawObjectMutex_);
+        lentObject_ = object;
+    }
+    camera_.notePreviewFailure(released);
     invalidate();
     return Status();
 }
@@ -270,7 +291,7 @@ Status PreviewWindow::releaseDC(TavraDC dc) {
 Status PreviewWindow::resetOverlay() {
     DrawObject object;
     TAVRA_RETURN_IF_ERROR(drawingSurface(object));
-    object->ResetOverlay();
+    camera_.notePreviewFailure(Status(object->ResetOverlay()));
     return Status();
 }
 

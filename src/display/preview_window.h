@@ -140,6 +140,7 @@ class PreviewWindow final : public platform::IWindowEvents {
     mutable std::mutex drawObjectMutex_;
     DrawObject drawObject_;
     bool windowGone_ = true;  // under the same mutex
+    DrawObject lentObject_;   // likewise: what an application has a context of, which may outlive the window
 
     // Of the window's thread.
     std::atomic<std::uint32_t> scrollX{0};
