@@ -1,4 +1,6 @@
 // Automatic control and calibration, as a person sees them.
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
