@@ -15,20 +15,19 @@ void LiveLine::show(const std::string& text) {
         stream_ << text << std::endl;
         return;
     }
-    const std::size_t blank = shownLength_ > text.size() ? shownLength_ - text.size() : 0;
+    const std::size_t blank = shown_.size() > text.size() ? shown_.size() - text.size() : 0;
     stream_ << '\r' << text << std::string(blank, ' ') << std::flush;
-    shownLength_ = text.size();
+    shown_ = text;
 }
 
 void LiveLine::note(const std::string& text) {
-    if (terminal_ && shownLength_ > 0) stream_ << '\r' << std::string(shownLength_, ' ') << '\r';
-    shownLength_ = 0;
-    stream_ << text << std::endl;
+    if (!shown_.empty()) stream_ << '\r' << std::string(shown_.size(), ' ') << '\r';
+    stream_ << text << '\n' << shown_ << std::flush;
 }
 
 void LiveLine::finish() {
-    if (terminal_ && shownLength_ > 0) stream_ << std::endl;
-    shownLength_ = 0;
+    if (!shown_.empty()) stream_ << std::endl;
+    shown_.clear();
 }
 
 }  // namespace tavra::tool

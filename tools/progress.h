@@ -1,7 +1,6 @@
 // A line that is written over while something long goes on.
 #pragma once
 
-#include <cstddef>
 #include <iosfwd>
 #include <string>
 
@@ -26,7 +25,7 @@ class LiveLine {
   private:
     std::ostream& stream_;
     bool terminal_;
-    std::size_t shownLength_ = 0;
+    std::string shown_;  // on a terminal
 };
 
 }  // namespace tavra::tool

@@ -19,6 +19,8 @@ struct RunOptions {
 
     void addTo(CLI::App& command);
     bool endless() const { return seconds <= 0 && frames == 0; }
+    // How long to wait for a message at a time: short enough to meet the end, long enough not to matter.
+    std::uint32_t waitMs() const { return endless() ? 100 : 10; }
     // Whether a run that took so long and had so many frames is over.
     bool reached(double elapsedSeconds, std::uint64_t framesSoFar) const;
 };

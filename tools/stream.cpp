@@ -1,21 +1,16 @@
 // `tavra stream`: run the camera and tell what arrives.
 #include <cstdio>
-#include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "camera.h"
 #include "commands.h"
-#include "error_text.h"
-#include "progress.h"
 #include "run_options.h"
+#include "run_report.h"
 #include "settings_table.h"
 #include "stream_monitor.h"
 #include "stream_session.h"
 
 namespace tavra::tool {
 namespace {
-
-using Clock = StreamMonitor::Clock;
 
 // What came since the last line.
 struct Rates {
@@ -25,7 +20,7 @@ struct Rates {
 
 void onFrame(void*, uint32_t size, uint32_t, uint32_t, uint32_t number, uint16_t, uint32_t, void* context,
              uint32_t*) {
-    static_cast<StreamMonitor*>(context)->frame(number, size, Clock::now());
+    static_cast<StreamMonitor*>(context)->frame(number, size, StreamMonitor::Clock::now());
 }
 
 std::string lineText(double seconds, const StreamMonitor::Totals& totals, const Rates& rates) {
@@ -39,7 +34,8 @@ std::string lineText(double seconds, const StreamMonitor::Totals& totals, const 
 // One run of the stream, from start to stop, with its lines.
 class Run {
   public:
-    Run(const Camera& camera, const RunOptions& options) : camera_(camera), options_(options) {}
+    Run(const Camera& camera, const RunOptions& options)
+        : camera_(camera), options_(options), report_(options.json) {}
 
     ExitCode go() {
         std::uint32_t identifier = 0;
@@ -47,13 +43,13 @@ class Run {
                       "cannot receive messages");
         camera_.check(Tavra_AddRawCallback(camera_.handle(), onFrame, &monitor_, &identifier),
                       "cannot receive frames");
-        started_ = lastLine_ = Clock::now();
+        clock_.start();
         camera_.check(Tavra_StartTransfer(camera_.handle()), "cannot start the stream");
         while (!done()) {
-            const auto endCode = receiver_.wait(TAVRA_MESSAGE_TRANSFER_ENDED, waitMs());
+            const auto endCode = receiver_.wait(TAVRA_MESSAGE_TRANSFER_ENDED, options_.waitMs());
             ended_ = endCode.has_value();
             endCode_ = endCode.value_or(0);
-            if (ended_ || Clock::now() - lastLine_ >= std::chrono::seconds(1)) showLine();
+            if (ended_ || clock_.lineIsDue()) showLine();
             if (ended_) break;
         }
         Tavra_StopTransfer(camera_.handle());
@@ -61,89 +57,64 @@ class Run {
     }
 
   private:
-    static double secondsSince(Clock::time_point start) {
-        return std::chrono::duration<double>(Clock::now() - start).count();
-    }
-
     bool done() const {
-        return interrupted() || options_.reached(secondsSince(started_), monitor_.totals().frames);
+        return interrupted() || options_.reached(clock_.seconds(), monitor_.totals().frames);
     }
-
-    // Short enough to meet --seconds and --frames, long enough not to matter.
-    std::uint32_t waitMs() const { return options_.endless() ? 100 : 10; }
 
     void showLine() {
         const auto totals = monitor_.totals();
-        const double elapsed = secondsSince(lastLine_);
+        const double elapsed = clock_.nextLine();
         const Rates rates{static_cast<double>(totals.frames - lastTotals_.frames) / elapsed,
                           static_cast<double>(totals.bytes - lastTotals_.bytes) / elapsed / 1e6};
         lastTotals_ = totals;
-        lastLine_ = Clock::now();
-        showGaps();
-        if (options_.json) {
-            printJson({{"event", "progress"},
-                       {"seconds", secondsSince(started_)},
-                       {"frames", totals.frames},
-                       {"bytes", totals.bytes},
-                       {"lost", totals.lost},
-                       {"fps", rates.fps},
-                       {"megabytesPerSecond", rates.megabytes}});
+        report_.gaps(monitor_.takeGaps());
+        if (report_.isJson()) {
+            report_.object({{"event", "progress"},
+                            {"seconds", clock_.seconds()},
+                            {"frames", totals.frames},
+                            {"bytes", totals.bytes},
+                            {"lost", totals.lost},
+                            {"fps", rates.fps},
+                            {"megabytesPerSecond", rates.megabytes}});
         } else {
-            live_.show(lineText(secondsSince(started_), totals, rates));
-        }
-    }
-
-    void showGaps() {
-        for (const Gap& gap : monitor_.takeGaps()) {
-            if (options_.json) {
-                printJson({{"event", "gap"},
-                           {"first", gap.first},
-                           {"last", gap.last},
-                           {"frames", gap.frames()},
-                           {"reason", gap.reason()}});
-            } else {
-                live_.note(gap.text());
-            }
+            report_.show(lineText(clock_.seconds(), totals, rates));
         }
     }
 
     ExitCode summary() {
-        showGaps();
+        report_.gaps(monitor_.takeGaps());
         const auto totals = monitor_.totals();
-        const double elapsed = secondsSince(started_);
+        const double elapsed = clock_.seconds();
         const double fps = static_cast<double>(totals.frames) / elapsed;
         const double megabytes = static_cast<double>(totals.bytes) / elapsed / 1e6;
-        if (options_.json) {
-            printJson({{"event", "end"},
-                       {"seconds", elapsed},
-                       {"frames", totals.frames},
-                       {"bytes", totals.bytes},
-                       {"lost", totals.lost},
-                       {"fps", fps},
-                       {"megabytesPerSecond", megabytes},
-                       {"endCode", endCode_}});
+        if (report_.isJson()) {
+            report_.object({{"event", "end"},
+                            {"seconds", elapsed},
+                            {"frames", totals.frames},
+                            {"bytes", totals.bytes},
+                            {"lost", totals.lost},
+                            {"fps", fps},
+                            {"megabytesPerSecond", megabytes},
+                            {"endCode", endCode_}});
         } else {
-            live_.finish();
+            report_.finish();
             std::printf("%llu frames in %.1f s (%.2f fps, %.1f MB/s), %llu lost in %llu places.\n",
                         static_cast<unsigned long long>(totals.frames), elapsed, fps, megabytes,
                         static_cast<unsigned long long>(totals.lost),
                         static_cast<unsigned long long>(totals.gaps));
             std::fflush(stdout);
         }
-        if (ended_ && endCode_ != 0)
-            throw failure("the stream ended by itself (" + camera_.name() + ")", endCode_);
+        if (ended_ && endCode_ != 0) throw streamEndedByItself(camera_, endCode_);
         if (interrupted()) return ExitCode::Interrupted;
         return ExitCode::Success;
     }
-
-    static void printJson(const nlohmann::json& object) { std::cout << object.dump() << std::endl; }
 
     const Camera& camera_;
     const RunOptions& options_;
     StreamMonitor monitor_;
     Receiver receiver_;
-    LiveLine live_;
-    Clock::time_point started_, lastLine_;
+    RunReport report_;
+    RunClock clock_;
     StreamMonitor::Totals lastTotals_;
     std::uint32_t endCode_ = 0;
     bool ended_ = false;

@@ -26,6 +26,10 @@ bool interrupted() {
     return noted != 0;
 }
 
+Failure streamEndedByItself(const Camera& camera, std::uint32_t code) {
+    return failure("the stream ended by itself (" + camera.name() + ")", code);
+}
+
 Receiver::Receiver() : window_(TavraHost_CreateReceiver()) {
     if (window_ == nullptr) throw Failure("no memory or descriptors for the messages of the camera");
 }
@@ -54,7 +58,7 @@ StreamSession::~StreamSession() {
 
 bool StreamSession::runUntilInterrupted(std::uint32_t milliseconds) const {
     const auto endCode = receiver_.wait(TAVRA_MESSAGE_TRANSFER_ENDED, milliseconds);
-    if (endCode) throw failure("the stream ended by itself (" + camera_.name() + ")", *endCode);
+    if (endCode) throw streamEndedByItself(camera_, *endCode);
     return interrupted();
 }
 

@@ -15,6 +15,9 @@ void noteInterrupts();
 void endOnInterrupts();
 bool interrupted();
 
+// For a stream that ended with a code though nobody had stopped it.
+Failure streamEndedByItself(const Camera& camera, std::uint32_t code);
+
 // The messages of a camera.
 class Receiver {
   public:
