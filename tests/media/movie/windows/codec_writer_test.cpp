@@ -30,14 +30,16 @@ constexpr std::uint32_t kUserChooses = 0xFFFFFFFF;
 // ---- the codec: it turns every bit over and leaves the last byte out, so that sizes differ
 
 std::atomic<std::uint32_t> qualityOfLastFrame{0};
-std::atomic<bool> codecFails{false};
+// Frames that it still compresses; then it fails.
+constexpr int kNoLimit = 1 << 30;
+std::atomic<int> framesLeft{kNoLimit};
 
 DWORD compressedSize(const BITMAPINFOHEADER& header) {
     return header.biSizeImage - 1;
 }
 
 LRESULT compressFrame(const ICCOMPRESS& job) {
-    if (codecFails) return ICERR_INTERNAL;
+    if (framesLeft-- <= 0) return ICERR_INTERNAL;
     qualityOfLastFrame = job.dwQuality;
     const DWORD size = compressedSize(*job.lpbiInput);
     const auto* const from = static_cast<const std::uint8_t*>(job.lpInput);
@@ -160,7 +162,7 @@ struct CodecWriterTest : testing::Test {
     OpenWriter writer{noFiles};
 
     CodecWriterTest() {
-        codecFails = false;
+        framesLeft = kNoLimit;
         writer.filledFrames = &filled;
         writer.freeFrames = &free;
     }
@@ -299,13 +301,27 @@ TEST_F(CodecWriterTest, AFileThatCannotBeOpened) {
 TEST_F(CodecWriterTest, ACodecThatFailsEndsTheRecordingWithItsCode) {
     prepare(kTestCodec);
     ASSERT_TRUE(writer.addFile(name("a.avi")).ok());
-    codecFails = true;
+    framesLeft = 0;
     fill({0, 1});
     ASSERT_TRUE(writer.Start().ok());
     EXPECT_TRUE(writer.ended().wait(platform::kWaitForever)) << "by itself";
     writer.Stop();
     EXPECT_FALSE(writer.result().ok());
     EXPECT_EQ(filled.size(), 1u);
+}
+
+TEST_F(CodecWriterTest, ACodecThatFailsInTheMiddleLeavesTheFramesBeforeIt) {
+    prepare(kTestCodec);
+    ASSERT_TRUE(writer.addFile(name("a.avi")).ok());
+    framesLeft = 3;
+    fill({0, 1, 2, 3, 4});
+    ASSERT_TRUE(writer.Start().ok());
+    EXPECT_TRUE(writer.ended().wait(platform::kWaitForever));
+    writer.Stop();
+    EXPECT_FALSE(writer.result().ok());
+    const ReadMovie movie = readMovie(folder / "a.avi");
+    ASSERT_GE(movie.samples.size(), 3u);
+    for (std::uint32_t i = 0; i < 3; ++i) EXPECT_EQ(movie.samples[i], compressedPicture(i)) << i;
 }
 
 TEST_F(CodecWriterTest, StoresRowsFromTheBottomUpAndEndsAtTwoGibibytes) {
