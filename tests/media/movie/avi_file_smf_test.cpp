@@ -180,6 +180,35 @@ TEST_F(SmfWriter, BeginsEachFileOfTheQueueAnew) {
     EXPECT_EQ(files.openFiles(), 0u);
 }
 
+TEST_F(SmfWriter, EndsWithTheCodeOfAWriteThatFails) {
+    // The header, then two writes a frame.
+    for (std::size_t nth = 1; nth <= 5; ++nth) {
+        SCOPED_TRACE(nth);
+        MovieFilesDouble place;
+        place.failWrite(nth, 29);
+        Recorder failing(place);
+        ASSERT_EQ(failing->SetFileFormat(kSmf, 0), 0u);
+        ASSERT_EQ(failing->SetImageFormat(4, 2, 4, 1), 0u);
+        ASSERT_EQ(failing->AddFile(u"a.smf"), 0u);
+        ASSERT_EQ(failing->Start(), 0u);
+        failing.writeUntilEnded(pattern(8), 0);
+        EXPECT_EQ(failing->SetStatus(0), 29u);
+        EXPECT_EQ(place.openFiles(), 0u);
+        constexpr std::size_t kPieces[] = {0, 376, 24, 8, 24};
+        std::size_t written = 0;
+        for (std::size_t i = 0; i < nth; ++i) written += kPieces[i];
+        EXPECT_EQ(place.size(u"a.smf"), written) << "what was written by then stays";
+    }
+}
+
+TEST_F(SmfWriter, CannotBeginWhereNoFileCanBeMade) {
+    files.failCreate(1, 5);
+    ASSERT_EQ(recorder->SetFileFormat(kSmf, 0), 0u);
+    ASSERT_EQ(recorder->SetImageFormat(4, 2, 4, 1), 0u);
+    EXPECT_EQ(recorder->AddFile(u"a.smf"), 0xE0000009u);
+    EXPECT_EQ(recorder->AddFile(u"a.smf"), 0u);
+}
+
 TEST_F(SmfWriter, MeasuresTheVolumeBeforeTheFileIsMade) {
     // What is to be replaced counts as free.
     files.put(u"a.smf", Bytes(200));
