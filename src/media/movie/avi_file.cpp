@@ -113,7 +113,9 @@ bool CAVIFile::IsFileFull() const {
 }
 
 std::uint64_t CAVIFile::GetFileSizeEstimate(std::uint32_t frameBytes, std::uint32_t frames) const {
-    return (std::uint64_t{frameBytes} + 24) * frames + 4128;
+    constexpr std::uint64_t kBesides = 4128;
+    const std::uint64_t chunk = std::uint64_t{frameBytes} + 24;
+    return frames > (kBeyondAllSizes - kBesides) / chunk ? kBeyondAllSizes : chunk * frames + kBesides;
 }
 
 void CAVIFile::limitSizeByVolume(const std::u16string& fileName) {

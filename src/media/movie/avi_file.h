@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -63,6 +64,7 @@ class CAVIFile : public TavraTrg::CWorker {
   public:
     static constexpr std::uint64_t kSizeLimit = 0x80000000;
     static constexpr std::uint64_t kLargeSizeLimit = 0x10000000000;
+    static constexpr std::uint64_t kBeyondAllSizes = std::numeric_limits<std::uint64_t>::max();
     static constexpr std::uint32_t kHeaderBytes = 376;  // of an SMF file
 
     ~CAVIFile() override;
@@ -71,7 +73,7 @@ class CAVIFile : public TavraTrg::CWorker {
     Status Start() final;
     void ThreadMain() final;
 
-    // Bytes of a file with so many frames of so many bytes.
+    // Bytes of a file with so many frames of so many bytes; kBeyondAllSizes where 64 bits do not hold them.
     virtual std::uint64_t GetFileSizeEstimate(std::uint32_t frameBytes, std::uint32_t frames) const;
     virtual bool StoresBottomUp() const { return false; }
     virtual std::uint64_t GetMaxFileSize() const { return kSizeLimit; }

@@ -44,6 +44,9 @@ std::uint64_t CAVIFile20::GetFileSizeEstimate(std::uint32_t frameBytes, std::uin
     constexpr std::uint64_t kSegmentBytes = 0x40000000;
     if (frames == 0) return kHead;
     const std::uint64_t chunk = roundUp(std::uint64_t{frameBytes} + kChunkHeaderBytes);
+    // With a frame come its entries, and at most a segment of its own with head and index.
+    constexpr std::uint64_t kMostBesides = std::uint64_t{4} * kAviSector;
+    if (frames > (kBeyondAllSizes - 2 * kHead) / (chunk + kMostBesides)) return kBeyondAllSizes;
     const std::uint64_t perSegment = std::max<std::uint64_t>(kSegmentBytes / chunk, 1);
     const auto content = [chunk](std::uint64_t count) { return count * chunk + roundUp(count * 8 + 24); };
 

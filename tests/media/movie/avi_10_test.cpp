@@ -166,6 +166,12 @@ TEST_F(Avi10, EstimatesTheSizeOfAFile) {
     EXPECT_EQ(writer->GetFileSizeEstimate(1000, 10), 14368u);
     EXPECT_EQ(writer->GetFileSizeEstimate(0xFFFFFFFF, 1000), 4294967319000u + 4128);
     EXPECT_EQ(kAvi10Mjpeg.make(files)->GetFileSizeEstimate(1000, 0), 4128u);
+    // (2^32 - 1)^2 and 4128 are held by 64 bits, 2^32 (2^32 - 1) and 4128 as well, and a frame's byte more is
+    // not.
+    EXPECT_EQ(writer->GetFileSizeEstimate(0xFFFFFFFF - 24, 0xFFFFFFFF), 0xFFFFFFFE00000001u + 4128);
+    EXPECT_EQ(writer->GetFileSizeEstimate(0xFFFFFFFF - 23, 0xFFFFFFFF), 0xFFFFFFFF00000000u + 4128);
+    EXPECT_EQ(writer->GetFileSizeEstimate(0xFFFFFFFF - 22, 0xFFFFFFFF), 0xFFFFFFFFFFFFFFFFu);
+    EXPECT_EQ(writer->GetFileSizeEstimate(0xFFFFFFFF, 0xFFFFFFFF), 0xFFFFFFFFFFFFFFFFu);
     EXPECT_EQ(writer->GetMaxFileSize(), 0x80000000u);
 }
 

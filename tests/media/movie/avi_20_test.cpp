@@ -302,6 +302,7 @@ TEST_F(Avi20, EstimatesTheSizeOfAFile) {
     EXPECT_EQ(writer->GetFileSizeEstimate(0x7FFFFFF8, 0xFFFFFFFF),
               0x101000u + 2048 + (0x80000000 + 2048) * std::uint64_t{0xFFFFFFFF} +
                   2048 * std::uint64_t{0xFFFFFFFE});
+    EXPECT_EQ(writer->GetFileSizeEstimate(0xFFFFFFFF, 0xFFFFFFFF), 0xFFFFFFFFFFFFFFFFu) << "and not few";
 }
 
 TEST_F(Avi20, TheVolumeLimitsTheFile) {
