@@ -20,6 +20,8 @@ TavraWindow handleOf(xcb_window_t window) {
 
 class Life : public PreviewOnScreen {
   protected:
+    explicit Life(const std::vector<const char*>& serverArguments = {}) : PreviewOnScreen(serverArguments) {}
+
     // Whatever was told, in order, until this message.
     std::vector<std::uint32_t> messagesUntil(std::uint32_t last) {
         std::vector<std::uint32_t> told;
@@ -96,8 +98,8 @@ TEST_F(Life, UserMayCloseItAtAnyMomentOfItsCreation) {
     openMono(6, 4);
     // The user's eye and hand: closes each window as soon as there is one.
     std::atomic<bool> over{false};
+    xcb_connection_t* const own = xcb_connect(nullptr, nullptr);
     std::thread user([&] {
-        xcb_connection_t* const own = xcb_connect(nullptr, nullptr);
         while (!over) {
             xcb_query_tree_reply_t* const tree =
                 xcb_query_tree_reply(own, xcb_query_tree(own, server.root()), nullptr);
@@ -106,7 +108,6 @@ TEST_F(Life, UserMayCloseItAtAnyMomentOfItsCreation) {
             }
             std::free(tree);
         }
-        xcb_disconnect(own);
     });
     for (int i = 0; i < 100; ++i) {
         const bool made = createOnly();
@@ -123,6 +124,7 @@ TEST_F(Life, UserMayCloseItAtAnyMomentOfItsCreation) {
     }
     over = true;
     user.join();
+    xcb_disconnect(own);
 }
 
 TEST_F(Life, CallbacksMayDestroyAndMakeWindows) {
@@ -273,10 +275,15 @@ TEST_F(Life, WindowLargerThanAnyScreenShowsWhatIsOnIt) {
     stopAndExpectCode(0);
 }
 
-TEST_F(Life, TitleMayBeLongerThanAnyRequest) {
+class WithRequestsOfAMegabyte : public Life {
+  protected:
+    WithRequestsOfAMegabyte() : Life({"-maxbigreqsize", "1"}) {}
+};
+
+TEST_F(WithRequestsOfAMegabyte, TitleMayBeLonger) {
     openMono(6, 4);
     createWindow({10, 8});
-    const std::u16string title(20 << 20, u'\u00FC');
+    const std::u16string title(1 << 20, u'\u00FC');
     ASSERT_TRUE(Tavra_SetPreviewWindowNameW(handle, title.c_str()));
     std::u16string read(title.size() + 1, u'x');
     ASSERT_TRUE(Tavra_GetPreviewWindowNameW(handle, read.data(), static_cast<std::uint32_t>(read.size())));

@@ -48,7 +48,7 @@ CursorBits outline(const CursorBits& bits) {
 Status X11Connection::open() {
     TAVRA_RETURN_IF_ERROR(loadX11(x));
     int screenNumber = 0;
-    raw = x->xcb_connect(nullptr, &screenNumber);
+    raw = connectX11(*x, &screenNumber);
     if (!broken()) setup_ = x->xcb_get_setup(raw);
     if (setup_ == nullptr || !findScreen(screenNumber)) return Status(kNoDisplay);
     atoms = {atom("WM_PROTOCOLS"), atom("WM_DELETE_WINDOW"), atom("UTF8_STRING"),

@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <mutex>
+
 namespace tavra::platform {
 namespace {
 
@@ -48,6 +50,12 @@ Status loadX11(const X11Library*& library) {
     static const Loaded loaded;
     library = &loaded.functions;
     return loaded.status;
+}
+
+xcb_connection_t* connectX11(const X11Library& library, int* screen) {
+    static std::mutex& oneAtATime = *new std::mutex;  // never destroyed: threads may connect until the end
+    const std::lock_guard lock(oneAtATime);
+    return library.xcb_connect(nullptr, screen);
 }
 
 }  // namespace tavra::platform

@@ -43,4 +43,8 @@ struct X11Library {
 // Kept until the process ends. 126: they are not installed; 127: they lack an operation.
 Status loadX11(const X11Library*& library);
 
+// A connection to the server that the environment names, which may be broken from the beginning. One thread
+// at a time connects: the library below keeps the name of a file in one place for all.
+xcb_connection_t* connectX11(const X11Library& library, int* screen);
+
 }  // namespace tavra::platform

@@ -49,7 +49,7 @@ class X11Messenger::Wire {
   public:
     Wire() {
         if (!loadX11(x).ok()) return;
-        raw = x->xcb_connect(nullptr, nullptr);
+        raw = connectX11(*x, nullptr);
         if (broken()) return;
         const auto asked =
             x->xcb_intern_atom(raw, 0, static_cast<std::uint16_t>(kMessageType.size()), kMessageType.data());

@@ -34,9 +34,10 @@ std::uint16_t sideOf(std::uint32_t size) {
     return static_cast<std::uint16_t>(std::clamp<std::uint32_t>(size, 1, kMostPixels));
 }
 
+// As much of it as a title may have.
 std::string utf8(const std::u16string& wide) {
     std::string bytes;
-    for (std::size_t i = 0; i < wide.size(); ++i) {
+    for (std::size_t i = 0; i < wide.size() && bytes.size() < kMostTitleBytes; ++i) {
         std::uint32_t code = wide[i];
         const bool high = code >= 0xD800 && code < 0xDC00;
         if (high && i + 1 < wide.size() && (wide[i + 1] & 0xFC00) == 0xDC00) {
@@ -148,12 +149,7 @@ void X11Window::setHints(const WindowRequest& request) {
 
 void X11Window::setTitle(const std::u16string& title) {
     title_ = title;
-    std::string text = utf8(title);
-    if (text.size() > kMostTitleBytes) {
-        std::size_t end = kMostTitleBytes;
-        while ((text[end] & 0xC0) == 0x80) --end;  // not in the middle of a character
-        text.resize(end);
-    }
+    const std::string text = utf8(title);
     const auto length = static_cast<std::uint32_t>(text.size());
     const auto set = [&](xcb_atom_t property, xcb_atom_t type) {
         connection_.x->xcb_change_property(connection_.raw, XCB_PROP_MODE_REPLACE, id_, property, type, 8,
