@@ -99,7 +99,8 @@ class IWindowSystem {
     virtual Status unregisterClass(bool closable) = 0;
 
     virtual Status create(const WindowRequest& request, IWindowEvents& events, TavraWindow& window) = 0;
-    // Ends the window: onDestroy has returned when this does. On Windows on the window's thread only.
+    // Ends the window: onDestroy has returned when this does. On Windows it waits for the window's thread to
+    // take messages; one that does not for two seconds loses the window without its help.
     virtual Status destroy(TavraWindow window) = 0;
     virtual bool isWindow(TavraWindow window) = 0;
     virtual bool isActive(TavraWindow window) = 0;

@@ -17,6 +17,10 @@ constexpr const wchar_t* kPlainName = L"8BB6BA46-A351-4729-9DBC-4D051501270B";
 constexpr UINT kClassStyle = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
 constexpr DWORD kExtendedStyle = WS_EX_NOPARENTNOTIFY;
 constexpr int kStorage = 8;  // bytes of a window, for what gets its events
+// Asks a window's thread to end the window. Nobody else sends messages of this range to a class of the
+// library.
+constexpr UINT kEndMessage = WM_APP + 1;
+constexpr UINT kEndPatienceMs = 2000;
 constexpr UINT kFrameChange = SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED;
 
 HWND native(TavraWindow window) {
@@ -59,9 +63,13 @@ void scroll(HWND window, IWindowEvents& events, Axis axis, WPARAM parameter) {
     SCROLLINFO info{};
     info.cbSize = sizeof info;
     info.fMask = SIF_TRACKPOS;
-    // The message holds 16 bits of the thumb's position.
-    std::int32_t thumb = static_cast<std::int16_t>(HIWORD(parameter));
-    if (GetScrollInfo(window, axis == Axis::Horizontal ? SB_HORZ : SB_VERT, &info)) thumb = info.nTrackPos;
+    // The message holds 16 bits of the thumb's position. All of them are known while the user drags it, not
+    // when an application sends the message.
+    std::int32_t thumb = HIWORD(parameter);
+    if (GetScrollInfo(window, axis == Axis::Horizontal ? SB_HORZ : SB_VERT, &info) &&
+        LOWORD(info.nTrackPos) == HIWORD(parameter)) {
+        thumb = info.nTrackPos;
+    }
     events.onScroll(axis, static_cast<ScrollCode>(code), thumb);
 }
 
@@ -108,6 +116,7 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
         SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(events));
         return 0;
     }
+    if (message == kEndMessage) return DestroyWindow(window);
     IWindowEvents* const events = eventsOf(window);
     if (events == nullptr) return DefWindowProcW(window, message, first, second);
     if (message == WM_DESTROY) {
@@ -118,6 +127,27 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
     LRESULT result = 0;
     if (dispatch(window, *events, message, first, second, result)) return result;
     return DefWindowProcW(window, message, first, second);
+}
+
+// A window can be destroyed by its own thread only. One that takes no messages keeps its window, black and
+// with nobody behind it.
+Status endFromElsewhere(HWND window) {
+    DWORD_PTR ended = 0;
+    if (SendMessageTimeoutW(window, kEndMessage, 0, 0, SMTO_NORMAL, kEndPatienceMs, &ended) != 0) {
+        return ended != 0 ? Status() : Status(error::kInvalidWindowHandle);
+    }
+    IWindowEvents* const events = eventsOf(window);
+    if (events == nullptr) return Status(error::kInvalidWindowHandle);
+    SetWindowLongPtrW(window, 0, 0);
+    events->onDestroy();
+    InvalidateRect(window, nullptr, TRUE);
+    return Status();
+}
+
+bool isOfAnotherThread(HWND window) {
+    DWORD process = 0;
+    const DWORD thread = GetWindowThreadProcessId(window, &process);
+    return thread != 0 && process == GetCurrentProcessId() && thread != GetCurrentThreadId();
 }
 
 class UserWindows final : public IWindowSystem {
@@ -146,7 +176,10 @@ class UserWindows final : public IWindowSystem {
                                  static_cast<HMENU>(request.menu), GetModuleHandleW(nullptr), &events);
         return resultOf(window != nullptr);
     }
-    Status destroy(TavraWindow window) override { return resultOf(DestroyWindow(native(window))); }
+    Status destroy(TavraWindow window) override {
+        if (isOfAnotherThread(native(window))) return endFromElsewhere(native(window));
+        return resultOf(DestroyWindow(native(window)));
+    }
     bool isWindow(TavraWindow window) override { return IsWindow(native(window)) != 0; }
     bool isActive(TavraWindow window) override { return GetActiveWindow() == native(window); }
 
