@@ -7,7 +7,10 @@
  *  messages are posted to it; these functions do not exist there. On Linux a TavraWindow is either a
  *  receiver or an X11 window (its XID); an X11 window gets each message as a ClientMessage of type
  *  "TAVRA_MESSAGE", format 32, with data.l = { message, first parameter low, first parameter high, second
- *  parameter low, second parameter high }.
+ *  parameter low, second parameter high }. The event goes to the client that made the window, whatever that
+ *  has selected. A window is looked up on the display that DISPLAY names when it is given to the camera; one
+ *  that ended is no receiver any more. Posting does not wait for the application; a server that hangs loses
+ *  messages.
  *
  *  A receiver belongs to the application. Any thread may post to it and one or more threads may wait on it.
  *  Destroy it only when no camera has it as its receiver and no thread waits on it; a message posted to a

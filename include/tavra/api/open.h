@@ -142,7 +142,8 @@ TAVRA_API TavraBool Tavra_GetDevicePathA(TavraHandle handle, char* path, uint32_
  *
  *  \param handle camera
  *  \param window receiver; null: nobody. Not checked: a window that does not take the first message ends the
- *      stream that sends it
+ *      stream that sends it. An X11 window (Linux, see tavra_host.h) has to exist already; the
+ *      call waits for the X server
  *  \return 1, or 0 with the last error set
  *  \errors none of its own
  *  \threads any
