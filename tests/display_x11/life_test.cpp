@@ -54,6 +54,14 @@ class Life : public PreviewOnScreen {
         auto& self = *static_cast<Life*>(context);
         EXPECT_TRUE(number % 2 == 0 ? Tavra_DestroyPreviewWindow(self.handle) != 0 : self.createOnly());
     }
+    // The user closes the window, and it is gone before the callback returns.
+    static void closeAndWait(void*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t,
+                             void* context, std::uint32_t*) {
+        auto& self = *static_cast<Life*>(context);
+        if (!self.record().preview.alive()) return;
+        self.server.closeByUser(self.window);
+        while (self.record().preview.alive()) std::this_thread::yield();
+    }
     static std::size_t openDescriptors() {
         std::size_t count = 0;
         for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
@@ -137,6 +145,20 @@ TEST_F(Life, CallbacksMayDestroyAndMakeWindows) {
     EXPECT_EQ(raws.waitFor(40).size(), 40u);
     ASSERT_TRUE(Tavra_StopTransfer(handle));
     EXPECT_FALSE(record().preview.alive());
+}
+
+TEST_F(Life, UserMayCloseItInsideACallback) {
+    openMono(6, 4);
+    collectRaw();
+    createWindow({10, 8});
+    std::uint32_t identifier = 0;
+    ASSERT_TRUE(Tavra_AddPreviewBitmapCallback(handle, closeAndWait, this, &identifier));
+    start();
+    sendFrame(1, pattern(1));
+    sendFrame(2, pattern(2));
+    EXPECT_EQ(raws.waitFor(2).size(), 2u);
+    EXPECT_EQ(expectMessage(45060), 0u);
+    stopAndExpectCode(0);  // and no picture was told of, as nobody would see it
 }
 
 TEST_F(Life, WindowsComeAndGoWhileTheyAreDrawnFromAllSides) {
