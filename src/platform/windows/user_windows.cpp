@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "platform/last_error.h"
+#include "platform/module.h"
 #include "platform/window.h"
 #include "platform/windows/gdi_paint.h"
 
@@ -150,6 +151,16 @@ bool isOfAnotherThread(HWND window) {
     return thread != 0 && process == GetCurrentProcessId() && thread != GetCurrentThreadId();
 }
 
+// The library's own. A program that has the library's objects linked in has none, and takes the system's.
+HCURSOR loadZoomCursor(Cursor cursor) {
+    constexpr WORD kZoomIn = 110, kZoomOut = 111;
+    const bool in = cursor == Cursor::ZoomIn;
+    const auto library = static_cast<HMODULE>(moduleHandle());
+    const HCURSOR own =
+        library != nullptr ? LoadCursorW(library, MAKEINTRESOURCEW(in ? kZoomIn : kZoomOut)) : nullptr;
+    return own != nullptr ? own : LoadCursorW(nullptr, in ? IDC_CROSS : IDC_IBEAM);
+}
+
 class UserWindows final : public IWindowSystem {
   public:
     Status registerClass(bool closable) override {
@@ -262,9 +273,7 @@ class UserWindows final : public IWindowSystem {
     }
     void takeMouse(TavraWindow window) override { SetCapture(native(window)); }
     void releaseMouse(TavraWindow) override { ReleaseCapture(); }
-    void setCursor(TavraWindow, Cursor cursor) override {
-        SetCursor(LoadCursorW(nullptr, cursor == Cursor::ZoomIn ? IDC_CROSS : IDC_IBEAM));
-    }
+    void setCursor(TavraWindow, Cursor cursor) override { SetCursor(loadZoomCursor(cursor)); }
     bool altHeld() override { return GetKeyState(VK_MENU) < 0; }
     void forward(TavraWindow window, TavraWindow parent, const MouseMessage& mouse) override {
         POINT point{mouse.x, mouse.y};
