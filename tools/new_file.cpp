@@ -14,7 +14,9 @@ namespace fs = std::filesystem;
 fs::path makeNextFile(const std::string& name, const std::string& ending) {
     constexpr std::uint32_t kMostFiles = 1'000'000;
     for (std::uint32_t number = 1; number <= kMostFiles; ++number) {
-        fs::path file = name + "-" + std::to_string(number) + ending;
+        fs::path file = name;
+        file += "-" + std::to_string(number);
+        file += ending;
         if (std::FILE* const made = std::fopen(file.c_str(), "wbx")) {
             std::fclose(made);
             return file;
