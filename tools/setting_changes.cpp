@@ -50,6 +50,34 @@ void applyShutterRule(GroupValues& values) {
     }
 }
 
+void leaveAsItIs(GroupValues& values, std::size_t first, std::size_t end) {
+    for (std::size_t i = first; i < end; ++i) values.wanted[i] = values.present[i];
+}
+
+// Behind the mode: power, brightness, contrast; then the table. A mode has some of them from the file, and
+// the others follow from it.
+void applyCurveRule(GroupValues& values) {
+    constexpr std::size_t kShape = 1, kTable = 4;
+    const std::uint32_t mode = values.wanted[0];
+    if (mode != TAVRA_GAMMA_ON && mode != TAVRA_GAMMA_REVERSED) leaveAsItIs(values, kShape, kTable);
+    if (mode != TAVRA_GAMMA_TABLE) leaveAsItIs(values, kTable, values.wanted.size());
+}
+
+// What is switched off has its neutral values, whatever the file says.
+void applySwitchRule(GroupValues& values) {
+    if (values.wanted[0] == 0) leaveAsItIs(values, 1, values.wanted.size());
+}
+
+// A load does not set everything that is in a file.
+void keepWhatCounts(const Group& group, GroupValues& values) {
+    const Access* const access = &group.access;
+    if (access == &access::kShutter) applyShutterRule(values);
+    if (access == &access::kHue || access == &access::kColorMatrix) applySwitchRule(values);
+    for (const Access& curve : access::kGamma) {
+        if (access == &curve) applyCurveRule(values);
+    }
+}
+
 void addChanges(const WalkCamera& camera, const Group& group, const GroupValues& values,
                 std::vector<SettingChange>& changes) {
     const Key* last = nullptr;
@@ -82,7 +110,7 @@ std::vector<SettingChange> settingChanges(const Camera& camera, const std::strin
         GroupValues values;
         camera.check(readGroup(walker, group, text, values) ? 1 : 0,
                      std::string("cannot read the settings of ") + group.section);
-        if (&group.access == &access::kShutter) applyShutterRule(values);
+        keepWhatCounts(group, values);
         addChanges(walker, group, values, changes);
     }
     return changes;

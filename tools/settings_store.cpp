@@ -78,8 +78,16 @@ std::string defaultOf(const Camera& camera) {
     return buffer.data();
 }
 
+// The store takes capitals and small letters for the same.
+bool isSameName(const std::string& one, const std::string& other) {
+    const auto small = [](char unit) {
+        return unit >= 'A' && unit <= 'Z' ? static_cast<char>(unit + ('a' - 'A')) : unit;
+    };
+    return std::ranges::equal(one, other, {}, small, small);
+}
+
 bool isAmong(const std::vector<std::string>& names, const std::string& name) {
-    return std::ranges::find(names, name) != names.end();
+    return std::ranges::any_of(names, [&](const std::string& known) { return isSameName(known, name); });
 }
 
 void requireName(const Camera& camera, const std::string& name) {
@@ -158,7 +166,7 @@ void list() {
     nlohmann::json object{{"names", nlohmann::json::array()}, {"default", marked}};
     for (const std::string& name : namesOf(camera)) {
         object["names"].push_back(name);
-        if (!options().json) std::cout << name << (name == marked ? "  (default)" : "") << '\n';
+        if (!options().json) std::cout << name << (isSameName(name, marked) ? "  (default)" : "") << '\n';
     }
     if (options().json) {
         std::cout << object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';

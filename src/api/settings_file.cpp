@@ -3,7 +3,7 @@
 
 #include "api/output.h"
 #include "api/setting_camera.h"
-#include "platform/text.h"
+#include "api/settings_names.h"
 #include "tavra/tavra_api.h"
 
 using namespace tavra;
@@ -25,8 +25,9 @@ TavraBool withFile(TavraHandle handle, const TavraWChar* fileName, FileOperation
 TavraBool withNarrowName(TavraHandle handle, const char* fileName, FileOperation operation) {
     std::u16string wide;
     const TavraBool valid = api::call(handle, [&](TAVRA_COMMON_PARAM&) {
-        if (fileName == nullptr) return Status(error::kFileName);
-        wide = platform::toWide(fileName);
+        const auto converted = fileName != nullptr ? api::wideName(fileName) : std::nullopt;
+        if (!converted) return Status(error::kFileName);
+        wide = *converted;
         return Status();
     });
     return valid != 0 ? withFile(handle, wide.c_str(), operation) : 0;

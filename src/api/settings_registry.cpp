@@ -3,8 +3,8 @@
 
 #include "api/output.h"
 #include "api/setting_camera.h"
+#include "api/settings_names.h"
 #include "platform/last_error.h"
-#include "platform/text.h"
 #include "settings/reg_text.h"
 #include "settings/registry_setting.h"
 #include "tavra/tavra_api.h"
@@ -20,37 +20,44 @@ std::u16string nameOrNone(const TavraWChar* name) {
     return name != nullptr ? std::u16string(name) : std::u16string();
 }
 
-// A narrow text as the wide one that the W form takes; null stays null.
-class WideName {
+// A narrow name as the wide one that the W form takes; null stays null.
+class NarrowName {
   public:
-    WideName(const char* name, std::uint32_t tooLong) : given_(name != nullptr), tooLong_(tooLong) {
-        if (name != nullptr) wide_ = platform::toWide(name);
+    NarrowName(const char* name, std::uint32_t tooLong, std::uint32_t notWhole)
+        : name_(name), tooLong_(tooLong), notWhole_(notWhole) {}
+
+    Status convert() {
+        if (name_ == nullptr) return Status();
+        const auto converted = api::wideName(name_);
+        if (!converted) return Status(notWhole_);
+        if (converted->size() >= kNarrowNameLimit) return Status(tooLong_);
+        wide_ = *converted;
+        return Status();
     }
-    Status check() const { return wide_.size() < kNarrowNameLimit ? Status() : Status(tooLong_); }
-    const TavraWChar* get() const { return given_ ? wide_.c_str() : nullptr; }
+    const TavraWChar* get() const { return name_ != nullptr ? wide_.c_str() : nullptr; }
 
   private:
-    bool given_;
-    std::uint32_t tooLong_;
+    const char* name_;
+    std::uint32_t tooLong_, notWhole_;
     std::u16string wide_;
 };
 
-// Calls operation(wide...) with the names converted, if all of them fit.
+// Calls operation(wide...) with the names converted, if all of them can be.
 template <typename Operation, typename... Names>
-TavraBool withWide(TavraHandle handle, Operation operation, const Names&... names) {
+TavraBool withWide(TavraHandle handle, Operation operation, Names... names) {
     const TavraBool valid = api::call(handle, [&](TAVRA_COMMON_PARAM&) {
         Status status;
-        ((status = status.ok() ? names.check() : status), ...);
+        ((status = status.ok() ? names.convert() : status), ...);
         return status;
     });
     return valid != 0 ? operation(handle, names.get()...) : 0;
 }
 
-WideName settingName(const char* name) {
-    return {name, error::kInsufficientBuffer};
+NarrowName settingName(const char* name) {
+    return {name, error::kInsufficientBuffer, api::kNoTranslation};
 }
-WideName fileName(const char* name) {
-    return {name, error::kFileName};
+NarrowName fileName(const char* name) {
+    return {name, error::kFileName, error::kFileName};
 }
 
 // The name of the default with its zero. A name that does not fit is none that could be opened.
@@ -62,15 +69,17 @@ TavraBool giveDefault(TavraHandle handle, Unit* buffer, std::uint32_t size, Conv
         api::SettingCamera camera(record);
         std::u16string name;
         TAVRA_RETURN_IF_ERROR(getDefaultSetting(camera, name));
-        const std::basic_string<Unit> text = convert(name);
-        if ((text.size() + 1) * sizeof(Unit) > size) return Status();
-        std::ranges::copy(text, buffer);
-        buffer[text.size()] = 0;
+        const std::optional<std::basic_string<Unit>> text = convert(name);
+        if (!text) return Status(api::kNoTranslation);
+        if ((text->size() + 1) * sizeof(Unit) > size) return Status();
+        std::ranges::copy(*text, buffer);
+        buffer[text->size()] = 0;
         return Status();
     });
 }
 
-// Names with a backslash behind each, as far as there is room, and their number.
+// Names with a backslash behind each, as far as there is room, and the number of all settings. A name that
+// the code page does not have counts, and is left out.
 template <typename Unit, typename Convert>
 TavraBool giveList(TavraHandle handle, Unit* buffer, std::uint32_t size, std::uint32_t* count,
                    Convert convert) {
@@ -85,13 +94,14 @@ TavraBool giveList(TavraHandle handle, Unit* buffer, std::uint32_t size, std::ui
         TAVRA_RETURN_IF_ERROR(listSettings(camera, names));
         std::size_t room = size - size % sizeof(Unit);
         for (const std::u16string& name : names) {
-            const std::basic_string<Unit> text = convert(name);
-            const std::size_t needed = (text.size() + 1) * sizeof(Unit);
+            const std::optional<std::basic_string<Unit>> text = convert(name);
+            if (!text) continue;
+            const std::size_t needed = (text->size() + 1) * sizeof(Unit);
             if (room <= needed) {
                 room = 0;
                 continue;
             }
-            buffer = std::ranges::copy(text, buffer).out;
+            buffer = std::ranges::copy(*text, buffer).out;
             *buffer++ = '\\';
             *buffer = 0;
             room -= needed;
@@ -101,7 +111,7 @@ TavraBool giveList(TavraHandle handle, Unit* buffer, std::uint32_t size, std::ui
     });
 }
 
-std::u16string asItIs(const std::u16string& name) {
+std::optional<std::u16string> asItIs(const std::u16string& name) {
     return name;
 }
 
@@ -185,12 +195,12 @@ TavraBool Tavra_SetDefaultSettingRegA(TavraHandle handle, const char* name) {
 }
 
 TavraBool Tavra_GetDefaultSettingRegA(TavraHandle handle, char* buffer, std::uint32_t size) {
-    return giveDefault(handle, buffer, size, platform::toNarrow);
+    return giveDefault(handle, buffer, size, api::narrowName);
 }
 
 TavraBool Tavra_GetSettingListRegA(TavraHandle handle, char* buffer, std::uint32_t size,
                                    std::uint32_t* count) {
-    return giveList(handle, buffer, size, count, platform::toNarrow);
+    return giveList(handle, buffer, size, count, api::narrowName);
 }
 
 TavraBool Tavra_ExportSettingRegA(TavraHandle handle, const char* name, const char* file) {

@@ -8,6 +8,7 @@
 #include "base/status.h"
 
 #if defined(__linux__)
+#include <functional>
 #include <string>
 #endif
 
@@ -18,8 +19,13 @@ namespace tavra::platform {
 Status resetHighSpeedRootHubs();
 
 #if defined(__linux__)
-// The same on another folder than /sys/bus/usb/devices.
-Status resetHighSpeedRootHubs(const std::string& devicesFolder);
+// Writes one digit to an attribute's file.
+using WriteAttribute = std::function<Status(const std::string& name, char digit)>;
+Status writeAttribute(const std::string& name, char digit);
+
+// The same on another folder than /sys/bus/usb/devices. A hub that was switched off and does not come on
+// again is told so some times more before it is given up.
+Status resetHighSpeedRootHubs(const std::string& devicesFolder, const WriteAttribute& write = writeAttribute);
 #endif
 
 }  // namespace tavra::platform

@@ -7,6 +7,7 @@ namespace {
 
 constexpr std::uint32_t kPositionLimit = 1u << 30;
 constexpr std::uint32_t kSigned16Limit = 32768;
+constexpr std::uint32_t kWordMask = 0xFFFF;
 
 std::u16string decimal(std::uint32_t number, bool negative) {
     std::u16string text;
@@ -76,7 +77,7 @@ std::uint32_t signed16(std::u16string_view text, std::uint32_t present) {
     bool negative = false;
     if (!magnitude(text, kSigned16Limit, value, negative)) return present;
     if (value == kSigned16Limit && !negative) return present;
-    return (negative ? 0 - value : value) & 0xFFFF;
+    return (negative ? 0 - value : value) & kWordMask;
 }
 
 }  // namespace
@@ -85,7 +86,9 @@ std::u16string textOf(Form form, std::uint32_t value) {
     switch (form) {
         case Form::Unsigned:
         case Form::UnsignedByte:
-        case Form::ProfileNumber: return decimal(value, false);
+        case Form::UnsignedWord:
+        case Form::ProfileNumber:
+        case Form::ProfileWord: return decimal(value, false);
         case Form::Signed16: return signedText(static_cast<std::int16_t>(value));
         default: return signedText(static_cast<std::int32_t>(value));
     }
@@ -97,7 +100,10 @@ std::uint32_t valueOf(Form form, std::u16string_view text, std::uint32_t present
         case Form::UnsignedByte: return byteDigits(text, present);
         case Form::Position: return position(text, present);
         case Form::Signed16: return signed16(text, present);
+        case Form::Word:
+        case Form::UnsignedWord: return digits(text, present) & kWordMask;
         case Form::ProfileNumber: return platform::profileNumber(text);
+        case Form::ProfileWord: return platform::profileNumber(text) & kWordMask;
         default: return digits(text, present);
     }
 }

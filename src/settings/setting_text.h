@@ -12,10 +12,13 @@ enum class Form : std::uint8_t {
     Byte,           // written signed, which a byte never shows; digits, counted in 8 bits
     UnsignedByte,   // the same, written unsigned
     Number,         // written as 32 bits signed; digits only
+    Word,           // the same, of which the low 16 bits count
     Unsigned,       // written as 32 bits unsigned; digits only
+    UnsignedWord,   // the same, of which the low 16 bits count
     Position,       // 32 bits signed; digits and minus signs, less than 2^30
     Signed16,       // 16 bits signed, kept as the low 16 bits; digits and minus signs
     ProfileNumber,  // written unsigned; read as platform::profileNumber does
+    ProfileWord,    // the same, of which the low 16 bits count
 };
 
 std::u16string textOf(Form form, std::uint32_t value);

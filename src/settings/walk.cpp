@@ -61,7 +61,6 @@ WalkCamera::WalkCamera(ISettingCamera& camera)
     : camera_(camera),
       suffix_(suffixOf(camera)),
       regions_(access::regionCount(camera)),
-      hdrSettings_(access::hdrParameterCount(camera)),
       skipping_(access::hasSkippingAndBinning(camera)),
       sum_(access::hasBinningSum(camera)) {
     std::uint16_t array = 0;
@@ -105,7 +104,9 @@ std::uint32_t WalkCamera::times(Times times) const {
         case Times::Regions: return regions_;
         case Times::IfSkipping: return skipping_ ? 1 : 0;
         case Times::IfSum: return sum_ ? 1 : 0;
-        case Times::HdrSettings: return hdrSettings_;
+        case Times::HdrSettings:
+            if (!hdrSettings_) hdrSettings_ = access::hdrParameterCount(camera_);
+            return *hdrSettings_;
     }
     return 0;
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -103,7 +104,8 @@ class WalkCamera {
     std::u16string suffix_;
     bool color_ = false;
     // Asked for once: what a camera tells the next time must not outgrow the room for its values.
-    std::uint32_t regions_, hdrSettings_;
+    std::uint32_t regions_;
+    mutable std::optional<std::uint32_t> hdrSettings_;
     bool skipping_, sum_;
 };
 

@@ -265,11 +265,13 @@ bool setGamma(ISettingCamera& camera, GivenValues values) {
 
 // --- HDR ---
 
-// Without values the number of parameters is asked for once more: that it could not be read is a failure.
+// Without values the number of parameters is asked for once more: that it could not be read, now or the first
+// time, is a failure, and not a camera without parameters.
 bool getHdr(ISettingCamera& camera, Values values) {
     auto size = static_cast<std::uint32_t>(values.size_bytes());
     std::uint32_t* const parameters = values.empty() ? nullptr : values.data();
-    return Tavra_GetHDRParameter(camera.handle(), parameters, &size) != 0;
+    if (Tavra_GetHDRParameter(camera.handle(), parameters, &size) == 0) return false;
+    return parameters != nullptr || size < sizeof(std::uint32_t);
 }
 
 bool setHdr(ISettingCamera& camera, GivenValues values) {

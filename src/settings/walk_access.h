@@ -39,6 +39,7 @@ extern const Access kRotation;
 extern const Access kWhiteBalanceBand;
 extern const Access kAwbWeight;
 extern const Access kColorMatrix;
+inline constexpr Access kHue = direct<Tavra_GetHueSaturationMode, Tavra_SetHueSaturationMode>();
 extern const Access kGamma[5];  // by curve
 extern const Access kHdr;
 

@@ -24,7 +24,8 @@ constexpr Key kClockKeys[] = {
 
 // --- sizes ---
 
-constexpr Key kScanKeys[] = {{"ScanMode", Unsigned, Plain, "scan mode", "a code of the camera", "scan-mode"}};
+constexpr Key kScanKeys[] = {
+    {"ScanMode", UnsignedWord, Plain, "scan mode", "a code of the camera", "scan-mode"}};
 constexpr Key kRegionKeys[] = {{"RegionMode", Unsigned, Region, "the region is sent", "0 or 1", "size"},
                                {"OffsetX", Unsigned, Region, "left edge of the region", kPixels, "size"},
                                {"OffsetY", Unsigned, Region, "upper edge of the region", kPixels, "size"},
@@ -36,7 +37,7 @@ constexpr Key kFactorKeys[] = {
     {"HBinning", UnsignedByte, Plain, "horizontal binning", "a code of the camera, 0 to 15"},
     {"VBinning", UnsignedByte, Plain, "vertical binning", "a code of the camera, 0 to 15"}};
 constexpr Key kSumKeys[] = {
-    {"BinningSumMode", Unsigned, Plain, "how binned pixels are summed", "a code of the camera"}};
+    {"BinningSumMode", UnsignedWord, Plain, "how binned pixels are summed", "a code of the camera"}};
 constexpr Key kWindowKeys[] = {
     {"Width", Number, Plain, "width of the preview window's client area", kPixels},
     {"Height", Number, Plain, "height of the preview window's client area", kPixels},
@@ -71,31 +72,31 @@ constexpr Key kBrightnessKeys[] = {
      "alc.tolerance"},
     {"BrightnessThreshold", Byte, Plain, "how far from the target it wakes up", "levels, 0 to 255",
      "alc.threshold"}};
-constexpr Key kDigitalGainKeys[] = {{"CurrentDigitalGain", Number, Plain, "digital gain",
+constexpr Key kDigitalGainKeys[] = {{"CurrentDigitalGain", Word, Plain, "digital gain",
                                      "the camera's unit, 0 to its maximum", "digital-gain"}};
 constexpr Key kGainKeys[] = {
-    {"CurrentGain", Number, Plain, "analogue gain", "the camera's unit, 0 to its maximum", "gain"}};
+    {"CurrentGain", Word, Plain, "analogue gain", "the camera's unit, 0 to its maximum", "gain"}};
 constexpr Key kShutterKeys[] = {
-    {"CurrentShutterLine", Number, Plain, "exposure; read only without ExposureClock",
+    {"CurrentShutterLine", Word, Plain, "exposure; read only without ExposureClock",
      "lines; 0 and 0 clocks: free-running", "exposure"},
-    {"CurrentShutterClock", Number, Plain, "exposure; read only without ExposureClock", "clocks of a line",
+    {"CurrentShutterClock", Word, Plain, "exposure; read only without ExposureClock", "clocks of a line",
      "exposure"},
     {"ExposureClock", Unsigned, Plain, "exposure as one number", "clocks; 4294967295 counts as a missing key",
      "exposure"}};
 constexpr Key kShutterRangeKeys[] = {
-    {"ALCMaxShutterLine", Number, Plain, "longest exposure of automatic exposure", "lines", "alc.exposure"},
-    {"ALCMaxShutterClock", Number, Plain, "longest exposure of automatic exposure", "clocks of a line",
+    {"ALCMaxShutterLine", Word, Plain, "longest exposure of automatic exposure", "lines", "alc.exposure"},
+    {"ALCMaxShutterClock", Word, Plain, "longest exposure of automatic exposure", "clocks of a line",
      "alc.exposure"},
-    {"ALCMinShutterLine", Number, Plain, "shortest exposure of automatic exposure", "lines", "alc.exposure"},
-    {"ALCMinShutterClock", Number, Plain, "shortest exposure of automatic exposure", "clocks of a line",
+    {"ALCMinShutterLine", Word, Plain, "shortest exposure of automatic exposure", "lines", "alc.exposure"},
+    {"ALCMinShutterClock", Word, Plain, "shortest exposure of automatic exposure", "clocks of a line",
      "alc.exposure"}};
 constexpr Key kGainRangeKeys[] = {
-    {"AGCMinGain", Number, Plain, "lowest gain of automatic exposure", "the camera's unit", "alc.gain"},
-    {"AGCMaxGain", Number, Plain, "highest gain of automatic exposure", "the camera's unit", "alc.gain"}};
+    {"AGCMinGain", Word, Plain, "lowest gain of automatic exposure", "the camera's unit", "alc.gain"},
+    {"AGCMaxGain", Word, Plain, "highest gain of automatic exposure", "the camera's unit", "alc.gain"}};
 // The names are those that files have.
-constexpr Key kAreaKeys[] = {{"SepalateX", Number, Underscore, "inner vertical line of the grid of cells",
+constexpr Key kAreaKeys[] = {{"SepalateX", Word, Underscore, "inner vertical line of the grid of cells",
                               "ten-thousandths of the width, 0 to 10000", "control-area"},
-                             {"SepalateY", Number, Underscore, "inner horizontal line of the grid of cells",
+                             {"SepalateY", Word, Underscore, "inner horizontal line of the grid of cells",
                               "ten-thousandths of the height, 0 to 10000", "control-area"}};
 constexpr Key kAlcWeightKeys[] = {{"ALCWeight", Byte, Underscore,
                                    "weight of a cell in automatic exposure, row by row", kByteRange,
@@ -138,11 +139,11 @@ constexpr Key kFormatKeys[] = {
     {"PreviewPixelFormat", Unsigned, Plain, "preview image", "1: mono8; 4: bgr24; 8: bgr32", "pixel-format"}};
 constexpr Key kSharpnessKeys[] = {
     {"SharpnessMode", Byte, Plain, "sharpening", "0: off; 1: on", "sharpness"},
-    {"SharpnessGain", Number, Plain, "strength of sharpening", "0 to 65535", "sharpness"},
+    {"SharpnessGain", Word, Plain, "strength of sharpening", "0 to 65535", "sharpness"},
     {"SharpnessCoring", Byte, Plain, "differences left as they are", "levels, 0 to 255", "sharpness.coring"}};
 constexpr Key kGammaKeys[] = {
     {"GammaMode", UnsignedByte, Plain, "tone curve", "0: off; 1: power; 2: reversed; 255: table", "gamma.*"},
-    {"Gamma", Unsigned, Plain, "power of the curve", "hundredths, 1 to 65535", "gamma.*"},
+    {"Gamma", UnsignedWord, Plain, "power of the curve", "hundredths, 1 to 65535", "gamma.*"},
     {"Brightness", Signed16, Plain, "added to the curve", "-32768 to 32767", "gamma.*"},
     {"Contrast", UnsignedByte, Plain, "contrast of the curve", kByteRange, "gamma.*"}};
 constexpr Key kTableKeys[] = {{"GammaTable", UnsignedByte, Underscore,
@@ -164,17 +165,16 @@ constexpr Block kGammaBlocks[] = {{kGammaKeys}, {kTableKeys, Times::TableSize}};
 constexpr Key kWhiteBalanceKeys[] = {
     {"WhiteBalanceMode", Byte, Plain, "white balance", "0: off; 1: gains; 2: one push; 3: automatic", "wb"}};
 constexpr Key kTargetKeys[] = {
-    {"AWBTargetR", Number, Plain, "red that automatic white balance holds", "percent of green", "wb.target"},
-    {"AWBTargetB", Number, Plain, "blue that automatic white balance holds", "percent of green",
-     "wb.target"}};
+    {"AWBTargetR", Word, Plain, "red that automatic white balance holds", "percent of green", "wb.target"},
+    {"AWBTargetB", Word, Plain, "blue that automatic white balance holds", "percent of green", "wb.target"}};
 constexpr Key kWhiteGainKeys[] = {
-    {"WBGainR", Number, Plain, "gain of red", kGain128, "wb.gains"},
-    {"WBGainGr", Number, Plain, "gain of green in the rows of red", kGain128, "wb.gains"},
-    {"WBGainGb", Number, Plain, "gain of green in the rows of blue", kGain128, "wb.gains"},
-    {"WBGainB", Number, Plain, "gain of blue", kGain128, "wb.gains"}};
+    {"WBGainR", Word, Plain, "gain of red", kGain128, "wb.gains"},
+    {"WBGainGr", Word, Plain, "gain of green in the rows of red", kGain128, "wb.gains"},
+    {"WBGainGb", Word, Plain, "gain of green in the rows of blue", kGain128, "wb.gains"},
+    {"WBGainB", Word, Plain, "gain of blue", kGain128, "wb.gains"}};
 constexpr Key kBandKeys[] = {
-    {"AWBThreshold", Number, Plain, "how far off white balance moves", "tenths of a level", "wb.threshold"},
-    {"AWBTolerance", Number, Plain, "kept for applications", "no effect"}};
+    {"AWBThreshold", Word, Plain, "how far off white balance moves", "tenths of a level", "wb.threshold"},
+    {"AWBTolerance", Word, Plain, "kept for applications", "no effect"}};
 constexpr Key kAwbWeightKeys[] = {{"AWBWeight", Byte, Behind,
                                    "weight of a cell in automatic white balance, row by row", kByteRange,
                                    "wb.weights"}};
@@ -183,17 +183,17 @@ constexpr Key kInterpolationKeys[] = {
 constexpr Key kHueKeys[] = {
     {"HueSaturationMode", Byte, Plain, "hue and saturation", "0: off; 1: on", "hue"},
     {"Hue", Signed16, Plain, "hue", "tenths of a degree, may be negative", "hue"},
-    {"Saturation", Number, Plain, "saturation", "hundredths, 100: unchanged", "saturation"}};
+    {"Saturation", Word, Plain, "saturation", "hundredths, 100: unchanged", "saturation"}};
 constexpr Key kMatrixModeKeys[] = {
     {"ColorMatrixMode", Byte, Plain, "colour matrix", "0: off; 255: on", "matrix"}};
 constexpr Key kMatrixKeys[] = {{"ColorMatrix", Signed16, Underscore,
                                 "three rows of red, green, blue and offset", "hundredths", "matrix"}};
 constexpr Key kHighChromaKeys[] = {
-    {"StartLevel", Number, Plain, "level above which colour fades", "levels, 0 to 255", "chroma.high"},
-    {"Suppression", Number, Plain, "how much colour fades above it", "0 to 255", "chroma.high"}};
+    {"StartLevel", Word, Plain, "level above which colour fades", "levels, 0 to 255", "chroma.high"},
+    {"Suppression", Word, Plain, "how much colour fades above it", "0 to 255", "chroma.high"}};
 constexpr Key kLowChromaKeys[] = {
-    {"LowStartLevel", Number, Plain, "level below which colour fades", "levels, 0 to 255", "chroma.low"},
-    {"LowSuppression", Number, Plain, "how much colour fades below it", "0 to 255", "chroma.low"}};
+    {"LowStartLevel", Word, Plain, "level below which colour fades", "levels, 0 to 255", "chroma.low"},
+    {"LowSuppression", Word, Plain, "how much colour fades below it", "0 to 255", "chroma.low"}};
 
 constexpr Block kWhiteBalanceBlocks[] = {{kWhiteBalanceKeys}};
 constexpr Block kTargetBlocks[] = {{kTargetKeys}};
@@ -209,14 +209,14 @@ constexpr Block kLowChromaBlocks[] = {{kLowChromaKeys}};
 // --- what some cameras have ---
 
 constexpr Key kCameraGammaKeys[] = {
-    {"Raw", ProfileNumber, Plain, "gamma of the camera itself", "a code of the camera", "gamma.camera"}};
+    {"Raw", ProfileWord, Plain, "gamma of the camera itself", "a code of the camera", "gamma.camera"}};
 constexpr Key kVBlankKeys[] = {
     {"VBlankForFPS", ProfileNumber, Plain, "lines added between frames", "lines", "vblank"}};
-constexpr Key kDefectKeys[] = {{"DefectPixelCorrectionMode", ProfileNumber, Plain, "defect pixel correction",
-                                "0: off; 1: on", "defects"}};
-constexpr Key kClampKeys[] = {{"DigitalClamp", ProfileNumber, Plain, "level that black is held at",
+constexpr Key kDefectKeys[] = {
+    {"DefectPixelCorrectionMode", ProfileWord, Plain, "defect pixel correction", "0: off; 1: on", "defects"}};
+constexpr Key kClampKeys[] = {{"DigitalClamp", ProfileWord, Plain, "level that black is held at",
                                "the camera's unit, 0 to its maximum"}};
-constexpr Key kBlackKeys[] = {{"AnalogBlackLevel", ProfileNumber, Plain, "black level ahead of the converter",
+constexpr Key kBlackKeys[] = {{"AnalogBlackLevel", ProfileWord, Plain, "black level ahead of the converter",
                                "the camera's unit, 0 to its maximum"}};
 constexpr Key kAdjustmentKeys[] = {
     {"AdjustmentMode", ProfileNumber, Plain, "sensor adjustment", "a code of the camera"}};
@@ -248,7 +248,6 @@ constexpr Access kTarget = direct<Tavra_GetWhiteBalanceTarget, Tavra_SetWhiteBal
 constexpr Access kWhiteGain = direct<Tavra_GetWhiteBalanceGain, Tavra_SetWhiteBalanceGain>();
 constexpr Access kInterpolation =
     direct<Tavra_GetColorInterpolationMethod, Tavra_SetColorInterpolationMethod>();
-constexpr Access kHue = direct<Tavra_GetHueSaturationMode, Tavra_SetHueSaturationMode>();
 constexpr Access kHighChroma = direct<Tavra_GetHighChromaSuppression, Tavra_SetHighChromaSuppression>();
 constexpr Access kLowChroma = direct<Tavra_GetLowChromaSuppression, Tavra_SetLowChromaSuppression>();
 constexpr Access kCameraGamma = direct<Tavra_GetCameraGammaValue, Tavra_SetCameraGammaValue>();
@@ -302,7 +301,7 @@ constexpr Group kWalk[] = {
     {"WhiteBalance", kBandBlocks, OwnWhiteBalance, access::kWhiteBalanceBand},
     {"WhiteBalance", kAwbWeightBlocks, OwnWhiteBalance, access::kAwbWeight},
     {"Other", kInterpolationBlocks, Color, kInterpolation},
-    {"HueSaturation", kHueBlocks, Color, kHue},
+    {"HueSaturation", kHueBlocks, Color, access::kHue},
     {"ColorMatrix", kMatrixBlocks, Color, access::kColorMatrix},
     {"ChromaSuppression", kHighChromaBlocks, Color, kHighChroma},
     {"ChromaSuppression", kLowChromaBlocks, Color, kLowChroma},

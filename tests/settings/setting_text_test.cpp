@@ -83,6 +83,21 @@ TEST(SettingText, Signed16EndsAt32768) {
     EXPECT_EQ(valueOf(Form::Signed16, u"1a", kPresent), kPresent);
 }
 
+// The number is watched in 32 bits, and its low half is what the camera is given.
+TEST(SettingText, AWordIsTheLowHalfOfANumber) {
+    for (const Form form : {Form::Word, Form::UnsignedWord}) {
+        EXPECT_EQ(valueOf(form, u"65535", 7), 65535u);
+        EXPECT_EQ(valueOf(form, u"65545", 7), 9u);
+        EXPECT_EQ(valueOf(form, u"2147483647", 7), 0xFFFFu);
+        EXPECT_EQ(valueOf(form, u"2147483648", 7), 7u);
+        EXPECT_EQ(valueOf(form, u"9x", 7), 7u);
+        EXPECT_EQ(textOf(form, 65535), u"65535");
+    }
+    EXPECT_EQ(valueOf(Form::ProfileWord, u"65545x", 7), 9u);
+    EXPECT_EQ(valueOf(Form::ProfileWord, u"-1", 7), 0xFFFFu);
+    EXPECT_EQ(textOf(Form::ProfileWord, 65535), u"65535");
+}
+
 TEST(SettingText, TheTailIsReadLikeAProfileNumber) {
     EXPECT_EQ(valueOf(Form::ProfileNumber, u"12abc", kPresent), 12u);
     EXPECT_EQ(valueOf(Form::ProfileNumber, u"-1", kPresent), 0xFFFFFFFFu);

@@ -343,6 +343,21 @@ TEST_F(SettingFile, HdrParametersThatCannotBeCountedAreAFailure) {
     EXPECT_TRUE(folder.isEmpty());
 }
 
+// One reading that goes wrong on the way must not make a file without the parameters, and call that a
+// success.
+TEST_F(SettingFile, ACountOfHdrParametersThatFailsOnceIsAFailureToo) {
+    open(hdrCamera());
+    const auto countRegister = readPage(27, 0);
+    UsbDouble::Fault fault;
+    fault.request = countRegister.request;
+    fault.value = countRegister.value;
+    usb.addFault(fault);
+    expectFailure(Tavra_SaveSettingFileW(handle, name().c_str()), 0xE0000005);
+    EXPECT_TRUE(folder.isEmpty());
+    save();
+    EXPECT_EQ(valueOf(u"HDR-2016", u"HDRParameter_2"), u"103");
+}
+
 TEST_F(SettingFile, ACountOfHdrParametersThatCannotBeIsCut) {
     DoubleCamera camera = hdrCamera();
     camera.pageRegister(27, 0) = 0xFFFFFFFF;

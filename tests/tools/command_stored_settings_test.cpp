@@ -46,6 +46,54 @@ TEST_F(StoredSettings, ADifferenceIsAlsoThereForPrograms) {
     EXPECT_EQ(changes[1]["setting"], "exposure");
 }
 
+// A file may have been changed by hand.
+TEST_F(StoredSettings, ADifferenceHasOnlyWhatALoadWouldSet) {
+    expectGood("save", "day.ini");
+    const auto saved = readFile(folder / "day.ini");
+    std::string header;  // [AVI-0123]
+    for (std::size_t i = 2; saved[i] != '\r'; i += 2) header += static_cast<char>(saved[i]);
+    const std::string suffix = header.substr(header.find('-'));
+    const auto differences = [&](const std::string& section, const std::string& lines) {
+        std::ofstream(folder / "hand.ini") << "[" << section << suffix << "\n" << lines;
+        return settings("diff", "hand.ini").output;
+    };
+    const std::string nothing = "nothing would change\n";
+    EXPECT_EQ(differences("GammaY", "GammaMode=0\nGamma=220\nBrightness=5\nContrast=9\nGammaTable_7=1\n"),
+              nothing);
+    EXPECT_EQ(differences("GammaR", "GammaTable_7=1\n"), nothing);
+    const std::string power = differences("GammaB", "GammaMode=1\nGamma=220\nGammaTable_7=1\n");
+    EXPECT_NE(power.find("100 -> 220"), std::string::npos) << power;
+    EXPECT_EQ(power.find("GammaTable"), std::string::npos) << power;
+    const std::string table = differences("GammaB", "GammaMode=255\nGamma=220\nGammaTable_7=1\n");
+    EXPECT_EQ(table.find("220"), std::string::npos) << table;
+    EXPECT_NE(table.find("7 -> 1  [GammaB/GammaTable_7]"), std::string::npos) << table;
+    EXPECT_EQ(differences("HueSaturation", "Hue=300\nSaturation=50\n"), nothing);
+    EXPECT_NE(differences("HueSaturation", "HueSaturationMode=1\nHue=300\n").find("0 -> 300"),
+              std::string::npos);
+    EXPECT_EQ(differences("ColorMatrix", "ColorMatrix_0=50\n"), nothing);
+    EXPECT_NE(differences("ColorMatrix", "ColorMatrixMode=255\nColorMatrix_0=50\n").find("100 -> 50"),
+              std::string::npos);
+    // What is set has 16 bits, or 8.
+    EXPECT_NE(differences("Sharpness", "SharpnessGain=65545\n").find("0 -> 9 "), std::string::npos);
+    EXPECT_EQ(differences("Sharpness", "SharpnessGain=65536\nSharpnessCoring=256\n"), nothing);
+    // Lines and clocks do not count beside the exposure clock.
+    const std::string exposure = differences("GainShutter", "CurrentShutterLine=77\nExposureClock=4400\n");
+    EXPECT_NE(exposure.find("4400"), std::string::npos) << exposure;
+    EXPECT_EQ(exposure.find("77"), std::string::npos) << exposure;
+}
+
+TEST_F(StoredSettings, NamesAreTheSameInCapitals) {
+    expectGood("save", "--named Day --set gain.value=60");
+    expectGood("save", "--named DAY --set gain.value=61");
+    EXPECT_EQ(settings("list").output, "Day\n");
+    expectGood("load", "--named day");
+    expectGood("default", "dAY");
+    EXPECT_EQ(settings("list").output, "Day  (default)\n");
+    expectGood("export", "DAY day.reg");
+    expectGood("remove", "day");
+    EXPECT_EQ(settings("list").output, "");
+}
+
 TEST_F(StoredSettings, SizesCanBeLeftOut) {
     expectGood("save", "--set rotate=cw --without-sizes day.ini");
     EXPECT_EQ(settings("diff", "day.ini").output, "nothing would change\n");

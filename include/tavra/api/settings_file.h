@@ -23,15 +23,18 @@ extern "C" {
 #endif
 
 /** Saves the camera's settings. Of a file that exists the keys get their new values; other sections,
- * comments, order, line ends and encoding stay.
+ *  comments, order, line ends and encoding stay.
  *
- *  The file is read once and replaced whole: a crash at any moment, or a failure, leaves the old one.
+ *  The camera is read first. The file is then read once and replaced whole: a crash at any moment, or a
+ *  failure, leaves the old one. Several processes that save to one file at the same moment come one behind
+ *  the other; all their sections are in it afterwards.
  *
  *  \param handle camera
  *  \param fileName name in UTF-16
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_TRANSFER_RUNNING the stream runs; TAVRA_ERROR_FILE_NAME null or empty; the code of a
- *      getter that failed; the operating system's code if the file cannot be read or written
+ *      getter that failed; the operating system's code if the file cannot be read or written; 170 another
+ *      process has been saving to it for five seconds
  *  \threads any, not in a callback; the camera's settings must not change meanwhile
  */
 TAVRA_API TavraBool Tavra_SaveSettingFileW(TavraHandle handle, const TavraWChar* fileName);
@@ -59,7 +62,8 @@ TAVRA_API TavraBool Tavra_LoadSettingFileW(TavraHandle handle, const TavraWChar*
  *  \param handle camera
  *  \param fileName name in the system code page
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_SaveSettingFileW(); TAVRA_ERROR_OUT_OF_MEMORY no memory
+ *  \errors as Tavra_SaveSettingFileW(); TAVRA_ERROR_FILE_NAME the code page lacks a part of the name;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads as Tavra_SaveSettingFileW()
  */
 TAVRA_API TavraBool Tavra_SaveSettingFileA(TavraHandle handle, const char* fileName);
@@ -69,7 +73,8 @@ TAVRA_API TavraBool Tavra_SaveSettingFileA(TavraHandle handle, const char* fileN
  *  \param handle camera
  *  \param fileName name in the system code page
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_LoadSettingFileW(); TAVRA_ERROR_OUT_OF_MEMORY no memory
+ *  \errors as Tavra_LoadSettingFileW(); TAVRA_ERROR_FILE_NAME the code page lacks a part of the name;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads as Tavra_SaveSettingFileW()
  */
 TAVRA_API TavraBool Tavra_LoadSettingFileA(TavraHandle handle, const char* fileName);

@@ -12,11 +12,14 @@
  *  frequency nor image sizes, nor brightness and contrast of the curves: a load sets those two to 0.
  *
  *  Names of settings have at most 255 characters; capitals and small letters are the same name. Text of the A
- *  forms is in the system code page, names and file names of at most 258 characters.
+ *  forms is in the system code page, names and file names of at most 258 characters. A name of which the code
+ *  page lacks a part is refused, and none is cut or altered into another one.
  *
- *  The database is shared by all processes of the user, and a call changes all of what it changes or nothing.
- *  It is waited for up to five seconds while another process holds it (then code 170); one that is damaged or
- *  of another form (1009), or of a newer version (1306), is refused and never written.
+ *  The store is not held while a camera is read or set. The database is shared by all processes of the user,
+ *  and a call changes all of what it changes or nothing; the registry takes value after value, so that a
+ *  process that ends in the middle of a save leaves new values beside old ones. The database is waited for
+ *  up to five seconds while another process holds it (then code 170); one that is damaged or of another form
+ *  (1009), or of a newer version (1306), is refused and never written.
  */
 #ifndef TAVRA_API_SETTINGS_REGISTRY_H
 #define TAVRA_API_SETTINGS_REGISTRY_H
@@ -62,8 +65,9 @@ TAVRA_API TavraBool Tavra_LoadSettingRegW(TavraHandle handle, const TavraWChar* 
  *  \param handle camera
  *  \param name name in UTF-16
  *  \return 1, or 0 with the last error set
- *  \errors TAVRA_ERROR_INVALID_ARGUMENT name null or empty; the store's code, 2 if there is no such setting,
- * 5 if there are keys under it \threads any
+ *  \errors TAVRA_ERROR_INVALID_ARGUMENT name null or empty; the store's code, 2 if there is no such
+ *      setting, 5 if there are keys under it
+ *  \threads any
  */
 TAVRA_API TavraBool Tavra_RemoveSettingRegW(TavraHandle handle, const TavraWChar* name);
 
@@ -98,7 +102,8 @@ TAVRA_API TavraBool Tavra_GetDefaultSettingRegW(TavraHandle handle, TavraWChar* 
  *  \param[out] count receives the number of all names, also of those that did not fit
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT buffer or count null, or size less than 2; the store's code if it
- * cannot be read \threads any
+ *      cannot be read
+ *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetSettingListRegW(TavraHandle handle, TavraWChar* buffer, uint32_t size,
                                              uint32_t* count);
@@ -111,7 +116,8 @@ TAVRA_API TavraBool Tavra_GetSettingListRegW(TavraHandle handle, TavraWChar* buf
  *  \param fileName name in UTF-16; an existing file is replaced
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_FILE_NAME null or empty; the store's code, 2 if there is no such setting, no file is
- * made then; the operating system's code if the file cannot be written \threads any
+ *      made then; the operating system's code if the file cannot be written
+ *  \threads any
  */
 TAVRA_API TavraBool Tavra_ExportSettingRegW(TavraHandle handle, const TavraWChar* name,
                                             const TavraWChar* fileName);
@@ -124,7 +130,9 @@ TAVRA_API TavraBool Tavra_ExportSettingRegW(TavraHandle handle, const TavraWChar
  *  \return 1, or 0 if the file cannot be read, is of another form, is for another product type, or holds no
  *      byte value (number values are taken over then)
  *  \errors TAVRA_ERROR_FILE_NAME null or empty; the operating system's code if the file cannot be read; 13
- * for another form or product type, or no byte value; the store's code if it cannot be written \threads any
+ *      for another form or product type, or no byte value; the store's code if it does not take a value: the
+ *      database stays as it was then, the registry has the values ahead of it
+ *  \threads any
  */
 TAVRA_API TavraBool Tavra_ImportSettingRegW(TavraHandle handle, const TavraWChar* fileName);
 
@@ -133,7 +141,8 @@ TAVRA_API TavraBool Tavra_ImportSettingRegW(TavraHandle handle, const TavraWChar
  *  \param handle camera
  *  \param name name; may be null: the type's key itself
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_SaveSettingRegW(); 122 the name is too long
+ *  \errors as Tavra_SaveSettingRegW(); 122 the name is too long; 1113 the code page lacks a part of it;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads as Tavra_SaveSettingRegW()
  */
 TAVRA_API TavraBool Tavra_SaveSettingRegA(TavraHandle handle, const char* name);
@@ -143,7 +152,8 @@ TAVRA_API TavraBool Tavra_SaveSettingRegA(TavraHandle handle, const char* name);
  *  \param handle camera
  *  \param name name; may be null: the type's key itself
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_LoadSettingRegW(); 122 the name is too long
+ *  \errors as Tavra_LoadSettingRegW(); 122 the name is too long; 1113 the code page lacks a part of it;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads as Tavra_SaveSettingRegW()
  */
 TAVRA_API TavraBool Tavra_LoadSettingRegA(TavraHandle handle, const char* name);
@@ -153,7 +163,8 @@ TAVRA_API TavraBool Tavra_LoadSettingRegA(TavraHandle handle, const char* name);
  *  \param handle camera
  *  \param name name
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_RemoveSettingRegW(); 122 the name is too long
+ *  \errors as Tavra_RemoveSettingRegW(); 122 the name is too long; 1113 the code page lacks a part of it;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_RemoveSettingRegA(TavraHandle handle, const char* name);
@@ -163,7 +174,8 @@ TAVRA_API TavraBool Tavra_RemoveSettingRegA(TavraHandle handle, const char* name
  *  \param handle camera
  *  \param name name; may be null: no default
  *  \return 1, or 0 with the last error set
- *  \errors none of its own
+ *  \errors as Tavra_SetDefaultSettingRegW(); 122 the name is too long; 1113 the code page lacks a part of it;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetDefaultSettingRegA(TavraHandle handle, const char* name);
@@ -174,7 +186,8 @@ TAVRA_API TavraBool Tavra_SetDefaultSettingRegA(TavraHandle handle, const char* 
  *  \param[out] buffer receives the name, zero-terminated; may be empty
  *  \param size bytes at buffer
  *  \return 1, or 0 with the last error set
- *  \errors as the W form; TAVRA_ERROR_OUT_OF_MEMORY no memory
+ *  \errors as the W form; 1113 the code page lacks a part of the name, the buffer is empty then;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_GetDefaultSettingRegA(TavraHandle handle, char* buffer, uint32_t size);
@@ -182,9 +195,10 @@ TAVRA_API TavraBool Tavra_GetDefaultSettingRegA(TavraHandle handle, char* buffer
 /** Lists the named settings, as Tavra_GetSettingListRegW().
  *
  *  \param handle camera
- *  \param[out] buffer receives the names, each followed by a backslash, as far as whole names fit
+ *  \param[out] buffer receives the names, each followed by a backslash, as far as whole names fit; without
+ *      those of which the code page lacks a part
  *  \param size bytes at buffer
- *  \param[out] count receives the number of all names
+ *  \param[out] count receives the number of all names, also of those that are left out
  *  \return 1, or 0 with the last error set
  *  \errors as the W form; TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
@@ -198,7 +212,9 @@ TAVRA_API TavraBool Tavra_GetSettingListRegA(TavraHandle handle, char* buffer, u
  *  \param name name; may be null: the type's key itself
  *  \param fileName name of the file; an existing file is replaced
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_ExportSettingRegW(); 122 the name, TAVRA_ERROR_FILE_NAME the file's name is too long
+ *  \errors as Tavra_ExportSettingRegW(); 122 the name, TAVRA_ERROR_FILE_NAME the file's name is too long;
+ *      1113 and TAVRA_ERROR_FILE_NAME likewise if the code page lacks a part;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_ExportSettingRegA(TavraHandle handle, const char* name, const char* fileName);
@@ -208,7 +224,8 @@ TAVRA_API TavraBool Tavra_ExportSettingRegA(TavraHandle handle, const char* name
  *  \param handle camera
  *  \param fileName name of the file
  *  \return as Tavra_ImportSettingRegW()
- *  \errors as Tavra_ImportSettingRegW(); TAVRA_ERROR_FILE_NAME the name is too long
+ *  \errors as Tavra_ImportSettingRegW(); TAVRA_ERROR_FILE_NAME the name is too long, or the code page lacks
+ *      a part of it; TAVRA_ERROR_OUT_OF_MEMORY no memory
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_ImportSettingRegA(TavraHandle handle, const char* fileName);

@@ -8,10 +8,12 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "platform/last_error.h"
@@ -21,6 +23,8 @@ namespace {
 
 constexpr const char* kDevicesFolder = "/sys/bus/usb/devices";
 constexpr unsigned kHighSpeed = 480;  // Mbit/s
+constexpr int kMostAttempts = 5;      // to switch a hub on again
+constexpr std::chrono::milliseconds kBetweenAttempts{20};
 
 // A file of a device's folder.
 class Attribute {
@@ -70,27 +74,34 @@ Status listBuses(const std::string& devicesFolder, std::vector<unsigned>& buses)
     return Status();
 }
 
+// Deauthorised, the hub gives up everything on it; authorised again, it looks for its devices anew.
+// One that stayed off would take its keyboard and its disk with it until somebody pulls the plug.
+Status restart(const std::string& hub, const WriteAttribute& write) {
+    const std::string attribute = hub + "/authorized";
+    TAVRA_RETURN_IF_ERROR(write(attribute, '0'));
+    Status on = write(attribute, '1');
+    for (int i = 1; i < kMostAttempts && !on.ok(); ++i) {
+        std::this_thread::sleep_for(kBetweenAttempts);
+        on = write(attribute, '1');
+    }
+    return on;
+}
+
+}  // namespace
+
 Status writeAttribute(const std::string& name, char digit) {
     const Attribute attribute(name, O_WRONLY);
     return attribute.write(digit) ? Status() : failWith(errorFromErrno(errno));
 }
 
-// Deauthorised, the hub gives up everything on it; authorised again, it looks for its devices anew.
-Status restart(const std::string& hub) {
-    TAVRA_RETURN_IF_ERROR(writeAttribute(hub + "/authorized", '0'));
-    return writeAttribute(hub + "/authorized", '1');
-}
-
-}  // namespace
-
-Status resetHighSpeedRootHubs(const std::string& devicesFolder) {
+Status resetHighSpeedRootHubs(const std::string& devicesFolder, const WriteAttribute& write) {
     std::vector<unsigned> buses;
     TAVRA_RETURN_IF_ERROR(listBuses(devicesFolder, buses));
     Status result;
     for (const unsigned bus : buses) {
         const std::string hub = devicesFolder + "/usb" + std::to_string(bus);
         if (Attribute(hub + "/speed", O_RDONLY).number() < kHighSpeed) continue;
-        if (const Status restarted = restart(hub); !restarted.ok()) result = restarted;
+        if (const Status restarted = restart(hub, write); !restarted.ok()) result = restarted;
     }
     return result;
 }

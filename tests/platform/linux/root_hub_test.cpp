@@ -96,6 +96,44 @@ TEST_F(RootHubs, AHubThatFailsDoesNotSpareTheOthers) {
     EXPECT_EQ(told("usb3"), "01");
 }
 
+// A hub that is off takes everything on it with it until somebody pulls the plug.
+TEST_F(RootHubs, OneThatDoesNotComeOnAgainIsToldSoAgain) {
+    addHub("usb1", "480\n");
+    addHub("usb2", "480\n");
+    int failures = 0;
+    const auto resetFailing = [&](int most) {
+        failures = 0;
+        return resetHighSpeedRootHubs(folder.path().string(),
+                                      [&](const std::string& name, char digit) {
+                                          const bool fails = name.ends_with("usb1/authorized") &&
+                                                             digit == '1' && failures < most;
+                                          failures += fails ? 1 : 0;
+                                          return fails ? Status(31) : writeAttribute(name, digit);
+                                      })
+            .code();
+    };
+    EXPECT_EQ(resetFailing(2), 0u);
+    EXPECT_EQ(failures, 2);
+    EXPECT_EQ(told("usb1"), "01");
+    EXPECT_EQ(told("usb2"), "01");
+    EXPECT_EQ(resetFailing(1000), 31u) << "but not for ever";
+    EXPECT_EQ(told("usb1"), "0");
+    EXPECT_EQ(told("usb2"), "01");
+}
+
+TEST_F(RootHubs, OneThatCannotBeSwitchedOffIsNotToldMore) {
+    addHub("usb1", "480\n");
+    std::string written;
+    EXPECT_EQ(resetHighSpeedRootHubs(folder.path().string(),
+                                     [&](const std::string&, char digit) {
+                                         written += digit;
+                                         return Status(31);
+                                     })
+                  .code(),
+              31u);
+    EXPECT_EQ(written, "0");
+}
+
 // Rights of files do not bind root, so this thread looks at them as nobody.
 TEST_F(RootHubs, WithoutTheRightItFailsWith5AndTouchesNothing) {
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
