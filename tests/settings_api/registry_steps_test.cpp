@@ -1,0 +1,162 @@
+// Named settings step by step: the order of the values, mono cameras, and what a recording holds still.
+#include "api/setting_camera.h"
+#include "camera_api/camera_fixture.h"
+#include "settings/reg_key.h"
+#include "settings/walk_access.h"
+#include "settings_api/camera_state.h"
+#include "support/user_tree.h"
+
+namespace tavra::test {
+namespace {
+
+using Access = CwRegKey::Access;
+
+constexpr const char16_t* kDayPath = uR"(SOFTWARE\Halvern\BrinscopePreference\2016\day)";
+
+class RegistrySteps : public CameraTest {
+  protected:
+    const UserTree tree_;
+};
+
+#if !defined(_WIN32)
+// The text form of a setting is in this order, so that two of them can be compared line by line. The registry
+// of Windows has an order of its own.
+TEST_F(RegistrySteps, ValuesAreStoredInTheirOrder) {
+    open();
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    std::vector<std::u16string> names;
+    CwRegKey key(kDayPath, Access::Read, false);
+    platform::TreeValue value;
+    for (std::uint32_t i = 0; key.EnumValue(i, value) == 0; ++i) names.push_back(value.name);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"SDK Version",
+                                                  u"Clock Mode",
+                                                  u"Scan Mode",
+                                                  u"ALC Mode",
+                                                  u"Shutter Line",
+                                                  u"Shutter Clock",
+                                                  u"Gain",
+                                                  u"Brightness Target",
+                                                  u"Brightness Tolerance",
+                                                  u"Brightness Threshold",
+                                                  u"Range Weight",
+                                                  u"Gain Min",
+                                                  u"Gain Max",
+                                                  u"Clock Min",
+                                                  u"Clock Max",
+                                                  u"Line Min",
+                                                  u"Line Max",
+                                                  u"White Balance Mode",
+                                                  u"White Balance Gain R",
+                                                  u"White Balance Gain Gr",
+                                                  u"White Balance Gain Gb",
+                                                  u"White Balance Gain B",
+                                                  u"White Balance Target R",
+                                                  u"White Balance Target B",
+                                                  u"Hue/Saturation Mode",
+                                                  u"Hue",
+                                                  u"Saturation",
+                                                  u"Color Matrix Mode",
+                                                  u"Color Matrix",
+                                                  u"Gamma Target Y Mode",
+                                                  u"Gamma Target Y Value",
+                                                  u"Gamma Target Y Table",
+                                                  u"Gamma Target R Mode",
+                                                  u"Gamma Target R Value",
+                                                  u"Gamma Target R Table",
+                                                  u"Gamma Target Gr Mode",
+                                                  u"Gamma Target Gr Value",
+                                                  u"Gamma Target Gr Table",
+                                                  u"Gamma Target Gb Mode",
+                                                  u"Gamma Target Gb Value",
+                                                  u"Gamma Target Gb Table",
+                                                  u"Gamma Target B Mode",
+                                                  u"Gamma Target B Value",
+                                                  u"Gamma Target B Table",
+                                                  u"Sharpness Mode",
+                                                  u"Sharpness Gain",
+                                                  u"Sharpness Coring",
+                                                  u"Interpolation Mode",
+                                                  u"Mirror Mode",
+                                                  u"Rotation Mode"}));
+}
+#endif
+
+TEST_F(RegistrySteps, TheVersionIsThatOfTheLibrary) {
+    open();
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    std::array<std::uint32_t, 4> version{};
+    ASSERT_TRUE(Tavra_GetCAMDllVersion(&version[0], &version[1], &version[2], &version[3]));
+    std::array<std::uint8_t, 16> bytes{};
+    ASSERT_EQ(CwRegKey(kDayPath, Access::Read, false).ReadBinary(u"SDK Version", bytes.data(), 16), 0u);
+    for (std::size_t i = 0; i < 16; ++i) {
+        EXPECT_EQ(bytes[i], version[i / 4] >> 8 * (i % 4) & 255) << i;
+    }
+}
+
+// Mono cameras are not told apart: colour is set as far as the camera takes it.
+TEST_F(RegistrySteps, AMonoCameraThatTakesColorIsLoadedWhole) {
+    DoubleCamera camera;
+    camera.setIdentity16(10, 1);
+    open(camera);
+    ASSERT_TRUE(Tavra_SetGain(handle, 33));
+    ASSERT_TRUE(Tavra_SetSharpnessMode(handle, 1, 60, 5));
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    ASSERT_TRUE(Tavra_SetGain(handle, 34));
+    ASSERT_TRUE(Tavra_SetSharpnessMode(handle, 0, 0, 0));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceGain(handle, 1, 2, 3, 4));
+    expectSuccess(Tavra_LoadSettingRegW(handle, u"day"));
+    const CameraState now = stateOf(handle);
+    EXPECT_EQ(now.at("gains")[1], 33u);
+    EXPECT_EQ(now.at("white balance")[1], 128u);
+    EXPECT_EQ(now.at("sharpness"), (std::vector<std::uint32_t>{1, 60, 5}));
+}
+
+TEST_F(RegistrySteps, AMonoCamerasLoadEndsAtTheFirstColorSettingThatItRefuses) {
+    DoubleCamera camera;
+    camera.setIdentity16(10, 1);
+    camera.setCapability(1, 8);  // white balance in the camera
+    open(camera);
+    ASSERT_TRUE(Tavra_SetGain(handle, 33));
+    ASSERT_TRUE(Tavra_SetSharpnessMode(handle, 1, 60, 5));
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    ASSERT_TRUE(Tavra_SetGain(handle, 34));
+    ASSERT_TRUE(Tavra_SetSharpnessMode(handle, 0, 0, 0));
+    traffic();
+    ASSERT_TRUE(Tavra_SetWhiteBalanceMode(handle, 0));
+    const Traffic mode = traffic();
+    ASSERT_FALSE(mode.empty());
+    UsbDouble::Fault refusal;
+    refusal.request = mode[0].request;
+    refusal.requestType = mode[0].requestType;
+    refusal.value = mode[0].value;
+    refusal.times = UsbDouble::kForever;
+    usb.addFault(refusal);
+    expectFailure(Tavra_LoadSettingRegW(handle, u"day"), 0xE0000005);
+    usb.clearFaults();
+    const CameraState now = stateOf(handle);
+    EXPECT_EQ(now.at("gains")[1], 33u) << "ahead of it";
+    EXPECT_EQ(now.at("sharpness"), (std::vector<std::uint32_t>{0, 0, 0})) << "behind it";
+}
+
+// The rotation of a setting goes past the public setter. It is held still all the same.
+TEST_F(RegistrySteps, ARecordingHoldsClockAndRotationStill) {
+    open();
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    ASSERT_TRUE(Tavra_SetRotationMode(handle, 2));
+    alignas(std::max_align_t) std::byte recorder[64];  // asked for nothing but whether it is there
+    record().recording.put(reinterpret_cast<movie::ISaveAVIFile*>(recorder));
+    expectFailure(Tavra_LoadSettingRegW(handle, u"day"), 0xE0000008);
+    api::SettingCamera camera(record());
+    const std::uint32_t none = 0;
+    expectFailure(access::kRotation.set(camera, std::span(&none, 1)) ? 1 : 0, 0xE0000008);
+    std::uint8_t rotation = 0;
+    ASSERT_TRUE(Tavra_GetRotationMode(handle, &rotation));
+    EXPECT_EQ(rotation, 2);
+    record().recording.put(nullptr);
+    expectSuccess(Tavra_LoadSettingRegW(handle, u"day"));
+    ASSERT_TRUE(Tavra_GetRotationMode(handle, &rotation));
+    EXPECT_EQ(rotation, 0);
+}
+
+}  // namespace
+}  // namespace tavra::test
