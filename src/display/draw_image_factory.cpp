@@ -1,15 +1,28 @@
 #include "display/draw_image_factory.h"
 
+#include "display/draw_image_direct_draw_offscreen.h"
+#include "display/draw_image_direct_draw_overlay.h"
 #include "display/draw_image_gdi.h"
+#include "platform/surface_device.h"
 
 namespace tavra {
+namespace {
+
+constexpr std::uint32_t k16BitFirst = 0, k32BitFirst = 1;  // orders of pixel formats
+
+template <typename BackEnd>
+std::shared_ptr<CDrawImage> onSurfaces(platform::IWindowSystem& system, std::uint32_t order) {
+    return std::make_shared<BackEnd>(system, platform::surfaceSystem(), order);
+}
+
+}  // namespace
 
 std::shared_ptr<CDrawImage> makeDrawImage(std::uint8_t displayMode, platform::IWindowSystem& system) {
     switch (displayMode) {
-        case 1:
-        case 2:
-        case 3:
-        case 4:
+        case 1: return onSurfaces<CDrawImageDirectDrawOffscreen>(system, k16BitFirst);
+        case 2: return onSurfaces<CDrawImageDirectDrawOverlay>(system, k16BitFirst);
+        case 3: return onSurfaces<CDrawImageDirectDrawOffscreen>(system, k32BitFirst);
+        case 4: return onSurfaces<CDrawImageDirectDrawOverlay>(system, k32BitFirst);
         case 5:
         case 6:
         case 7:

@@ -4,7 +4,6 @@
 #include <array>
 #include <utility>
 
-#include "display/draw_image_direct_x.h"
 #include "display/draw_image_factory.h"
 #include "platform/last_error.h"
 
@@ -15,6 +14,7 @@ using platform::Axis;
 
 constexpr std::uint32_t kClassExists = 1410;
 constexpr std::uint32_t kClassHasWindows = 1412;
+constexpr std::size_t kMostLendings = 8;  // that are made at once; only memory for them depends on it
 
 std::uint32_t asMask(std::uint8_t alpha) {
     return std::uint32_t{alpha} << 24;
@@ -22,7 +22,7 @@ std::uint32_t asMask(std::uint8_t alpha) {
 
 // The context was not released: by a thread that has it not, or it is another one.
 bool isStillOut(Status released) {
-    return released.code() == CDrawImageDirectX::kNotOwner || released.code() == error::kInvalidArgument;
+    return released.code() == error::kNotOwner || released.code() == error::kInvalidArgument;
 }
 
 }  // namespace
@@ -254,11 +254,14 @@ Status PreviewWindow::getDC(TavraDC& dc) {
     DrawObject object;
     TAVRA_RETURN_IF_ERROR(drawingSurface(object));
     dc = nullptr;
-    camera_.notePreviewFailure(Status(object->GetDC(&dc)));
-    if (dc != nullptr) {
+    {
         const std::lock_guard lock(drawObjectMutex_);
-        lentObject_ = object;
+        lendings_.reserve(lendings_.size() + kMostLendings);
     }
+    camera_.notePreviewFailure(Status(object->GetDC(&dc)));
+    if (dc == nullptr) return Status();
+    const std::lock_guard lock(drawObjectMutex_);
+    lendings_.push_back({dc, std::move(object)});
     return Status();
 }
 
@@ -270,28 +273,39 @@ Status PreviewWindow::getDCWithReset(TavraDC& dc) {
     return Status();
 }
 
+// By design: a success whatever the draw object says, and the last error tells what it was. A context
+// outlives its window.
 Status PreviewWindow::releaseDC(TavraDC dc) {
-    DrawObject object;
-    {
-        const std::lock_guard lock(drawObjectMutex_);
-        object = std::exchange(lentObject_, nullptr);
-    }
-    const bool lent = object != nullptr;
-    if (!lent) TAVRA_RETURN_IF_ERROR(drawingSurface(object));
+    DrawObject object = lender(dc);
+    if (object == nullptr) TAVRA_RETURN_IF_ERROR(drawingSurface(object));
     const Status released(object->ReleaseDC(dc));
-    if (lent && isStillOut(released)) {
-        const std::lock_guard lock(drawObjectMutex_);
-        lentObject_ = object;
-    }
+    if (!isStillOut(released)) forgetLending(dc);
     camera_.notePreviewFailure(released);
     invalidate();
     return Status();
+}
+
+PreviewWindow::DrawObject PreviewWindow::lender(TavraDC dc) const {
+    const std::lock_guard lock(drawObjectMutex_);
+    for (const Lending& lending : lendings_) {
+        if (lending.context == dc) return lending.object;
+    }
+    return nullptr;
+}
+
+// The context may have been lent again already; one of the entries is as good as the other.
+void PreviewWindow::forgetLending(TavraDC dc) {
+    const std::lock_guard lock(drawObjectMutex_);
+    const auto found = std::find_if(lendings_.begin(), lendings_.end(),
+                                    [dc](const Lending& lending) { return lending.context == dc; });
+    if (found != lendings_.end()) lendings_.erase(found);
 }
 
 Status PreviewWindow::resetOverlay() {
     DrawObject object;
     TAVRA_RETURN_IF_ERROR(drawingSurface(object));
     camera_.notePreviewFailure(Status(object->ResetOverlay()));
+    invalidate();
     return Status();
 }
 
@@ -318,6 +332,7 @@ void PreviewWindow::onDestroy() {
         last = std::exchange(drawObject_, nullptr);
         windowGone_ = true;
     }
+    if (last != nullptr) last->endWaiting();
     last.reset();
     static_cast<void>(post(TAVRA_MESSAGE_WINDOW_CLOSED, displayError));
 }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "base/status.h"
 #include "display/draw_image.h"
@@ -108,6 +109,8 @@ class PreviewWindow final : public platform::IWindowEvents {
     Status announce(std::shared_ptr<CDrawImage> made);
     DrawObject drawObject() const;
     Status drawingSurface(DrawObject& object) const;
+    DrawObject lender(TavraDC dc) const;
+    void forgetLending(TavraDC dc);
     std::uint32_t imageBits() const;
     Size shownImageSize() const;
     bool isChildOfParent() const;
@@ -140,7 +143,14 @@ class PreviewWindow final : public platform::IWindowEvents {
     mutable std::mutex drawObjectMutex_;
     DrawObject drawObject_;
     bool windowGone_ = true;  // under the same mutex
-    DrawObject lentObject_;   // likewise: what an application has a context of, which may outlive the window
+
+    // Contexts that applications have, with the objects they are of: these stay until the release, so that
+    // what is drawn then is drawn nowhere, if the window is gone, and nothing worse. Under the same mutex.
+    struct Lending {
+        TavraDC context;
+        DrawObject object;
+    };
+    std::vector<Lending> lendings_;
 
     // Of the window's thread.
     std::atomic<std::uint32_t> scrollX{0};

@@ -112,7 +112,7 @@ class IWindowSystem {
     // Size of a window whose client area has this size.
     virtual Status outerSize(Size client, std::uint32_t style, TavraMenu menu, Size& outer) = 0;
     virtual Size workArea() = 0;
-    virtual Status desktop(Rectangle& rectangle) = 0;
+    virtual Status desktop(Rectangle& rectangle) = 0;  // does not wait for the window's thread
     virtual Status place(TavraWindow window, std::int32_t x, std::int32_t y, Size size) = 0;
     virtual Status windowOnScreen(TavraWindow window, Rectangle& rectangle) = 0;
     virtual Status clientOnScreen(TavraWindow window, Rectangle& rectangle) = 0;

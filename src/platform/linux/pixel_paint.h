@@ -37,6 +37,8 @@ class PixelPaint final : public IPaint {
     std::int32_t textHeight() override;
     void line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) override;
 
+    const PixelArea& area() const { return area_; }
+
     // 0x00RRGGBB; on grey pixels its blue.
     void fill(const Rectangle& rectangle, std::uint32_t color);
 

@@ -124,6 +124,7 @@ void X11Session::threadMain() {
         const std::lock_guard lock(mutex_);
         threadId_ = std::this_thread::get_id();
         connected_ = opened;
+        if (opened.ok()) screen_ = {connection.screen->width_in_pixels, connection.screen->height_in_pixels};
         connecting_ = false;
         alive_ = opened.ok();
     }

@@ -29,6 +29,9 @@ class X11Session {
     // False once the connection is lost: the windows are gone then, and nothing runs any more.
     bool running() const;
 
+    // As it was when the connection was made. Does not wait for the window thread.
+    Size screen() const { return screen_; }
+
     // Runs `work(connection)` on the window thread, and waits for it; at once if this is the window thread.
     // False: it did not run.
     bool run(const std::function<void(X11Connection&)>& work);
@@ -78,6 +81,7 @@ class X11Session {
     bool alive_ = false;
     bool stop_ = false;
     Status connected_;
+    Size screen_;  // from the end of start on
     std::deque<Job*> jobs_;
     std::map<TavraWindow, Entry> windows_;  // changed by the window thread only, under the mutex
     X11Connection* connection_ = nullptr;   // of the window thread

@@ -90,10 +90,10 @@ class X11Windows final : public IWindowSystem {
     }
     Status desktop(Rectangle& rectangle) override {
         const auto current = session();
-        const bool known = current != nullptr && current->run([&](X11Connection& connection) {
-            rectangle = {0, 0, connection.screen->width_in_pixels, connection.screen->height_in_pixels};
-        });
-        return known ? Status() : kNoSuchWindow;
+        if (current == nullptr || !current->running()) return kNoSuchWindow;
+        const Size screen = current->screen();
+        rectangle = {0, 0, static_cast<std::int32_t>(screen.width), static_cast<std::int32_t>(screen.height)};
+        return Status();
     }
     Status place(TavraWindow window, std::int32_t x, std::int32_t y, Size size) override {
         return on(window, [&](X11Window& target) { target.place(x, y, size); });

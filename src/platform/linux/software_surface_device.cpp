@@ -1,0 +1,121 @@
+// Surfaces in memory. The primary one stands for the whole screen, is of one window alone, and appears in
+// that window when it is painted.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "platform/linux/pixel_paint.h"
+#include "platform/linux/software_surface.h"
+#include "platform/surface_device.h"
+#include "platform/window.h"
+
+namespace tavra::platform {
+namespace {
+
+class SoftwareClipper final : public IClipper {};
+
+// Puts an overlay's pixels on the row of a window, wherever the screen has the key colour.
+void composeRow(const SoftwareSurface& screen, const SoftwareSurface& image, const Rectangle& client,
+                std::int64_t y, std::uint8_t* to) {
+    const SoftwareOverlay& overlay = image.overlay();
+    const Rectangle& place = overlay.destination;
+    if (y < place.top || y >= place.bottom) return;
+    const std::int64_t fromY =
+        overlay.source.top + (2 * (y - place.top) + 1) * overlay.source.height() / (2 * place.height());
+    const std::int64_t left = std::max(place.left, client.left), right = std::min(place.right, client.right);
+    for (std::int64_t x = left; x < right; ++x) {
+        if (screen.colorAt(x, y) != overlay.key) continue;
+        const std::int64_t fromX =
+            overlay.source.left + (2 * (x - place.left) + 1) * overlay.source.width() / (2 * place.width());
+        const std::uint32_t color = image.colorAt(fromX, fromY);
+        std::memcpy(to + (x - client.left) * 4, &color, sizeof color);
+    }
+}
+
+class SoftwareDevice final : public ISurfaceDevice {
+  public:
+    Status cooperate(TavraWindow) override { return Status(); }
+
+    Status createSurface(const SurfaceDescription& description, std::shared_ptr<ISurface>& surface) override {
+        SurfaceDescription made = description;
+        if (made.kind == SurfaceKind::Primary) {
+            Rectangle desktop;
+            TAVRA_RETURN_IF_ERROR(windowSystem().desktop(desktop));
+            made.size = {static_cast<std::uint32_t>(desktop.width()),
+                         static_cast<std::uint32_t>(desktop.height())};
+            made.format = kSoftware32;
+        }
+        const bool asOverlay = made.kind == SurfaceKind::Overlay && made.format == kSoftwareUyvy;
+        if (made.format != kSoftware32 && made.format != kSoftware565 && !asOverlay) {
+            return Status(kSurfaceInvalidFormat);
+        }
+        TAVRA_RETURN_IF_ERROR(SoftwareSurface::make(made, surface));
+        if (made.kind == SurfaceKind::Primary) primary_ = surface;
+        if (made.kind == SurfaceKind::Overlay) overlay_ = surface;
+        return Status();
+    }
+    Status createClipper(TavraWindow, std::shared_ptr<IClipper>& clipper) override {
+        clipper = std::make_shared<SoftwareClipper>();
+        return Status();
+    }
+    Status overlayAlignment(std::uint32_t& alignment) override {
+        alignment = 0;
+        return Status();
+    }
+
+    void show(IPaint& paint, const Rectangle& client) override {
+        const auto* const target = dynamic_cast<const PixelPaint*>(&paint);
+        const auto screen = std::static_pointer_cast<const SoftwareSurface>(primary_.lock());
+        const auto image = std::static_pointer_cast<const SoftwareSurface>(overlay_.lock());
+        if (target == nullptr || screen == nullptr) return;
+        const Rectangle seen = onScreen(client, *screen, target->area());
+        for (std::int64_t y = seen.top; y < seen.bottom; ++y) {
+            const PixelArea& area = target->area();
+            std::uint8_t* const to = area.pixels + static_cast<std::size_t>(y - client.top) * area.stride +
+                                     static_cast<std::size_t>(seen.left - client.left) * 4;
+            std::memcpy(to, screen->row(y) + static_cast<std::size_t>(seen.left) * 4,
+                        static_cast<std::size_t>(seen.width()) * 4);
+            if (image != nullptr) composeRow(*screen, *image, seen, y, to);
+        }
+    }
+
+  private:
+    // What there is of the client area on the screen and on the paint.
+    static Rectangle onScreen(const Rectangle& client, const SoftwareSurface& screen, const PixelArea& area) {
+        const auto least = [](std::int64_t a, std::int64_t b, std::int64_t c) {
+            return static_cast<std::int32_t>(std::min({a, b, c}));
+        };
+        return {std::max(client.left, 0), std::max(client.top, 0),
+                least(client.right, screen.size().width, std::int64_t{client.left} + area.width),
+                least(client.bottom, screen.size().height, std::int64_t{client.top} + area.height)};
+    }
+
+    std::weak_ptr<ISurface> primary_;
+    std::weak_ptr<ISurface> overlay_;
+};
+
+// One monitor: the screen.
+class SoftwareSurfaces final : public ISurfaceSystem {
+  public:
+    Status monitorOf(TavraWindow, Monitor& monitor) override {
+        monitor.handle = this;
+        return windowSystem().desktop(monitor.rectangle);
+    }
+    Status enumerateDevices(const std::function<void(MonitorHandle, const SurfaceDeviceId&)>&) override {
+        return Status();
+    }
+    Status createDevice(const SurfaceDeviceId*, std::shared_ptr<ISurfaceDevice>& device) override {
+        device = std::make_shared<SoftwareDevice>();
+        return Status();
+    }
+};
+
+}  // namespace
+
+ISurfaceSystem& surfaceSystem() {
+    static SoftwareSurfaces system;
+    return system;
+}
+
+}  // namespace tavra::platform
