@@ -43,7 +43,8 @@ TAVRA_API TavraBool Tavra_SetDisplayMode(TavraHandle handle, uint8_t mode);
  */
 TAVRA_API TavraBool Tavra_GetDisplayMode(TavraHandle handle, uint8_t* mode);
 
-/** Sets the colour that is transparent on the drawing surface. The drawing surface may be cleared by it.
+/** Sets the colour that is transparent on the drawing surface. The drawing surface may be cleared by it; in
+ *  display modes 1 to 4 it is. Waits for a context that another thread has.
  *
  *  \param handle camera
  *  \param color 0x00BBGGRR, red in the low byte; 0xFF00FF at first
@@ -84,7 +85,9 @@ TAVRA_API TavraBool Tavra_SetAlphaChannel(TavraHandle handle, uint8_t alpha);
  */
 TAVRA_API TavraBool Tavra_GetAlphaChannel(TavraHandle handle, uint8_t* alpha);
 
-/** Gives a context on the drawing surface, and holds painting until Tavra_ReleaseDC().
+/** Gives a context on the drawing surface, and holds painting until Tavra_ReleaseDC(). The stream and the
+ *  window go on meanwhile; other threads that want the context, a clear surface or another colour key wait. A
+ *  context outlives its window, but not Tavra_Close().
  *
  *  \param handle camera
  *  \param[out] dc receives the context (HDC; cairo_t*); null if the back-end could not give one
@@ -98,9 +101,10 @@ TAVRA_API TavraBool Tavra_GetDC(TavraHandle handle, TavraDC* dc);
 /** Gives the context back, and has the window painted.
  *
  *  \param handle camera
- *  \param dc context of Tavra_GetDC() or Tavra_GetDCWithReset()
- *  \return 1
- *  \errors as Tavra_GetDC()
+ *  \param dc context of Tavra_GetDC() or Tavra_GetDCWithReset(); null releases nothing
+ *  \return 1, also if nothing was released
+ *  \errors as Tavra_GetDC(), unless the context is of a window that is gone. With a return of 1: 288 this
+ *      thread has no context, 87 it has another one
  *  \threads the thread that got the context
  */
 TAVRA_API TavraBool Tavra_ReleaseDC(TavraHandle handle, TavraDC dc);
@@ -115,7 +119,7 @@ TAVRA_API TavraBool Tavra_ReleaseDC(TavraHandle handle, TavraDC dc);
  */
 TAVRA_API TavraBool Tavra_GetDCWithReset(TavraHandle handle, TavraDC* dc);
 
-/** Removes everything that was drawn.
+/** Removes everything that was drawn. Waits for a context that another thread has.
  *
  *  \param handle camera
  *  \return 1
