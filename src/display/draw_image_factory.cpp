@@ -2,7 +2,9 @@
 
 #include "display/draw_image_direct_draw_offscreen.h"
 #include "display/draw_image_direct_draw_overlay.h"
+#include "display/draw_image_direct_x.h"
 #include "display/draw_image_gdi.h"
+#include "platform/sprite_device.h"
 #include "platform/surface_device.h"
 
 namespace tavra {
@@ -15,6 +17,12 @@ std::shared_ptr<CDrawImage> onSurfaces(platform::IWindowSystem& system, std::uin
     return std::make_shared<BackEnd>(system, platform::surfaceSystem(), order);
 }
 
+std::shared_ptr<CDrawImage> textured(platform::IWindowSystem& system, std::uint32_t presentMode,
+                                     bool preserveFloatingPoint) {
+    return std::make_shared<CDrawImageDirectX>(system, platform::spriteSystem(), presentMode,
+                                               preserveFloatingPoint);
+}
+
 }  // namespace
 
 std::shared_ptr<CDrawImage> makeDrawImage(std::uint8_t displayMode, platform::IWindowSystem& system) {
@@ -25,10 +33,10 @@ std::shared_ptr<CDrawImage> makeDrawImage(std::uint8_t displayMode, platform::IW
         case 4: return onSurfaces<CDrawImageDirectDrawOverlay>(system, k32BitFirst);
         case 5:
         case 6:
-        case 7:
+        case 7: return textured(system, displayMode - 5u, false);
         case 9:
         case 10:
-        case 11: return nullptr;
+        case 11: return textured(system, displayMode - 9u, true);
         case 8: return std::make_shared<CDrawImageGDI>(system, CDrawImageGDI::kHalftone);
         default: return std::make_shared<CDrawImageGDI>(system, CDrawImageGDI::kColorOnColor);
     }

@@ -12,7 +12,8 @@
  *
  *  All but the plain back-ends have a drawing surface of the size of the client area. What the application
  *  draws there shows over the camera image, except where it holds the colour key. Between Tavra_GetDC() and
- *  Tavra_ReleaseDC() the window is not painted, and both must be called on one thread.
+ *  Tavra_ReleaseDC() the window is not painted, and both must be called on one thread. The stream goes on
+ *  meanwhile, however long it takes.
  */
 #ifndef TAVRA_API_DRAWING_H
 #define TAVRA_API_DRAWING_H
@@ -91,9 +92,10 @@ TAVRA_API TavraBool Tavra_GetAlphaChannel(TavraHandle handle, uint8_t* alpha);
  *
  *  \param handle camera
  *  \param[out] dc receives the context (HDC; cairo_t*); null if the back-end could not give one
- *  \return 1, also if the back-end could not give one
+ *  \return 1, also if the back-end could not give one; the last error tells why then
  *  \errors TAVRA_ERROR_NO_WINDOW there is no preview window; TAVRA_ERROR_LEGACY_CAMERA display mode 0 or 8,
- *      which have no drawing surface
+ *      which have no drawing surface; with result 1 and a null context: 1131 this thread has the context
+ *      already, or another failure of the back-end
  *  \threads any one thread, which must release it; not in a callback
  */
 TAVRA_API TavraBool Tavra_GetDC(TavraHandle handle, TavraDC* dc);
@@ -104,7 +106,8 @@ TAVRA_API TavraBool Tavra_GetDC(TavraHandle handle, TavraDC* dc);
  *  \param dc context of Tavra_GetDC() or Tavra_GetDCWithReset(); null releases nothing
  *  \return 1, also if nothing was released
  *  \errors as Tavra_GetDC(), unless the context is of a window that is gone. With a return of 1: 288 this
- *      thread has no context, 87 it has another one
+ *      thread has no context, 87 it has another one, or a failure of the back-end to take the drawing over.
+ *      After 288 and 87 nothing is released
  *  \threads the thread that got the context
  */
 TAVRA_API TavraBool Tavra_ReleaseDC(TavraHandle handle, TavraDC dc);
@@ -123,8 +126,8 @@ TAVRA_API TavraBool Tavra_GetDCWithReset(TavraHandle handle, TavraDC* dc);
  *
  *  \param handle camera
  *  \return 1
- *  \errors as Tavra_GetDC()
- *  \threads any
+ *  \errors as Tavra_GetDC(); with result 1: 1131 this thread has the context, and nothing is removed
+ *  \threads any; waits for a thread that has the context
  */
 TAVRA_API TavraBool Tavra_ResetOverlay(TavraHandle handle);
 

@@ -190,6 +190,7 @@ bool X11Session::handleEvents() {
 }
 
 void X11Session::handle(const xcb_generic_event_t& event) {
+    if (handleInner(event)) return;
     const TavraWindow handle = handleOf(windowOf(event));
     X11Window* const window = find(handle);
     if (window == nullptr) return;
@@ -199,6 +200,30 @@ void X11Session::handle(const xcb_generic_event_t& event) {
         default: break;
     }
     if (window->handle(event)) destroy(handle, true);
+}
+
+// What draws on a window inside of ours knows nothing of its exposures: they are those of ours.
+bool X11Session::handleInner(const xcb_generic_event_t& event) {
+    switch (event.response_type & 0x7F) {
+        case XCB_CREATE_NOTIFY: {
+            const auto& created = reinterpret_cast<const xcb_create_notify_event_t&>(event);
+            const std::uint32_t mask = XCB_EVENT_MASK_EXPOSURE;
+            connection_->x->xcb_change_window_attributes(connection_->raw, created.window, XCB_CW_EVENT_MASK,
+                                                         &mask);
+            inner_[created.window] = handleOf(created.parent);
+            mark(handleOf(created.parent), true, false, false);
+            return true;
+        }
+        case XCB_DESTROY_NOTIFY:
+            return inner_.erase(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window) != 0;
+        case XCB_EXPOSE: {
+            const auto found = inner_.find(reinterpret_cast<const xcb_expose_event_t&>(event).window);
+            if (found == inner_.end()) return false;
+            mark(found->second, true, false, false);
+            return true;
+        }
+        default: return false;
+    }
 }
 
 bool X11Session::tellResizes() {

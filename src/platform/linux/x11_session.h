@@ -70,6 +70,7 @@ class X11Session {
     bool tellResizes();
     bool paintMarked();
     void destroyAll(bool onServer);
+    bool handleInner(const xcb_generic_event_t& event);
     X11Window* find(TavraWindow window) const;
 
     Thread thread_;
@@ -85,6 +86,8 @@ class X11Session {
     std::deque<Job*> jobs_;
     std::map<TavraWindow, Entry> windows_;  // changed by the window thread only, under the mutex
     X11Connection* connection_ = nullptr;   // of the window thread
+    // Of the window thread: windows that were made inside of ours, by what draws on them; to ours.
+    std::map<xcb_window_t, TavraWindow> inner_;
 };
 
 }  // namespace tavra::platform
