@@ -7,6 +7,7 @@
 #include <future>
 #include <thread>
 
+#include "display/draw_image_factory.h"
 #include "platform/paint.h"
 #include "support/drawing.h"
 #include "support/sprite_double.h"
@@ -153,6 +154,14 @@ TEST_F(DrawImageDirectX, OtherKindsOfDeviceStandIn) {
         EXPECT_EQ(object->Create(system.handle(), 5, 3, 8), 0u);
         EXPECT_EQ(sprites.log[static_cast<std::size_t>(2 + failing)],
                   failing == 1 ? "device hardware 32 on 100x80" : "device reference 32 on 100x80");
+    }
+}
+
+TEST_F(DrawImageDirectX, DisplayModesNameIt) {
+    for (const std::uint8_t mode : {5, 6, 7, 9, 10, 11}) {
+        const auto made = makeDrawImage(mode, system);
+        EXPECT_NE(dynamic_cast<CDrawImageDirectX*>(made.get()), nullptr) << +mode;
+        EXPECT_FALSE(isPlainDisplayMode(mode));
     }
 }
 
