@@ -296,6 +296,28 @@ TEST_F(RegFile, NumbersAloneAreTakenOverAndReportedAsFailure) {
     EXPECT_EQ(gain, 7u);
 }
 
+// A copy that broke off. Whole lines are taken over, and a line that was cut only as far as it goes.
+TEST_F(RegFile, CutAtAnyByteItChangesNothingButItsOwnKey) {
+    const Bytes whole = wide(kFirstLine + u"\n" + kKeyLine + u"\n\"a\"=hex:01,02\n\"b\"=dword:00000005\n");
+    const std::size_t keyEnd =
+        whole.size() - 2 * std::u16string_view(u"\n\"a\"=hex:01,02\n\"b\"=dword:00000005\n").size();
+    for (std::size_t length = 0; length <= whole.size(); length += 7) {
+        std::ofstream(folder_ / "setting.reg", std::ios::binary)
+            .write(reinterpret_cast<const char*>(whole.data()), static_cast<std::streamsize>(length));
+        const bool imported = ImportKey(name(), kPrefix);
+        const bool made = CwRegKey(kPath, Access::Read, false).isOpen();
+        EXPECT_EQ(made, length >= keyEnd) << length;
+        EXPECT_TRUE(made || !imported) << length;
+        if (!imported) {
+            EXPECT_EQ(platform::lastSystemError(), 13u) << length;
+        }
+        CwRegKey type(kPrefix, Access::All, false);
+        if (made) {
+            EXPECT_EQ(type.DeleteSubKey(u"day"), 0u);
+        }
+    }
+}
+
 TEST_F(RegFile, OfAnotherTypeChangesNothing) {
     write(u"[HKEY_CURRENT_USER\\SOFTWARE\\Halvern\\BrinscopePreference\\0999\\day]\n\"a\"=hex:01\n");
     EXPECT_FALSE(ImportKey(name(), kPrefix));

@@ -320,6 +320,29 @@ TEST_F(SettingFile, TheImageSizeIsSetTwiceOver) {
     EXPECT_EQ(height, 32u);
 }
 
+// Size, regions, factors, sum; and over again.
+TEST_F(SettingFile, TheImageSizeIsSetStepByStep) {
+    DoubleCamera camera;
+    camera.setIdentity16(26, 0x8001);
+    camera.setCapability(3, 13);
+    camera.offerRegions(2);
+    open(camera);
+    ASSERT_TRUE(Tavra_SetBinningSumMode(handle, 1));
+    const Traffic sum = traffic();
+    load(
+        u"[ImageSize-2016]\nWidth=320\nRegionMode_1=1\nWidth_1=64\nHeight_1=32\nVBinning=1\nBinningSumMode="
+        u"2\n");
+    std::string steps;
+    for (const ControlTransfer& sent : traffic()) {
+        if ((sent.requestType & 0x80) != 0) continue;
+        if (sent.request == 18) steps += 'S';
+        if (sent.request == 128 && sent.value == 33) steps += 'F';
+        if (sent.request == sum[0].request && sent.value == sum[0].value) steps += 'B';
+    }
+    // The region has landed by the second time.
+    EXPECT_EQ(steps, "SSFBSFB");
+}
+
 TEST_F(SettingFile, HdrParametersComeAndGoOneByOne) {
     open(hdrCamera());
     save();
