@@ -2,7 +2,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <string>
+
+#include "exit_code.h"
 
 namespace tavra::tool {
 
@@ -21,6 +24,9 @@ void addSettings(CLI::App& app);
 void addFirmware(CLI::App& app);
 void addResetHubs(CLI::App& app);
 void addDoctor(CLI::App& app);
+
+// Why the USB root hubs could not be restarted.
+Failure hubFailure(std::uint32_t code);
 
 // "tavra 0.1.0", and the version of the USB access library.
 std::string versionText();

@@ -27,15 +27,17 @@ void run(bool isAsked) {
         std::cout << "The USB root hubs were restarted; `tavra list` shows the cameras that are back.\n";
         return;
     }
-    const std::uint32_t code = Tavra_GetLastError(nullptr);
-    if (code == TAVRA_ERROR_DEVICE_GONE) {
-        throw Failure(
-            "no permission to restart the USB root hubs (5); run it as root: sudo tavra reset-hubs");
-    }
-    throw failure("cannot restart the USB root hubs", code);
+    throw hubFailure(Tavra_GetLastError(nullptr));
 }
 
 }  // namespace
+
+Failure hubFailure(std::uint32_t code) {
+    // Of a camera the same code says that it went away.
+    constexpr std::uint32_t kAccessDenied = 5;
+    if (code != kAccessDenied) return failure("cannot restart the USB root hubs", code);
+    return Failure("no permission to restart the USB root hubs (5); run it as root: sudo tavra reset-hubs");
+}
 
 void addResetHubs(CLI::App& app) {
     auto* const command = app.add_subcommand("reset-hubs", "Restart the USB root hubs; asks first");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "commands.h"
+
 namespace tavra::tool {
 namespace {
 
@@ -23,6 +25,17 @@ TEST(ErrorText, FailureNamesWhatFailed) {
     const Failure f = failure("cannot set the size", 87);
     EXPECT_EQ(std::string(f.what()).find("cannot set the size: "), 0u);
     EXPECT_EQ(f.exitCode(), ExitCode::Failed);
+}
+
+// Of a camera the code says that it went away, which would send people looking for a cable.
+TEST(ErrorText, HubsWithoutTheRightSaySoAndNameTheCommand) {
+    const Failure denied = hubFailure(5);
+    EXPECT_EQ(std::string(denied.what()),
+              "no permission to restart the USB root hubs (5); run it as root: sudo tavra reset-hubs");
+    EXPECT_EQ(denied.exitCode(), ExitCode::Failed);
+    const std::string other = hubFailure(31).what();
+    EXPECT_EQ(other.find("cannot restart the USB root hubs: "), 0u) << other;
+    EXPECT_NE(other.find("(31)"), std::string::npos) << other;
 }
 
 }  // namespace
