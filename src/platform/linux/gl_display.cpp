@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/linux/loaded_modules.h"
+
 namespace tavra::platform {
 namespace {
 
@@ -39,11 +41,16 @@ std::uint32_t GlDisplay::open() {
     return openEgl(screenNumber) && findConfig() ? 0 : sprite_error::kNotAvailable;
 }
 
+// Drivers stay once they are loaded: loading them takes most of the time that a new display takes, and some
+// leave memory behind when they go.
 bool GlDisplay::openEgl(int screenNumber) {
+    const std::set<std::string> before = loadedModules();
     if (!contains(gl->eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS), "EGL_EXT_platform_xcb")) return false;
     const EGLint attributes[] = {EGL_PLATFORM_XCB_SCREEN_EXT, screenNumber, EGL_NONE};
     display = gl->eglGetPlatformDisplay(EGL_PLATFORM_XCB_EXT, connection, attributes);
-    return display != EGL_NO_DISPLAY && gl->eglInitialize(display, nullptr, nullptr) == EGL_TRUE;
+    if (display == EGL_NO_DISPLAY || gl->eglInitialize(display, nullptr, nullptr) != EGL_TRUE) return false;
+    keepLoadedSince(before);
+    return true;
 }
 
 // Windows have the pixels of the screen's root, so what is drawn must have them, too. The back buffer then
