@@ -13,7 +13,7 @@ constexpr bool isPlainDisplayMode(std::uint8_t mode) {
     return mode == 0 || mode == 8;
 }
 
-// Null for a mode whose back-end this build of the library has not. Throws std::bad_alloc.
+// By design: a mode that is not listed draws as mode 0. Throws std::bad_alloc.
 std::shared_ptr<CDrawImage> makeDrawImage(std::uint8_t displayMode, platform::IWindowSystem& system);
 
 }  // namespace tavra

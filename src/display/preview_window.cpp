@@ -99,7 +99,6 @@ Status PreviewWindow::windowSize(const PreviewRequest& request, Size& size) cons
 
 Status PreviewWindow::makeDrawObject() {
     const DrawObject made = makeDrawImage(displayMode, system_);
-    if (made == nullptr) return Status(error::kNotSupported);
     made->alphaMask = asMask(alphaChannel);
     made->SetColorKey(colorKey);
     const ImageSize image = camera_.previewImageSize();

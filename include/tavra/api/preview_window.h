@@ -38,9 +38,8 @@ extern "C" {
  *  \param closable not 0: with a close button
  *  \return 1, or 0 with the last error set
  *  \errors the operating system's or the back-end's code, and no window: 1459 there is no X server, 1400 the
- *      parent is no window, 1406 a child without a parent, TAVRA_ERROR_NOT_SUPPORTED the display mode's
- *      back-end is not in this build; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well if the window did not
- *      come about
+ *      parent is no window, 1406 a child without a parent, 126 the libraries of the display mode are
+ *      missing; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well if the window did not come about
  *  \threads the thread that is to own the window, not in a callback
  */
 TAVRA_API TavraBool Tavra_CreatePreviewWindowW(TavraHandle handle, const TavraWChar* name, uint32_t style,

@@ -222,15 +222,6 @@ TEST_F(PreviewOnScreen, NewImageSizeResizesTheWindow) {
     EXPECT_EQ(height, 6u);
 }
 
-TEST_F(PreviewOnScreen, ModesWithoutABackEndSaySo) {
-    openMono(6, 4);
-    ASSERT_TRUE(Tavra_SetDisplayMode(handle, 1));
-    EXPECT_FALSE(Tavra_CreatePreviewWindowW(handle, nullptr, kVisible, 0, 0, 5, 5, nullptr, nullptr, 1));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_NOT_SUPPORTED);
-    TavraWindow gone = nullptr;
-    EXPECT_FALSE(Tavra_GetPreviewWnd(handle, &gone));
-}
-
 TEST_F(PreviewOnScreen, ServerThatGoesAwayTakesOnlyTheWindow) {
     openMono(6, 4);
     collectRaw();
