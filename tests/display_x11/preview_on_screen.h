@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "capture_api/stream_fixture.h"
@@ -20,9 +22,12 @@ inline constexpr std::uint32_t kNoDisplay = 1459;
 // Shows a mono camera, whose preview is the frame itself.
 class PreviewOnScreen : public StreamTest {
   protected:
-    explicit PreviewOnScreen(const std::vector<const char*>& serverArguments = {}) : server(serverArguments) {
-        if (!server.started()) ADD_FAILURE() << "Xvfb does not start: scripts/install-deps test";
+    explicit PreviewOnScreen(const std::vector<const char*>& serverArguments = {})
+        : ownServer(std::in_place, serverArguments), server(*ownServer) {
+        expectServer();
     }
+    // On a server that outlives the test.
+    explicit PreviewOnScreen(XServer& shared) : server(shared) { expectServer(); }
     ~PreviewOnScreen() override {
         if (handle != nullptr) Tavra_Close(handle);
         handle = nullptr;
@@ -62,9 +67,15 @@ class PreviewOnScreen : public StreamTest {
         return value * 0x010101u;
     }
 
-    XServer server;
+    std::optional<XServer> ownServer;
+    XServer& server;
     xcb_window_t window = 0;
     std::uint32_t imageWidth = 0;
+
+  private:
+    void expectServer() const {
+        if (!server.started()) ADD_FAILURE() << "Xvfb does not start: scripts/install-deps test";
+    }
 };
 
 }  // namespace tavra::test
