@@ -69,11 +69,14 @@ class SoftwareDevice final : public ISurfaceDevice {
         const auto screen = std::static_pointer_cast<const SoftwareSurface>(primary_.lock());
         const auto image = std::static_pointer_cast<const SoftwareSurface>(overlay_.lock());
         if (target == nullptr || screen == nullptr) return;
-        const Rectangle seen = onScreen(client, *screen, target->area());
+        const PixelArea& area = target->area();
+        const std::int64_t left = std::int64_t{client.left} + area.left;
+        const std::int64_t top = std::int64_t{client.top} + area.top;
+        const Rectangle seen = onScreen(client, *screen, left, top, area);
+        if (seen.empty()) return;
         for (std::int64_t y = seen.top; y < seen.bottom; ++y) {
-            const PixelArea& area = target->area();
-            std::uint8_t* const to = area.pixels + static_cast<std::size_t>(y - client.top) * area.stride +
-                                     static_cast<std::size_t>(seen.left - client.left) * 4;
+            std::uint8_t* const to = area.pixels + static_cast<std::size_t>(y - top) * area.stride +
+                                     static_cast<std::size_t>(seen.left - left) * 4;
             std::memcpy(to, screen->row(y) + static_cast<std::size_t>(seen.left) * 4,
                         static_cast<std::size_t>(seen.width()) * 4);
             if (image != nullptr) composeRow(*screen, *image, seen, y, to);
@@ -81,14 +84,20 @@ class SoftwareDevice final : public ISurfaceDevice {
     }
 
   private:
-    // What there is of the client area on the screen and on the paint.
-    static Rectangle onScreen(const Rectangle& client, const SoftwareSurface& screen, const PixelArea& area) {
-        const auto least = [](std::int64_t a, std::int64_t b, std::int64_t c) {
-            return static_cast<std::int32_t>(std::min({a, b, c}));
+    // What there is of the client area on the screen and on the paint, whose first pixel is at (left, top) of
+    // the screen.
+    static Rectangle onScreen(const Rectangle& client, const SoftwareSurface& screen, std::int64_t left,
+                              std::int64_t top, const PixelArea& area) {
+        const auto first = [](std::int64_t a, std::int64_t b) {
+            return static_cast<std::int32_t>(
+                std::min<std::int64_t>(std::max({a, b, std::int64_t{0}}), INT32_MAX));
         };
-        return {std::max(client.left, 0), std::max(client.top, 0),
-                least(client.right, screen.size().width, std::int64_t{client.left} + area.width),
-                least(client.bottom, screen.size().height, std::int64_t{client.top} + area.height)};
+        const auto behind = [](std::int64_t a, std::int64_t b, std::int64_t c) {
+            return static_cast<std::int32_t>(std::max<std::int64_t>(std::min({a, b, c}), 0));
+        };
+        return {first(client.left, left), first(client.top, top),
+                behind(client.right, screen.size().width, left + area.width),
+                behind(client.bottom, screen.size().height, top + area.height)};
     }
 
     std::weak_ptr<ISurface> primary_;

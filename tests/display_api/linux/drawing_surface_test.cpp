@@ -1,9 +1,12 @@
 // The display modes with a drawing surface on an X server: image, background and the application's drawing,
 // pixel by pixel.
 #include <cmath>
+#include <cstring>
 #include <future>
 
 #include "capture_api/stream_fixture.h"
+#include "platform/linux/pixel_paint.h"
+#include "platform/surface_device.h"
 #include "platform/window.h"
 #include "support/drawing.h"
 #include "support/x_server.h"
@@ -241,6 +244,80 @@ TEST_P(DrawingSurface, WindowPartlyOffTheScreenShowsItsPart) {
     }
     EXPECT_TRUE(equal);
     stopAndExpectCode(0);
+}
+
+TEST_P(DrawingSurface, WindowOffTheScreenComesBackWhole) {
+    showImage();
+    struct Place {
+        int x, y;
+    };
+    std::uint32_t number = 1;
+    for (const Place& place : {Place{-100, 30}, {900, 30}, {40, -100}, {40, 700}, {40, 30}}) {
+        ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, static_cast<std::uint32_t>(place.x),
+                                               static_cast<std::uint32_t>(place.y), 12, 9));
+        show(++number);
+    }
+    EXPECT_TRUE(looksLike(imageAt(number, 3, 2)));
+    stopAndExpectCode(0);
+}
+
+// A screen with a colour of its own for each pixel, of which a window shows four by three.
+class ScreenPart {
+  public:
+    ScreenPart() {
+        EXPECT_TRUE(server_.started()) << "Xvfb does not start: scripts/install-deps test";
+        EXPECT_TRUE(platform::windowSystem().registerClass(true).ok());
+        EXPECT_TRUE(platform::surfaceSystem().createDevice(nullptr, device_).ok());
+        EXPECT_TRUE(device_->createSurface({}, screen_).ok());
+        platform::LockedSurface locked;
+        EXPECT_TRUE(screen_->lockForWriting(locked).ok());
+        for (std::uint32_t y = 0; y < 600; ++y) {
+            for (std::uint32_t x = 0; x < 800; ++x) {
+                const std::uint32_t color = colorAt(x, y);
+                std::memcpy(locked.pixels + y * locked.pitch + std::size_t{x} * 4, &color, sizeof color);
+            }
+        }
+        EXPECT_TRUE(screen_->unlock().ok());
+    }
+
+    ~ScreenPart() { EXPECT_TRUE(platform::windowSystem().unregisterClass(true).ok()); }
+    ScreenPart(const ScreenPart&) = delete;
+    ScreenPart& operator=(const ScreenPart&) = delete;
+
+    static std::uint32_t colorAt(std::uint32_t x, std::uint32_t y) { return x + 1000 * y; }
+    // Of the client area from (left, top) on.
+    Picture shown(const platform::Rectangle& client, std::int32_t left, std::int32_t top) {
+        Picture pixels(12, kRed);
+        platform::PixelPaint paint({reinterpret_cast<std::uint8_t*>(pixels.data()), 16, 4, 3, 4, left, top});
+        device_->show(paint, client);
+        return pixels;
+    }
+
+  private:
+    XServer server_;  // of 800 x 600
+    std::shared_ptr<platform::ISurfaceDevice> device_;
+    std::shared_ptr<platform::ISurface> screen_;
+};
+
+TEST(SurfacesInMemory, PartOfAWindowShowsThatPartOfTheScreen) {
+    ScreenPart part;
+    Picture expected;
+    for (std::uint32_t y = 0; y < 3; ++y) {
+        for (std::uint32_t x = 0; x < 4; ++x)
+            expected.push_back(ScreenPart::colorAt(10 + 30 + x, 20 + 7 + y));
+    }
+    EXPECT_EQ(part.shown({10, 20, 110, 100}, 30, 7), expected);
+    EXPECT_EQ(part.shown({-960, -473, 2000, 2000}, 1000, 500), expected);
+}
+
+TEST(SurfacesInMemory, NothingIsShownOfWhatIsOffTheScreen) {
+    ScreenPart part;
+    const Picture untouched(12, kRed);
+    EXPECT_EQ(part.shown({-100, 30, -96, 33}, 0, 0), untouched);
+    EXPECT_EQ(part.shown({900, 30, 904, 33}, 0, 0), untouched);
+    EXPECT_EQ(part.shown({40, -100, 44, -97}, 0, 0), untouched);
+    EXPECT_EQ(part.shown({40, 700, 44, 703}, 0, 0), untouched);
+    EXPECT_EQ(part.shown({-50, 30, 50, 90}, 10, 0), untouched);  // on the screen, but not this part of it
 }
 
 // A context that is out.
