@@ -43,13 +43,13 @@ void convertBitmap(const DrawImageInfo& info, const platform::LockedSurface& to,
 std::uint32_t CDrawImageDirectDraw::GetDC(TavraDC* dc) {
     *dc = nullptr;
     DrawMutexLock lock(drawMutex);
-    if (!lock || drawSurface == nullptr) return kNotReady;
+    if (!lock) return refused();
+    if (drawSurface == nullptr) return kNotReady;
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     if (const Status got = drawSurface->getDC(*dc); !got.ok()) {
         *dc = nullptr;
         return got.code();
     }
-    lentSurface_ = drawSurface;
     lentContext_ = *dc;
     lock.lend();
     return 0;
@@ -57,23 +57,30 @@ std::uint32_t CDrawImageDirectDraw::GetDC(TavraDC* dc) {
 
 std::uint32_t CDrawImageDirectDraw::ReleaseDC(TavraDC dc) {
     if (dc == nullptr) return 0;  // what a GetDC that failed has given
-    if (!drawMutex.isLentHere()) return error::kNotOwner;
-    if (dc != lentContext_) return error::kInvalidArgument;
-    const Status released = lentSurface_->releaseDC(dc);
-    lentSurface_ = nullptr;
+    DrawMutexLock lock(drawMutex, DrawMutexLock::How::TakeBack);
+    if (!lock) return error::kNotOwner;
+    if (dc != lentContext_) {
+        lock.lend();
+        return error::kInvalidArgument;
+    }
+    const Status released = drawSurface->releaseDC(dc);
     lentContext_ = nullptr;
-    drawMutex.endLending();
-    drawMutex.unlock();
     return released.code();
+}
+
+// Why drawMutex could not be had.
+std::uint32_t CDrawImageDirectDraw::refused() const {
+    return drawMutex.isLentHere() ? kWouldDeadlock : kNotReady;
 }
 
 std::uint32_t CDrawImageDirectDraw::SetColorKey(std::uint32_t color) {
     const DrawMutexLock lock(drawMutex);
-    if (!lock) return kNotReady;
+    if (!lock) return refused();
     colorKey = color;
     return surfacesReady != 0 ? CreateSurfaces() : 0;
 }
 
+// Of the thread that has the context, too: it may ask what to draw with.
 std::uint32_t CDrawImageDirectDraw::GetColorKey(std::uint32_t* color) {
     const DrawMutexLock lock(drawMutex);
     *color = colorKey;
@@ -87,7 +94,7 @@ std::uint32_t CDrawImageDirectDraw::SetImageSize(std::uint32_t width, std::uint3
         const std::lock_guard guard(nextImageMutex_);
         nextImage_ = {width, height, bits};
     }
-    const DrawMutexLock lock(drawMutex, DrawMutexLock::Wait::UnlessLent);
+    const DrawMutexLock lock(drawMutex, DrawMutexLock::How::UnlessLent);
     return lock ? takeImageSize() : 0;
 }
 

@@ -3,8 +3,8 @@
 //
 // Surfaces are never restored one by one: a loss, another monitor, another size rebuild all of them, and
 // where that failed there are none until the next operation tries once more. drawMutex guards everything.
-// While an application has a context, the window is not painted, and other threads that want a context, a
-// clear surface or another key wait for its release, or for the end of the window.
+// While an application has a context, nothing is painted or rebuilt on any thread, and other threads that
+// want a context, a clear surface or another key wait for its release, or for the end of the window.
 #pragma once
 
 #include <memory>
@@ -24,6 +24,8 @@ class CDrawImageDirectDraw : public CDrawImage {
                          std::uint32_t order)
         : CDrawImage(system), surfaces_(surfaces), pixelFormatOrder(order) {}
 
+    // Of GetDC, SetColorKey and ResetOverlay, which change nothing then: this thread has the context already.
+    static constexpr std::uint32_t kWouldDeadlock = 1131;
     std::uint32_t GetDC(TavraDC* dc) override;
     // 87: not the context that is out. 288: this thread has none.
     std::uint32_t ReleaseDC(TavraDC dc) override;
@@ -48,6 +50,8 @@ class CDrawImageDirectDraw : public CDrawImage {
 
     bool enter() override { return drawMutex.lockUnlessLent(); }
     void leave() override { drawMutex.unlock(); }
+
+    std::uint32_t refused() const;
 
     // Parts of CreateSurfaces.
     virtual void releaseAll();
@@ -97,10 +101,7 @@ class CDrawImageDirectDraw : public CDrawImage {
 
     std::mutex nextImageMutex_;
     std::optional<ImageFormat> nextImage_;  // that is still to be stored
-
-    // The surface that a context is out on stays until its release, whatever has become of the others.
-    Surface lentSurface_;
-    TavraDC lentContext_ = nullptr;
+    TavraDC lentContext_ = nullptr;         // that is out on drawSurface, which stays meanwhile
 };
 
 }  // namespace tavra

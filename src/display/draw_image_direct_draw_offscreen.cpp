@@ -10,7 +10,7 @@ using platform::SurfaceKind;
 // The window shows at once that the drawing is gone.
 std::uint32_t CDrawImageDirectDrawOffscreen::ResetOverlay() {
     const DrawMutexLock lock(drawMutex);
-    if (!lock) return kNotReady;
+    if (!lock) return refused();
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     if (const Status cleared = clear(*drawSurface, colorKey); !cleared.ok()) return cleared.code();
     return hasLastDraw != 0 ? Present(lastSource, lastDest, lastBackground) : 0;

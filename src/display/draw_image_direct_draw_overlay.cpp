@@ -26,7 +26,7 @@ std::uint32_t CDrawImageDirectDrawOverlay::ReleaseDC(TavraDC dc) {
 }
 
 std::uint32_t CDrawImageDirectDrawOverlay::EraseBackground(platform::IPaint* deviceContext) {
-    const DrawMutexLock lock(drawMutex, DrawMutexLock::Wait::UnlessLent);
+    const DrawMutexLock lock(drawMutex, DrawMutexLock::How::UnlessLent);
     if (!lock) return 0;
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     if (reloadOverlayDest) {
@@ -40,7 +40,7 @@ std::uint32_t CDrawImageDirectDrawOverlay::EraseBackground(platform::IPaint* dev
 
 std::uint32_t CDrawImageDirectDrawOverlay::ResetOverlay() {
     const DrawMutexLock lock(drawMutex);
-    if (!lock) return kNotReady;
+    if (!lock) return refused();
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     return paintKey().code();
 }

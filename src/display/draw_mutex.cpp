@@ -5,16 +5,18 @@ namespace tavra {
 bool DrawMutex::lock() {
     std::unique_lock guard(mutex_);
     changed_.wait(guard, [this] { return ended_ || depth_ == 0 || isHere(); });
-    if (ended_ && !isHere()) return false;
-    owner_ = std::this_thread::get_id();
-    ++depth_;
-    return true;
+    return take();
 }
 
 bool DrawMutex::lockUnlessLent() {
     std::unique_lock guard(mutex_);
     changed_.wait(guard, [this] { return ended_ || lent_ || depth_ == 0 || isHere(); });
-    if ((ended_ || lent_) && !isHere()) return false;
+    return take();
+}
+
+// By whoever need not wait any more.
+bool DrawMutex::take() {
+    if (lent_ || (ended_ && !isHere())) return false;
     owner_ = std::this_thread::get_id();
     ++depth_;
     return true;
@@ -28,6 +30,7 @@ void DrawMutex::unlock() {
     changed_.notify_all();
 }
 
+// Also tells those who do not wait for a borrower.
 void DrawMutex::lend() {
     {
         const std::lock_guard guard(mutex_);
@@ -41,9 +44,11 @@ bool DrawMutex::isLentHere() const {
     return lent_ && isHere();
 }
 
-void DrawMutex::endLending() {
+bool DrawMutex::takeBack() {
     const std::lock_guard guard(mutex_);
+    if (!lent_ || !isHere()) return false;
     lent_ = false;
+    return true;
 }
 
 void DrawMutex::end() {

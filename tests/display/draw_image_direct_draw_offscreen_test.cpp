@@ -369,27 +369,44 @@ TEST_F(OffscreenDrawing, OnlyTheThreadThatHasAContextReleasesIt) {
     EXPECT_FALSE(surfaces.contextOut);
 }
 
-TEST_F(OffscreenDrawing, SecondContextOfTheThreadIsRefusedAndTheFirstStays) {
+TEST_F(OffscreenDrawing, WithItsOwnContextAThreadChangesNothingAndTheFirstStays) {
+    constexpr std::uint32_t kRefused = 1131;
     createQuietly();
-    TavraDC dc = nullptr, second = nullptr;
-    ASSERT_EQ(object.GetDC(&dc), 0u);
-    EXPECT_EQ(object.GetDC(&second), platform::kSurfaceContextOut);
-    EXPECT_EQ(second, nullptr);
-    surfaces.takeLog();
-    EXPECT_EQ(elsewhere([&] { return draw(); }), 0u);
-    EXPECT_THAT(surfaces.log, IsEmpty());
-    EXPECT_EQ(object.ReleaseDC(dc), 0u);
-}
-
-TEST_F(OffscreenDrawing, SurfaceOfAContextOutlivesARebuild) {
-    createQuietly();
-    const int before = surfaces.alive;
     TavraDC dc = nullptr;
     ASSERT_EQ(object.GetDC(&dc), 0u);
-    EXPECT_EQ(object.SetColorKey(0x00FF00), 0u);  // on the same thread
-    EXPECT_EQ(surfaces.alive, before + 1);
+    surfaces.takeLog();
+    surfaces.lost = true;
+    EXPECT_EQ(object.SetColorKey(0x00FF00), kRefused);
+    EXPECT_EQ(object.ResetOverlay(), kRefused);
+    TavraDC second = &surfaces;
+    EXPECT_EQ(object.GetDC(&second), kRefused);
+    EXPECT_EQ(second, nullptr);
+    std::uint32_t key = 0;
+    EXPECT_EQ(object.GetColorKey(&key), 0u);
+    EXPECT_EQ(key, 0xFF00FFu);
+    EXPECT_THAT(surfaces.takeLog(), IsEmpty());
     EXPECT_EQ(object.ReleaseDC(dc), 0u);
-    EXPECT_EQ(surfaces.alive, before);
+    EXPECT_THAT(surfaces.takeLog(), ElementsAre("off2 release dc"));
+    EXPECT_EQ(object.ReleaseDC(dc), 288u);
+    EXPECT_EQ(elsewhere([&] { return object.SetColorKey(0x00FF00); }), 0u);  // nobody has it any more
+}
+
+TEST_F(OffscreenDrawing, PaintingAndSizesOfTheThreadWithTheContextArePutOff) {
+    createQuietly();
+    TavraDC dc = nullptr;
+    ASSERT_EQ(object.GetDC(&dc), 0u);
+    surfaces.takeLog();
+    system.setClient(20, 30, 120, 90);
+    EXPECT_EQ(object.CheckSize(0, 120, 90), 0u);
+    EXPECT_EQ(object.CheckMove(), 0u);
+    EXPECT_EQ(object.SetImageSize(10, 20, 8), 0u);
+    EXPECT_EQ(draw(), 0u);
+    EXPECT_THAT(surfaces.takeLog(), IsEmpty());
+    EXPECT_EQ(object.ReleaseDC(dc), 0u);
+    setImage({10, 20, 24});
+    EXPECT_EQ(draw(), 0u);
+    EXPECT_THAT(surfaces.log, Contains("create off2 120x90 16:f800"));
+    EXPECT_THAT(surfaces.log, Contains("create off3 10x20 16:f800"));
 }
 
 TEST_F(OffscreenDrawing, EndOfTheWindowSendsAwayWhoWaits) {

@@ -163,6 +163,8 @@ TEST_F(OverlayDrawing, EraseWaitsForNoContext) {
     ASSERT_EQ(object.GetDC(&dc), 0u);
     surfaces.takeLog();
     EXPECT_EQ(elsewhere([&] { return object.EraseBackground(&paint); }), 0u);
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);
+    EXPECT_EQ(object.ResetOverlay(), 1131u);
     EXPECT_THAT(surfaces.log, IsEmpty());
     EXPECT_EQ(object.ReleaseDC(dc), 0u);
 }

@@ -28,7 +28,7 @@ TEST(DrawMutex, OthersWaitForAMoment) {
     {
         const DrawMutexLock lock(mutex);
         other = std::async(std::launch::async, [&] {
-            const DrawMutexLock waited(mutex, DrawMutexLock::Wait::UnlessLent);
+            const DrawMutexLock waited(mutex, DrawMutexLock::How::UnlessLent);
             return waited && order == 1;
         });
         order = 1;
@@ -36,15 +36,36 @@ TEST(DrawMutex, OthersWaitForAMoment) {
     EXPECT_TRUE(other.get());
 }
 
-TEST(DrawMutex, LendingIsNotWaitedForByWhoMayNot) {
+TEST(DrawMutex, LentIsRefusedToItsThreadAndToWhoMayNotWait) {
     DrawMutex mutex;
     DrawMutexLock lock(mutex);
     lock.lend();
     EXPECT_TRUE(mutex.isLentHere());
     EXPECT_FALSE(elsewhere([&] { return mutex.isLentHere(); }));
     EXPECT_FALSE(elsewhere([&] { return mutex.lockUnlessLent(); }));
-    const DrawMutexLock again(mutex, DrawMutexLock::Wait::UnlessLent);
-    EXPECT_TRUE(again);
+    EXPECT_FALSE(mutex.lockUnlessLent());
+    EXPECT_FALSE(mutex.lock());
+}
+
+TEST(DrawMutex, OnlyItsThreadTakesItBack) {
+    DrawMutex mutex;
+    EXPECT_FALSE(mutex.takeBack());
+    {
+        DrawMutexLock lock(mutex);
+        EXPECT_FALSE(mutex.takeBack());  // it has it anyway
+        lock.lend();
+    }
+    EXPECT_FALSE(elsewhere([&] { return mutex.takeBack(); }));
+    {
+        DrawMutexLock lock(mutex, DrawMutexLock::How::TakeBack);
+        EXPECT_TRUE(lock);
+        const DrawMutexLock again(mutex);
+        EXPECT_TRUE(again);
+    }
+    EXPECT_TRUE(elsewhere([&] {
+        const DrawMutexLock lock(mutex);
+        return static_cast<bool>(lock);
+    }));
 }
 
 TEST(DrawMutex, WhoeverWaitsWhenItIsLentGoesOn) {
@@ -55,7 +76,7 @@ TEST(DrawMutex, WhoeverWaitsWhenItIsLentGoesOn) {
     EXPECT_FALSE(other.get());
 }
 
-TEST(DrawMutex, EndedLendingFreesIt) {
+TEST(DrawMutex, WhoeverWaitsGetsItWhenItIsTakenBackAndUnlocked) {
     DrawMutex mutex;
     DrawMutexLock lock(mutex);
     lock.lend();
@@ -63,7 +84,7 @@ TEST(DrawMutex, EndedLendingFreesIt) {
         const DrawMutexLock waited(mutex);
         return static_cast<bool>(waited);
     });
-    mutex.endLending();
+    EXPECT_TRUE(mutex.takeBack());
     EXPECT_FALSE(mutex.isLentHere());
     mutex.unlock();
     EXPECT_TRUE(other.get());
@@ -77,9 +98,13 @@ TEST(DrawMutex, EndSendsAwayWhoWaitsButNotWhoHasIt) {
     mutex.end();
     EXPECT_FALSE(other.get());
     EXPECT_FALSE(elsewhere([&] { return mutex.lockUnlessLent(); }));
-    EXPECT_TRUE(mutex.isLentHere());
-    const DrawMutexLock again(mutex);
-    EXPECT_TRUE(again);
+    EXPECT_TRUE(mutex.takeBack());
+    {
+        const DrawMutexLock again(mutex);
+        EXPECT_TRUE(again);
+    }
+    mutex.unlock();
+    EXPECT_FALSE(mutex.lock());
 }
 
 }  // namespace
