@@ -40,9 +40,8 @@ PresentParameters parametersFor(std::uint32_t presentMode) {
 }  // namespace
 
 CDrawImageDirectX::~CDrawImageDirectX() {
-    const bool taken = drawMutex.lockUnlessKept();
+    const DrawMutexLock lock(drawMutex, DrawMutexLock::How::UnlessLent);
     releaseAll();
-    if (taken) drawMutex.unlock();
 }
 
 // The device and what is made on it.
@@ -112,9 +111,8 @@ std::uint32_t CDrawImageDirectX::SetImageSize(std::uint32_t width, std::uint32_t
 }
 
 std::uint32_t CDrawImageDirectX::settle() {
-    if (!drawMutex.lockUnlessKept()) return 0;
-    const DrawLockGuard taken(drawMutex);
-    return carryOutDue();
+    const DrawMutexLock lock(drawMutex, DrawMutexLock::How::UnlessLent);
+    return lock ? carryOutDue() : 0;
 }
 
 std::uint32_t CDrawImageDirectX::carryOutDue() {
@@ -134,8 +132,8 @@ std::uint32_t CDrawImageDirectX::carryOutDue() {
 
 std::uint32_t CDrawImageDirectX::GetDC(TavraDC* dc) {
     *dc = nullptr;
-    if (!drawMutex.lock()) return kWouldDeadlock;
-    DrawLockGuard taken(drawMutex);
+    DrawMutexLock lock(drawMutex);
+    if (!lock) return refused();
     if (const std::uint32_t failure = carryOutDue(); failure != 0) return failure;
     if (drawingActive == 0) {
         if (const std::uint32_t failure = createDrawing(); failure != 0) {
@@ -145,8 +143,13 @@ std::uint32_t CDrawImageDirectX::GetDC(TavraDC* dc) {
     }
     if (const std::uint32_t failure = keySurface->getDC(lent_); failure != 0) return failure;
     *dc = lent_;
-    taken.keep();
+    lock.lend();
     return 0;
+}
+
+// Why drawMutex could not be had.
+std::uint32_t CDrawImageDirectX::refused() const {
+    return drawMutex.isLentHere() ? kWouldDeadlock : sprite_error::kNotAvailable;
 }
 
 std::uint32_t CDrawImageDirectX::createDrawing() {
@@ -183,10 +186,10 @@ void CDrawImageDirectX::releaseDrawing() {
 }
 
 std::uint32_t CDrawImageDirectX::ReleaseDC(TavraDC dc) {
-    if (!drawMutex.resume()) return kNotOwner;
-    DrawLockGuard taken(drawMutex);
+    DrawMutexLock lock(drawMutex, DrawMutexLock::How::TakeBack);
+    if (!lock) return kNotOwner;
     if (dc != lent_) {
-        taken.keep();
+        lock.lend();
         return error::kInvalidArgument;
     }
     lent_ = nullptr;
@@ -213,8 +216,8 @@ std::uint32_t CDrawImageDirectX::copyDrawing() {
 }
 
 std::uint32_t CDrawImageDirectX::SetColorKey(std::uint32_t color) {
-    if (!drawMutex.lock()) return kWouldDeadlock;
-    const DrawLockGuard taken(drawMutex);
+    const DrawMutexLock lock(drawMutex);
+    if (!lock) return refused();
     releaseDrawing();
     colorKey = color;
     return 0;
@@ -222,18 +225,14 @@ std::uint32_t CDrawImageDirectX::SetColorKey(std::uint32_t color) {
 
 // Of the thread that has the context, too: it may ask what to draw with.
 std::uint32_t CDrawImageDirectX::GetColorKey(std::uint32_t* color) {
-    if (!drawMutex.lock()) {
-        *color = colorKey;
-        return 0;
-    }
-    const DrawLockGuard taken(drawMutex);
+    const DrawMutexLock lock(drawMutex);
     *color = colorKey;
     return 0;
 }
 
 std::uint32_t CDrawImageDirectX::ResetOverlay() {
-    if (!drawMutex.lock()) return kWouldDeadlock;
-    const DrawLockGuard taken(drawMutex);
+    const DrawMutexLock lock(drawMutex);
+    if (!lock) return refused();
     releaseDrawing();
     return 0;
 }
@@ -243,11 +242,11 @@ std::uint32_t CDrawImageDirectX::ResetOverlay() {
 std::uint32_t CDrawImageDirectX::DrawImage(const Rectangle& source, const Rectangle& destination,
                                            const BackgroundRectangles& background,
                                            const DrawImageInfo& info) {
-    if (!drawMutex.lockUnlessKept()) {
+    const DrawMutexLock lock(drawMutex, DrawMutexLock::How::UnlessLent);
+    if (!lock) {
         imageDue_ = true;
         return 0;
     }
-    const DrawLockGuard taken(drawMutex);
     if (const std::uint32_t failure = carryOutDue(); failure != 0) return failure;
     if (const std::uint32_t failure = fitDevice(info); failure != 0) return failure;
     if (imageDue_ || lastFrameId != info.frameId) {

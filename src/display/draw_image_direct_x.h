@@ -2,8 +2,8 @@
 //
 // Any thread may use the drawing surface; drawMutex guards all there is. Between GetDC and ReleaseDC it stays
 // with the thread that has the context. Nothing else waits for that thread but other uses of the drawing
-// surface: painting and changes of size are put off until ReleaseDC, which carries them out. So an
-// application that never releases its context stops its picture and nothing more.
+// surface, until the end of the window: painting and changes of size are put off until ReleaseDC, which
+// carries them out. So an application that never releases its context stops its picture and nothing more.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@
 #include <optional>
 
 #include "display/draw_image.h"
-#include "display/draw_lock.h"
+#include "display/draw_mutex.h"
 #include "platform/sprite_device.h"
 
 namespace tavra {
@@ -48,6 +48,7 @@ class CDrawImageDirectX final : public CDrawImage {
     // 13: the bitmap is not of the format that was told.
     std::uint32_t DrawImage(const Rectangle& source, const Rectangle& destination,
                             const BackgroundRectangles& background, const DrawImageInfo& info) override;
+    void endWaiting() override { drawMutex.end(); }
 
   private:
     struct ImageFormat {
@@ -78,6 +79,7 @@ class CDrawImageDirectX final : public CDrawImage {
     std::uint32_t carryOutDue();
 
     std::uint32_t settle();  // without it
+    std::uint32_t refused() const;
     template <typename Note>
     void noteDue(Note note) {
         const std::lock_guard lock(dueMutex_);
@@ -88,7 +90,7 @@ class CDrawImageDirectX final : public CDrawImage {
     const std::uint32_t presentMode;
     const std::uint32_t preserveFloatingPoint;
 
-    DrawLock drawMutex;
+    DrawMutex drawMutex;
     std::unique_ptr<platform::ISpriteObject> direct3D;
     std::unique_ptr<platform::ISpriteDevice> device;
     std::unique_ptr<platform::ISprite> sprite;

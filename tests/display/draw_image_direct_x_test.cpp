@@ -551,6 +551,24 @@ TEST_F(DrawImageDirectX, OtherThreadsWaitForTheContext) {
     EXPECT_EQ(sprites.log.back(), "release surface");
 }
 
+TEST_F(DrawImageDirectX, EndOfTheWindowSendsAwayWhoWaits) {
+    open();
+    TavraDC dc = nullptr;
+    ASSERT_EQ(object->GetDC(&dc), 0u);
+    auto other = std::async(std::launch::async, [this] {
+        TavraDC waited = nullptr;
+        return object->GetDC(&waited);
+    });
+    auto reset = std::async(std::launch::async, [this] { return object->ResetOverlay(); });
+    auto key = std::async(std::launch::async, [this] { return object->SetColorKey(1); });
+    object->endWaiting();
+    EXPECT_EQ(other.get(), kNotAvailable);
+    EXPECT_EQ(reset.get(), kNotAvailable);
+    EXPECT_EQ(key.get(), kNotAvailable);
+    EXPECT_TRUE(fillRectangle(dc, {0, 0, 1, 1}, {1, 2, 3}));
+    EXPECT_EQ(object->ReleaseDC(dc), 0u);
+}
+
 TEST_F(DrawImageDirectX, EndsWithAContextThatIsOut) {
     open();
     TavraDC dc = nullptr;
