@@ -31,9 +31,10 @@ std::uint32_t CDrawImageDirectDrawOverlay::EraseBackground(platform::IPaint* dev
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     if (reloadOverlayDest) {
         overlayDest = clientOnMonitor();
+        overlayFromX = overlayFromY = 0;
         reloadOverlayDest = false;
     }
-    const Status copied = copyDrawing(overlayDest, 0, 0);
+    const Status copied = copyDrawing(overlayDest, overlayFromX, overlayFromY);
     directDraw->show(*deviceContext, clientOnMonitor());
     return copied.code();
 }
@@ -114,7 +115,9 @@ std::uint32_t CDrawImageDirectDrawOverlay::Present(const Rectangle& source, cons
     if (!source.empty()) clipToArea(part, place, desktopRect.right, desktopRect.bottom);
     if (place != overlayDest) {
         overlayDest = place;
-        const Status copied = copyDrawing(place, place.left - whole.left, place.top - whole.top);
+        overlayFromX = place.left - whole.left;
+        overlayFromY = place.top - whole.top;
+        const Status copied = copyDrawing(place, overlayFromX, overlayFromY);
         if (!copied.ok()) return 0;
     }
     if (imageSurface->showOverlay(part, *primarySurface, place, key).ok()) fillBackground(background);

@@ -23,7 +23,9 @@ class CDrawImageDirectDrawOverlay final : public CDrawImageDirectDraw {
     Status paintKey();
     Status copyDrawing(const Rectangle& to, std::int32_t fromX, std::int32_t fromY);
 
-    Rectangle overlayDest;  // where the overlay is on the monitor; all zero: nowhere yet
+    Rectangle overlayDest;          // where the overlay is on the monitor; all zero: nowhere yet
+    std::int32_t overlayFromX = 0;  // the pixel of the drawing that is at its corner
+    std::int32_t overlayFromY = 0;
     bool reloadOverlayDest = false;
     std::uint32_t overlayKeyColor = 0;  // as the screen shows it, 0x00RRGGBB
 };

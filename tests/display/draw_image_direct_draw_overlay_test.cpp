@@ -157,6 +157,24 @@ TEST_F(OverlayDrawing, EraseCopiesTheDrawing) {
               Log({"primary lost?", "primary 38,46,102,94 = off1 0,0,64,48", "show 20,30,120,110"}));
 }
 
+TEST_F(OverlayDrawing, EraseCopiesThePartThatIsOnTheDesktop) {
+    system.setClient(-50, -20, 100, 80);
+    createQuietly();
+    destination = {10, 4, 74, 52};  // -40 to 24 and -16 to 32 on the screen
+    background = {};
+    EXPECT_EQ(draw(), 0u);
+    EXPECT_THAT(surfaces.takeLog(), Contains("primary 0,0,24,32 = off1 40,16,64,48"));
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);  // the first after a creation is of the whole client area
+    EXPECT_THAT(surfaces.takeLog(), Contains("primary -50,-20,50,60 = off1 0,0,100,80"));
+    EXPECT_EQ(drawNext(), 0u);
+    surfaces.takeLog();
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);
+    EXPECT_THAT(surfaces.takeLog(), Contains("primary 0,0,24,32 = off1 40,16,64,48"));
+    EXPECT_EQ(object.OnMove(0, 0), 0u);
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);
+    EXPECT_THAT(surfaces.takeLog(), Contains("primary -50,-20,50,60 = off1 0,0,100,80"));
+}
+
 TEST_F(OverlayDrawing, EraseWaitsForNoContext) {
     createQuietly();
     TavraDC dc = nullptr;
