@@ -197,7 +197,9 @@ std::uint32_t GlDevice::testCooperativeLevel() {
 std::uint32_t GlDevice::reset(const PresentParameters& parameters) {
     leave();
     destroyContext();
-    return elsewhere([&] { return createContext(parameters); });
+    const std::uint32_t failure = elsewhere([&] { return createContext(parameters); });
+    lost_ = failure != 0;  // to be tried again
+    return failure;
 }
 
 // What is made on it.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -141,6 +142,41 @@ TEST_F(GlSprites, TexturesSurviveAReset) {
     EXPECT_EQ(device->testCooperativeLevel(), 0u);
     sprite.reset();
     ASSERT_EQ(device->reset(parameters), 0u);
+    ASSERT_EQ(device->createSprite(sprite), 0u);
+    draw({1, 1, 8, 6}, {0, 0});
+    EXPECT_EQ(device->present(), 0u);
+    EXPECT_TRUE(server.looksLike(window, kClient, expected({1, 1, 8, 6}, 0, 0)));
+}
+
+// While it lives, threads ask for more stack than there is, and do not start.
+class NoThreads {
+  public:
+    NoThreads() {
+        pthread_getattr_default_np(&before_);
+        pthread_attr_t attributes = before_;
+        EXPECT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{1} << 50), 0);
+        EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
+    }
+    ~NoThreads() { EXPECT_EQ(pthread_setattr_default_np(&before_), 0); }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+  private:
+    pthread_attr_t before_{};
+};
+
+TEST_F(GlSprites, ResetThatFailsIsToBeTriedAgain) {
+    draw({0, 0, 8, 6}, {0, 0});
+    EXPECT_EQ(device->present(), 0u);
+    sprite.reset();
+    {
+        const NoThreads none;
+        EXPECT_NE(device->reset(parameters), 0u);
+    }
+    EXPECT_EQ(device->testCooperativeLevel(), sprite_error::kDeviceNotReset);
+    EXPECT_EQ(device->present(), sprite_error::kDeviceLost);
+    ASSERT_EQ(device->reset(parameters), 0u);
+    EXPECT_EQ(device->testCooperativeLevel(), 0u);
     ASSERT_EQ(device->createSprite(sprite), 0u);
     draw({1, 1, 8, 6}, {0, 0});
     EXPECT_EQ(device->present(), 0u);
