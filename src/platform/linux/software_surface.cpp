@@ -62,6 +62,7 @@ class SoftwareSurface::Context {
         if (picture_.create({size.width, size.height, 32}).ok()) drawing_.emplace(picture_);
     }
 
+    bool hasPicture() const { return drawing_.has_value(); }
     TavraDC dc() { return drawing_ ? drawing_->dc() : nullptr; }
     std::uint8_t* row(std::size_t y) { return picture_.pixels() + y * picture_.shape().stride(); }
     void end() { drawing_.reset(); }
@@ -207,6 +208,7 @@ Status SoftwareSurface::getDC(TavraDC& dc) {
     if (context_) return Status(kSurfaceContextOut);
     if (locked_) return Status(kSurfaceBusy);
     auto context = std::make_unique<Context>(size());
+    if (!context->hasPicture()) return Status(kSurfaceOutOfMemory);
     for (std::uint32_t y = 0; y < size().height; ++y) {
         std::uint8_t* const to = context->row(y);
         for (std::uint32_t x = 0; x < size().width; ++x) store32(to + x * std::size_t{4}, colorAt(x, y));

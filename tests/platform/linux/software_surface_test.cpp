@@ -3,7 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <cstring>
+#include <fstream>
 
 #include "support/drawing.h"
 
@@ -163,6 +167,27 @@ TEST(SoftwareSurface, ContextDrawsOnWhatIsThere) {
         EXPECT_EQ(first, 0xFF0000u);
     }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they end where memory does
+TEST(SoftwareSurface, ContextNeedsMemory) {
+    const auto surface = make({4096, 4096}, kSoftware565);  // whose picture of 32 bits takes 64 MiB
+    std::uint64_t pages = 0;
+    ASSERT_TRUE(std::ifstream("/proc/self/statm") >> pages);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    rlimit limited = before;
+    limited.rlim_cur = pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE)) + (32u << 20);
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &limited), 0);
+    TavraDC dc = nullptr;
+    const Status got = surface->getDC(dc);
+    EXPECT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+    EXPECT_EQ(got, Status(platform::kSurfaceOutOfMemory));
+    EXPECT_EQ(dc, nullptr);
+    EXPECT_TRUE(surface->fill(nullptr, 1).ok());  // it is not busy
+    EXPECT_TRUE(surface->getDC(dc).ok());
+    EXPECT_TRUE(surface->releaseDC(dc).ok());
+}
+#endif
 
 TEST(SoftwareSurface, OverlayLiesOnTheScreen) {
     const auto image = make({2, 2}, kSoftwareUyvy), screen = make({4, 4});
