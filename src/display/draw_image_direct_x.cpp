@@ -186,6 +186,7 @@ void CDrawImageDirectX::releaseDrawing() {
 }
 
 std::uint32_t CDrawImageDirectX::ReleaseDC(TavraDC dc) {
+    if (dc == nullptr) return 0;  // what a GetDC that failed has given
     DrawMutexLock lock(drawMutex, DrawMutexLock::How::TakeBack);
     if (!lock) return kNotOwner;
     if (dc != lent_) {

@@ -36,7 +36,8 @@ class CDrawImageDirectX final : public CDrawImage {
 
     // 1131: this thread has the context already.
     std::uint32_t GetDC(TavraDC* dc) override;
-    // 288: this thread has no context. 87: it has another one. Nothing changes then.
+    // 288: this thread has no context. 87: it has another one. Nothing changes then. Null: nothing to
+    // release.
     std::uint32_t ReleaseDC(TavraDC dc) override;
     // These two remove what was drawn. 1131: this thread has the context.
     std::uint32_t SetColorKey(std::uint32_t color) override;

@@ -381,6 +381,7 @@ TEST_F(OffscreenDrawing, WithItsOwnContextAThreadChangesNothingAndTheFirstStays)
     TavraDC second = &surfaces;
     EXPECT_EQ(object.GetDC(&second), kRefused);
     EXPECT_EQ(second, nullptr);
+    EXPECT_EQ(object.ReleaseDC(second), 0u);
     std::uint32_t key = 0;
     EXPECT_EQ(object.GetColorKey(&key), 0u);
     EXPECT_EQ(key, 0xFF00FFu);

@@ -485,7 +485,7 @@ TEST_F(DrawImageDirectX, WithoutADeviceThereIsNoContext) {
     EXPECT_EQ(object->Create(system.handle(), 5, 3, 8), error::kModuleNotFound);
     TavraDC dc = nullptr;
     EXPECT_EQ(object->GetDC(&dc), kNotAvailable);
-    EXPECT_EQ(object->ReleaseDC(dc), CDrawImageDirectX::kNotOwner);
+    EXPECT_EQ(object->ReleaseDC(dc), 0u);  // there is nothing to release
 }
 
 TEST_F(DrawImageDirectX, WhileAContextIsOutPaintingIsPutOff) {
@@ -525,6 +525,7 @@ TEST_F(DrawImageDirectX, OwnContextAtHandNothingWaitsForItself) {
     EXPECT_EQ(object->GetColorKey(&key), 0u);
     EXPECT_EQ(key, 0xFF00FFu);
     EXPECT_EQ(object->ReleaseDC(&dc), error::kInvalidArgument);
+    EXPECT_EQ(object->ReleaseDC(second), 0u);
     EXPECT_TRUE(fillRectangle(dc, {0, 0, 1, 1}, {1, 2, 3}));  // still good
     EXPECT_EQ(object->ReleaseDC(dc), 0u);
     EXPECT_EQ(object->ReleaseDC(dc), CDrawImageDirectX::kNotOwner);
