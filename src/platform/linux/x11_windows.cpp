@@ -51,9 +51,14 @@ class X11Windows final : public IWindowSystem {
     }
     Status destroy(TavraWindow window) override {
         const auto current = session();
-        if (current == nullptr || !current->isWindow(window)) return kNoSuchWindow;
-        current->run([&](X11Connection&) { current->destroy(window, true); });
-        return Status();
+        if (current == nullptr) return kNoSuchWindow;
+        // Also of a window that has just ended: the window thread may still be telling of that.
+        bool existed = false;
+        current->run([&](X11Connection&) {
+            existed = current->isWindow(window);
+            current->destroy(window, true);
+        });
+        return existed ? Status() : kNoSuchWindow;
     }
     bool isWindow(TavraWindow window) override {
         const auto current = session();
