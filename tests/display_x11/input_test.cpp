@@ -27,6 +27,16 @@ class Input : public PreviewOnScreen {
         return picture;
     }
 
+    void messagesUpTo(std::uint32_t last) {
+        for (ReceivedMessage got; got.message != last;) ASSERT_TRUE(receiver.wait(got, kPatienceMs));
+    }
+    // All input so far has had its effect then.
+    void takeUpUntilSized(std::uint32_t width) {
+        server.resize(window, width, 48);
+        expectMessage(45061);
+        expectMessage(45063);
+    }
+
     User user{server};
 };
 
@@ -114,6 +124,44 @@ TEST_F(Input, BarsAreDraggedPagedAndStepped) {
     user.clickAt(215, 5);
     EXPECT_TRUE(server.looksLike(window, client, part(0, 206, client)));
     stopAndExpectCode(0);
+}
+
+// Arrow, track, thumb and corner, and an arrow that is let go over the image.
+TEST_F(Input, ClicksOnBarsDoNotMagnify) {
+    openMono(416, 416);
+    createWindow({224, 224}, kVisible | kScrolls, nullptr, true, 2);
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 1));
+    const Place before = mask();
+    user.clickAt(200, 215);
+    user.clickAt(180, 215);
+    user.clickAt(150, 215);
+    user.clickAt(216, 216);
+    user.moveTo(215, 5);
+    user.press(1);
+    user.moveTo(100, 100);
+    user.release(1);
+    server.resize(window, 226, 224);
+    expectMessage(45061);  // and no 45062 before
+    EXPECT_EQ(mask(), before);
+    user.clickAt(100, 100);
+    messagesUpTo(45062);
+    EXPECT_NE(mask(), before);
+}
+
+TEST_F(Input, CursorIsTheArrowAgainWhenTheModeIsOff) {
+    openMono(64, 48);
+    createWindow({64, 48});
+    user.moveTo(20, 20);
+    const std::vector<std::uint32_t> arrow = user.cursor();
+    ASSERT_FALSE(arrow.empty());
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 1));
+    user.moveTo(21, 20);
+    takeUpUntilSized(66);
+    EXPECT_NE(user.cursor(), arrow);
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 0));
+    user.moveTo(22, 20);
+    takeUpUntilSized(68);
+    EXPECT_EQ(user.cursor(), arrow);
 }
 
 TEST_F(Input, BarsGoWhenTheWindowIsLargeEnough) {

@@ -2,10 +2,14 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/uio.h>
+#include <xcb/xcbext.h>
 #include <xcb/xtest.h>
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <vector>
 
 #include "support/x_server.h"
 
@@ -26,7 +30,34 @@ class User {
     void holdAlt() { input(XCB_KEY_PRESS, altKey()); }
     void letAltGo() { input(XCB_KEY_RELEASE, altKey()); }
 
+    // The pixels of the cursor that is shown; none if they cannot be read.
+    std::vector<std::uint32_t> cursor() {
+        constexpr std::uint8_t kQueryVersion = 0, kGetCursorImage = 4;
+        constexpr std::size_t kSizes = 12, kPixels = 32;  // where width and height, and the pixels are
+        std::free(askXfixes(kQueryVersion, {0, 1, 0}));   // version 1.0
+        const auto* const reply = static_cast<std::uint8_t*>(askXfixes(kGetCursorImage, {0}));
+        if (reply == nullptr) return {};
+        std::uint16_t sizes[2];
+        std::memcpy(sizes, reply + kSizes, sizeof sizes);
+        std::vector<std::uint32_t> pixels(std::size_t{sizes[0]} * sizes[1]);
+        std::memcpy(pixels.data(), reply + kPixels, pixels.size() * 4);
+        std::free(const_cast<std::uint8_t*>(reply));
+        return pixels;
+    }
+
   private:
+    // A request of the extension that knows cursors. Its first word is filled in; the caller frees the reply.
+    void* askXfixes(std::uint8_t number, std::vector<std::uint32_t> words) {
+        static xcb_extension_t xfixes{"XFIXES", 0};
+        const xcb_protocol_request_t request{1, &xfixes, number, 0};
+        iovec parts[4] = {};  // the first two are the library's
+        parts[2] = {words.data(), words.size() * 4};
+        const unsigned sent = xcb_send_request(connection_, XCB_REQUEST_CHECKED, parts + 2, &request);
+        xcb_generic_error_t* failure = nullptr;
+        void* const reply = xcb_wait_for_reply(connection_, sent, &failure);
+        std::free(failure);
+        return reply;
+    }
     void input(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0) {
         xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_, static_cast<std::int16_t>(x),
                             static_cast<std::int16_t>(y), 0);

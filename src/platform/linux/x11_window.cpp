@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace tavra::platform {
 namespace {
@@ -203,9 +204,14 @@ void X11Window::setScrollBar(Axis axis, const ScrollBar& state) {
     bar(axis).state = state;
 }
 
+// Until the mouse moves without being taken.
 void X11Window::setCursor(Cursor cursor) {
-    const std::uint32_t value = connection_.cursor(cursor);
-    connection_.x->xcb_change_window_attributes(connection_.raw, id_, XCB_CW_CURSOR, &value);
+    ownCursor_ = true;
+    applyCursor(connection_.cursor(cursor));
+}
+
+void X11Window::applyCursor(xcb_cursor_t cursor) const {
+    connection_.x->xcb_change_window_attributes(connection_.raw, id_, XCB_CW_CURSOR, &cursor);
 }
 
 // Without a window manager the keyboard goes to the window under the pointer.
@@ -269,10 +275,12 @@ void X11Window::onButton(const xcb_button_press_event_t& event, bool pressed) {
     const std::int32_t x = event.event_x, y = event.event_y;
     current_ = &event;
     connection_.altHeld = (event.state & XCB_MOD_MASK_1) != 0;
-    if (drag_.on && !pressed) {
-        dragThumb(x, y, ScrollCode::ThumbReleased);
+    if (barPressed_ && !pressed && event.detail == 1) {
+        barPressed_ = false;  // whatever the pointer is over by now
+        if (drag_.on) dragThumb(x, y, ScrollCode::ThumbReleased);
         drag_.on = false;
     } else if (pressed && event.detail == 1 && pressBar(x, y)) {
+        barPressed_ = true;
         lastButton_ = 0;
     } else if (event.detail >= 1 && event.detail <= 3) {
         const ButtonMessages& messages = kButtons[event.detail - 1];
@@ -304,6 +312,7 @@ void X11Window::onPointer(const xcb_motion_notify_event_t& event) {
     current_ = reinterpret_cast<const xcb_button_press_event_t*>(&event);  // of the same form
     sendMouse(kMouseMove, event.state, 0, event.event_x, event.event_y);
     current_ = nullptr;
+    if (!mouseTaken_ && std::exchange(ownCursor_, false)) applyCursor(XCB_CURSOR_NONE);
 }
 
 void X11Window::sendMouse(std::uint32_t message, std::uint16_t state, std::int32_t wheel, std::int32_t x,

@@ -63,6 +63,7 @@ class X11Window {
     };
 
     void applyStyle(std::uint32_t style);
+    void applyCursor(xcb_cursor_t cursor) const;
     void setHints(const WindowRequest& request);
     Rectangle paintedPart() const;
     void onConfigure(const xcb_configure_notify_event_t& event);
@@ -95,7 +96,9 @@ class X11Window {
     Bar horizontal_;
     Bar vertical_;
     Drag drag_;
+    bool barPressed_ = false;  // the release belongs to a bar, too
     bool mouseTaken_ = false;
+    bool ownCursor_ = false;
     xcb_timestamp_t lastPress_ = 0;
     xcb_button_t lastButton_ = 0;
     const xcb_button_press_event_t* current_ = nullptr;  // the mouse event at hand
