@@ -6,7 +6,10 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <utility>
 
+#include "platform/linux/x11_session.h"
 #include "platform/window.h"
 #include "support/x_server.h"
 
@@ -40,15 +43,18 @@ class EventsDouble final : public platform::IWindowEvents {
     void onCreate(TavraWindow) override {}
     void onDestroy() override { call(whenDestroyed); }
     void onMove() override {}
-    void onSize(std::uint32_t, std::uint32_t, std::uint32_t) override { call(whenSized); }
+    void onSize(std::uint32_t, std::uint32_t width, std::uint32_t) override {
+        if (whenSized) whenSized(width);
+    }
     void onPaint(platform::IPaint&, platform::Size) override { call(whenPainted); }
     void onErase(platform::IPaint&) override {}
     void onCommand(std::uint64_t) override {}
     void onScroll(platform::Axis, platform::ScrollCode, std::int32_t) override {}
-    void onMouse(const platform::MouseMessage&) override { call(whenMouse); }
+    void onMouse(const platform::MouseMessage&) override {}
     void onAltKey() override {}
 
-    std::function<void()> whenDestroyed, whenSized, whenPainted, whenMouse;
+    std::function<void()> whenDestroyed, whenPainted;
+    std::function<void(std::uint32_t)> whenSized;  // with the width
 
   private:
     static void call(const std::function<void()>& what) {
@@ -101,6 +107,51 @@ TEST_F(WindowSystem, DestroyReturnsAfterTheWindowWasToldAlsoIfTheUserWasFirst) {
     EXPECT_EQ(system.destroy(window).code(), 1400u);
     EXPECT_TRUE(told);
     destroyed.come();
+}
+
+TEST_F(WindowSystem, WindowInsideOfAnotherOfThemHasItsOwnEvents) {
+    Moment outerSized, innerSized;
+    events.whenSized = [&](std::uint32_t width) {
+        if (width == 33) outerSized.come();
+    };
+    EventsDouble innerEvents;
+    innerEvents.whenSized = [&](std::uint32_t width) {
+        if (width == 22) innerSized.come();
+    };
+    const TavraWindow outer = make(events), inner = make(innerEvents, outer);
+    server.resize(native(outer), 33, 30);  // comes after the news that there is a window inside
+    ASSERT_TRUE(outerSized.waitFor(kPatience));
+    platform::Rectangle place;
+    ASSERT_TRUE(system.windowOnScreen(inner, place).ok());  // what the news led to is done, too
+    server.resize(native(inner), 22, 11);
+    EXPECT_TRUE(innerSized.waitFor(kPatience));
+    EXPECT_TRUE(system.destroy(inner).ok());
+}
+
+TEST_F(WindowSystem, EventsAreLostWithoutMemoryAndTheWindowsLiveOn) {
+    Moment lost, painted;
+    events.whenSized = [](std::uint32_t) { throw std::bad_alloc(); };
+    events.whenDestroyed = [] { throw std::bad_alloc(); };
+    events.whenPainted = [&, failed = false]() mutable {
+        if (std::exchange(failed, true)) return painted.come();
+        lost.come();
+        throw std::bad_alloc();
+    };
+    const TavraWindow window = make(events);
+    EXPECT_TRUE(system.isWindow(window));
+    ASSERT_TRUE(lost.waitFor(kPatience));
+    EXPECT_TRUE(system.postResize(window).ok());
+    server.resize(native(window), 33, 30);
+    EXPECT_TRUE(system.invalidate(window, false).ok());
+    EXPECT_TRUE(painted.waitFor(kPatience));
+    EXPECT_TRUE(system.destroy(window).ok());
+}
+
+TEST_F(WindowSystem, WorkWithoutMemoryFailsWhereItWasAskedFor) {
+    platform::X11Session session;
+    ASSERT_TRUE(session.start().ok());
+    EXPECT_THROW(session.run([](platform::X11Connection&) { throw std::bad_alloc(); }), std::bad_alloc);
+    EXPECT_TRUE(session.run([](platform::X11Connection&) {}));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,18 @@ xcb_window_t windowOf(const xcb_generic_event_t& event) {
         case XCB_MOTION_NOTIFY:
         case XCB_LEAVE_NOTIFY: return reinterpret_cast<const xcb_button_press_event_t&>(event).event;
         default: return 0;
+    }
+}
+
+// False: the memory did not last, and the work is done in part. The window thread lives on: it has other
+// windows, and those of the application do not end with it.
+template <typename Work>
+bool withinMemory(const Work& work) {
+    try {
+        work();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
 }
 
@@ -70,6 +83,7 @@ bool X11Session::run(const std::function<void(X11Connection&)>& work) {
     jobs_.push_back(&job);
     wake_.set();
     changed_.wait(lock, [&job] { return job.done; });
+    if (job.outOfMemory) throw std::bad_alloc();
     return job.ran;
 }
 
@@ -144,8 +158,8 @@ void X11Session::loop() {
     for (;;) {
         bool worked = handleEvents();
         worked = runJobs(true) || worked;
-        worked = tellResizes() || worked;
-        worked = paintMarked() || worked;
+        static_cast<void>(withinMemory([&] { worked = tellResizes() || worked; }));
+        static_cast<void>(withinMemory([&] { worked = paintMarked() || worked; }));
         connection_->x->xcb_flush(connection_->raw);
         if (connection_->broken()) return;
         {
@@ -169,11 +183,12 @@ bool X11Session::runJobs(bool reallyRun) {
             job = jobs_.front();
             jobs_.pop_front();
         }
-        if (reallyRun) (*job->work)(*connection_);
+        const bool completed = !reallyRun || withinMemory([&] { (*job->work)(*connection_); });
         connection_->x->xcb_flush(connection_->raw);
         {
             const std::lock_guard lock(mutex_);
             job->ran = reallyRun;
+            job->outOfMemory = !completed;
             job->done = true;
         }
         changed_.notify_all();
@@ -183,7 +198,7 @@ bool X11Session::runJobs(bool reallyRun) {
 bool X11Session::handleEvents() {
     bool any = false;
     while (const Reply<xcb_generic_event_t> event{connection_->x->xcb_poll_for_event(connection_->raw)}) {
-        handle(*event);
+        static_cast<void>(withinMemory([&] { handle(*event); }));
         any = true;
     }
     return any;
@@ -207,6 +222,7 @@ bool X11Session::handleInner(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7F) {
         case XCB_CREATE_NOTIFY: {
             const auto& created = reinterpret_cast<const xcb_create_notify_event_t&>(event);
+            if (find(handleOf(created.window)) != nullptr) return true;  // one of ours, in another
             const std::uint32_t mask = XCB_EVENT_MASK_EXPOSURE;
             connection_->x->xcb_change_window_attributes(connection_->raw, created.window, XCB_CW_EVENT_MASK,
                                                          &mask);
@@ -235,7 +251,9 @@ bool X11Session::tellResizes() {
         }
     }
     for (const auto& [window, times] : told) {
-        for (std::uint32_t i = 0; i < times; ++i) window->events().onSize(IWindowEvents::kRestored, 0, 0);
+        for (std::uint32_t i = 0; i < times; ++i) {
+            static_cast<void>(withinMemory([&] { window->events().onSize(IWindowEvents::kRestored, 0, 0); }));
+        }
     }
     return !told.empty();
 }
@@ -250,7 +268,9 @@ bool X11Session::paintMarked() {
             entry.paint = entry.erase = false;
         }
     }
-    for (const auto& [window, erase] : marked) window->paint(erase);
+    for (const auto& [window, erase] : marked) {
+        static_cast<void>(withinMemory([&] { window->paint(erase); }));
+    }
     return !marked.empty();
 }
 
@@ -263,11 +283,14 @@ Status X11Session::create(const WindowRequest& request, IWindowEvents& events, T
         const std::lock_guard lock(mutex_);
         windows_[window].window = std::move(made);
     }
-    const Size client = created.clientSize();
-    events.onSize(IWindowEvents::kRestored, client.width, client.height);
-    while (tellResizes()) {  // bars that the first has brought
-    }
-    events.onMove();
+    // There is a window now, whatever becomes of the first news of it.
+    static_cast<void>(withinMemory([&] {
+        const Size client = created.clientSize();
+        events.onSize(IWindowEvents::kRestored, client.width, client.height);
+        while (tellResizes()) {  // bars that the first has brought
+        }
+        events.onMove();
+    }));
     return Status();
 }
 
@@ -282,7 +305,7 @@ void X11Session::destroy(TavraWindow window, bool onServer) {
         windows_.erase(found);
     }
     if (!onServer) ended->forget();
-    ended->events().onDestroy();
+    static_cast<void>(withinMemory([&] { ended->events().onDestroy(); }));
 }
 
 void X11Session::destroyAll(bool onServer) {

@@ -33,7 +33,7 @@ class X11Session {
     Size screen() const { return screen_; }
 
     // Runs `work(connection)` on the window thread, and waits for it; at once if this is the window thread.
-    // False: it did not run.
+    // False: it did not run. Throws std::bad_alloc if the memory did not last.
     bool run(const std::function<void(X11Connection&)>& work);
     // The same with a window. False also if there is no such window.
     bool runOn(TavraWindow window, const std::function<void(X11Window&)>& work);
@@ -58,6 +58,7 @@ class X11Session {
     struct Job {
         const std::function<void(X11Connection&)>* work;
         bool ran = false;
+        bool outOfMemory = false;
         bool done = false;
     };
 
