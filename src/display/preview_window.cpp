@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <utility>
 
 #include "display/draw_image_factory.h"
@@ -63,11 +64,9 @@ Status PreviewWindow::create(PreviewRequest request) {
         static_cast<void>(post(TAVRA_MESSAGE_WINDOW_CLOSED, displayError));
         return opened;
     }
-    if (const Status made = makeDrawObject(); !made.ok()) {
-        static_cast<void>(destroyWindow());
-        return made;
-    }
-    return Status();
+    const Status made = makeDrawObject();
+    if (!made.ok()) static_cast<void>(destroyWindow());
+    return made;
 }
 
 Status PreviewWindow::openWindow(const PreviewRequest& request) {
@@ -98,23 +97,41 @@ Status PreviewWindow::windowSize(const PreviewRequest& request, Size& size) cons
 }
 
 Status PreviewWindow::makeDrawObject() {
-    const DrawObject made = makeDrawImage(displayMode, system_);
-    made->alphaMask = asMask(alphaChannel);
-    made->SetColorKey(colorKey);
-    const ImageSize image = camera_.previewImageSize();
-    const std::uint32_t failure = made->Create(previewWindow, image.width, image.height, imageBits());
-    if (failure != 0) return Status(failure);
-    TAVRA_RETURN_IF_ERROR(announce(made));
+    try {
+        const DrawObject made = makeDrawImage(displayMode, system_);
+        const std::uint32_t known = settingsChanges_;
+        made->alphaMask = asMask(alphaChannel);
+        made->SetColorKey(colorKey);
+        const ImageSize image = camera_.previewImageSize();
+        const std::uint32_t failure = made->Create(previewWindow, image.width, image.height, imageBits());
+        if (failure != 0) return Status(failure);
+        TAVRA_RETURN_IF_ERROR(announce(made, known));
+    } catch (const std::bad_alloc&) {
+        return Status(error::kOutOfMemory);
+    }
     invalidate();
     return Status();
 }
 
+void PreviewWindow::applySettings(CDrawImage& object) const {
+    object.alphaMask = asMask(alphaChannel);
+    object.SetColorKey(colorKey);
+    const ImageSize image = camera_.previewImageSize();
+    object.SetImageSize(image.width, image.height, imageBits());
+}
+
 // The window may be closed meanwhile, or the next moment: its end is told after its creation, or else the
-// window has not come about.
-Status PreviewWindow::announce(std::shared_ptr<CDrawImage> made) {
-    const std::lock_guard lock(drawObjectMutex_);
+// window has not come about. A setting that has changed since the object was made found none to tell.
+Status PreviewWindow::announce(const DrawObject& made, std::uint32_t knownChanges) {
+    std::unique_lock lock(drawObjectMutex_);
+    while (!windowGone_ && knownChanges != settingsChanges_) {
+        knownChanges = settingsChanges_;
+        lock.unlock();
+        applySettings(*made);
+        lock.lock();
+    }
     if (windowGone_) return Status(error::kInvalidWindowHandle);
-    drawObject_ = std::move(made);
+    drawObject_ = made;
     static_cast<void>(
         post(TAVRA_MESSAGE_WINDOW_CREATED, reinterpret_cast<std::uintptr_t>(previewWindow.load())));
     return Status();
@@ -229,6 +246,7 @@ Status PreviewWindow::setDisplayMode(std::uint8_t mode) {
 
 void PreviewWindow::setColorKey(std::uint32_t color) {
     colorKey = color;
+    ++settingsChanges_;
     const DrawObject object = drawObject();
     if (object == nullptr) return;
     camera_.notePreviewFailure(Status(object->SetColorKey(color)));
@@ -237,6 +255,7 @@ void PreviewWindow::setColorKey(std::uint32_t color) {
 
 void PreviewWindow::setAlphaChannel(std::uint8_t alpha) {
     alphaChannel = alpha;
+    ++settingsChanges_;
     if (const DrawObject object = drawObject()) object->alphaMask = asMask(alpha);
 }
 
@@ -309,6 +328,7 @@ Status PreviewWindow::resetOverlay() {
 }
 
 void PreviewWindow::imagesChanged() {
+    ++settingsChanges_;
     const DrawObject object = drawObject();
     if (object == nullptr) return;
     const ImageSize image = camera_.previewImageSize();

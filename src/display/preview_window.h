@@ -106,7 +106,8 @@ class PreviewWindow final : public platform::IWindowEvents {
     Status openWindow(const PreviewRequest& request);
     Status windowSize(const PreviewRequest& request, Size& size) const;
     Status makeDrawObject();
-    Status announce(std::shared_ptr<CDrawImage> made);
+    Status announce(const DrawObject& made, std::uint32_t knownChanges);
+    void applySettings(CDrawImage& object) const;
     DrawObject drawObject() const;
     Status drawingSurface(DrawObject& object) const;
     DrawObject lender(TavraDC dc) const;
@@ -121,7 +122,6 @@ class PreviewWindow final : public platform::IWindowEvents {
     void postResize();
     void updateDestination();
     void updateScrollBars();
-    platform::ScrollBar applyBar(platform::Axis axis, const platform::ScrollBar& bar);
     void paintImage(CDrawImage& object, platform::IPaint& paint, Size client);
     void magnify(const platform::MouseMessage& mouse);
     void followMouse(const platform::MouseMessage& mouse);
@@ -142,7 +142,8 @@ class PreviewWindow final : public platform::IWindowEvents {
     // user closes the window: who holds a reference keeps it.
     mutable std::mutex drawObjectMutex_;
     DrawObject drawObject_;
-    bool windowGone_ = true;  // under the same mutex
+    std::atomic<std::uint32_t> settingsChanges_{0};  // of what a draw object is told
+    bool windowGone_ = true;                         // under the same mutex
 
     // Contexts that applications have, with the objects they are of: these stay until the release, so that
     // what is drawn then is drawn nowhere, if the window is gone, and nothing worse. Under the same mutex.

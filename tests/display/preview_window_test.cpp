@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <new>
 
 #include "support/window_double.h"
 
@@ -175,6 +176,38 @@ TEST_F(Preview, DrawObjectThatCannotBeMadeEndsTheWindow) {
     EXPECT_FALSE(system.exists);
     EXPECT_EQ(window.window(), nullptr);
     EXPECT_THAT(camera.posts, ElementsAre(message(45060)));
+}
+
+TEST_F(Preview, DrawObjectWithoutMemoryEndsTheWindow) {
+    camera.whenAskedForTheImage = [] { throw std::bad_alloc(); };
+    PreviewRequest request;
+    request.place = {0, 0, 9, 9};
+    EXPECT_EQ(window.create(request), Status(8));
+    EXPECT_FALSE(system.exists);
+    EXPECT_EQ(window.window(), nullptr);
+    EXPECT_THAT(camera.posts, ElementsAre(message(45060)));
+}
+
+// Settings come from any thread. The draw object is told of one that changes while it is made, before anybody
+// is told of the window.
+TEST_F(Preview, SettingsThatChangeDuringCreationReachTheDrawObject) {
+    const std::function<void()> changes[] = {[this] { window.setColorKey(0x123456); },
+                                             [this] { window.setAlphaChannel(7); },
+                                             [this] { window.imagesChanged(); }};
+    for (const auto& change : changes) {
+        int asked = 0;
+        camera.whenAskedForTheImage = [&] {
+            if (++asked == 1) change();
+            EXPECT_THAT(camera.posts, IsEmpty());
+        };
+        PreviewRequest request;
+        request.place = {0, 0, 9, 9};
+        ASSERT_TRUE(window.create(request).ok());
+        EXPECT_EQ(asked, 2) << "when it was made, and after the change";
+        EXPECT_THAT(camera.takePosts(), ElementsAre(message(45059, windowNumber())));
+        ASSERT_TRUE(window.destroy().ok());
+        camera.takePosts();
+    }
 }
 
 TEST_F(Preview, DestroyWithoutAWindowSucceeds) {
