@@ -32,7 +32,7 @@ std::uint32_t GlDisplay::open() {
     if (const Status loaded = loadGl(gl); !loaded.ok()) return loaded.code();
     if (const Status loaded = loadX11(x); !loaded.ok()) return loaded.code();
     int screenNumber = 0;
-    connection = x->xcb_connect(nullptr, &screenNumber);
+    connection = connectX11(*x, &screenNumber);
     if (broken()) return kNoDisplay;
     auto screens = x->xcb_setup_roots_iterator(x->xcb_get_setup(connection));
     for (int skipped = 0; skipped < screenNumber && screens.rem > 1; ++skipped) x->xcb_screen_next(&screens);
