@@ -50,7 +50,10 @@ void paint(HWND window, IWindowEvents& events) {
     GetClientRect(window, &client);
     PAINTSTRUCT painting{};
     const HDC dc = BeginPaint(window, &painting);
-    if (dc == nullptr) return;
+    if (dc == nullptr) {
+        ValidateRect(window, nullptr);  // or the system asks again at once, for ever
+        return;
+    }
     GdiPaint paint(dc);
     events.onPaint(paint,
                    {static_cast<std::uint32_t>(client.right), static_cast<std::uint32_t>(client.bottom)});
