@@ -154,5 +154,20 @@ TEST_F(WindowSystem, WorkWithoutMemoryFailsWhereItWasAskedFor) {
     EXPECT_TRUE(session.run([](platform::X11Connection&) {}));
 }
 
+// A window manager puts the frame around the place then.
+TEST_F(WindowSystem, PlacesAreOfTheWindowWithoutItsFrame) {
+    constexpr std::uint32_t kPlaceWanted = 1, kHasGravity = 512, kStatic = 10;
+    const TavraWindow window = make(events);
+    const auto asked = xcb_get_property(server.connection(), 0, native(window), XCB_ATOM_WM_NORMAL_HINTS,
+                                        XCB_ATOM_ANY, 0, 18);
+    xcb_get_property_reply_t* const reply = xcb_get_property_reply(server.connection(), asked, nullptr);
+    ASSERT_NE(reply, nullptr);
+    ASSERT_EQ(xcb_get_property_value_length(reply), 18 * 4);
+    const auto* const hints = static_cast<const std::uint32_t*>(xcb_get_property_value(reply));
+    EXPECT_EQ(hints[0], kPlaceWanted | kHasGravity);
+    EXPECT_EQ(hints[17], kStatic);
+    std::free(reply);
+}
+
 }  // namespace
 }  // namespace tavra::test

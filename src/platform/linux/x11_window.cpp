@@ -137,11 +137,14 @@ void X11Window::setHints(const WindowRequest& request) {
         x.xcb_change_property(connection_.raw, XCB_PROP_MODE_REPLACE, id_, property, type, 32, count, words);
     };
     set(connection_.atoms.protocols, XCB_ATOM_ATOM, 1, &connection_.atoms.deleteWindow);
-    if (static_cast<std::uint32_t>(request.x) != kUseDefaultPlace) {
-        std::uint32_t hints[18] = {};
-        hints[0] = 1;  // the place is wanted
-        set(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 18, hints);
-    }
+    // Places are those of the window itself, as they are read, not of the frame around it: otherwise a window
+    // that is put where it is would creep by the frame each time.
+    constexpr std::uint32_t kPlaceWanted = 1, kHasGravity = 1u << 9;
+    std::uint32_t hints[18] = {};
+    hints[0] = kHasGravity;
+    if (static_cast<std::uint32_t>(request.x) != kUseDefaultPlace) hints[0] |= kPlaceWanted;
+    hints[17] = XCB_GRAVITY_STATIC;
+    set(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 18, hints);
     if (request.parent != nullptr) {
         const xcb_window_t owner = nativeOf(request.parent);
         set(XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 1, &owner);
