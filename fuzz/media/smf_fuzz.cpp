@@ -111,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!affordable(movie)) return 0;
     written = 0;
     std::uint32_t current = 0;
-    static_cast<void>(movie::convertSmf(movie, {u"x", 0, &current, nullptr, nullptr}, make));
+    static_cast<void>(movie::convertSmf(movie, {u"x", 0, &current, nullptr, nullptr}, {.make = make}));
     if (written > movie.frameCount()) std::abort();
     if (movie.frameCount() > 0 && current >= movie.frameCount()) std::abort();
     return 0;

@@ -38,7 +38,7 @@ class PageBlock {
 };
 
 // Physical memory that is free now, in bytes. Linux: what can be had without swapping, the file cache
-// included. Any thread.
+// included. 0: unknown. Any thread.
 std::uint64_t freePhysicalMemory();
 
 }  // namespace tavra::platform

@@ -9,7 +9,6 @@
 #include "base/pixel_format.h"
 #include "media/movie/movie_writer.h"
 #include "media/movie/save_avi_file.h"
-#include "platform/page_memory.h"
 #include "stages/color_interpolation.h"
 #include "stages/color_matrix.h"
 #include "stages/gamma.h"
@@ -46,6 +45,7 @@ struct Picture {
     std::uint32_t format = 1;       // preview pixel format
     std::uint64_t stageStride = 0;  // bytes from row to row, for the stages
     std::uint64_t stride = 0;       // and as the recorder is told
+    std::uint64_t frameBytes = 0;   // of a frame in the file
     std::uint64_t rawBytes = 0;
     std::uint64_t imageBytes = 0;
 
@@ -54,9 +54,10 @@ struct Picture {
           height(header.get(Field::Height)),
           format(previewFormatOf(header.developedBits())),
           stageStride(paddedStride(width, bytesPerPixel(format))),
-          stride(roundUpTo4(std::uint64_t{header.developedBits()} * width / 8)) {
+          stride(roundUpTo4(std::uint64_t{header.developedBits()} * width / 8)),
+          frameBytes(header.get(Field::FrameDataSize)) {
         const std::uint64_t pixels = std::uint64_t{width} * height;
-        rawBytes = std::max(pixels, std::uint64_t{header.get(Field::FrameDataSize)});
+        rawBytes = std::max(pixels, frameBytes);
         imageBytes = saturatingProduct(std::max(stride, stageStride), height);
     }
 
@@ -65,7 +66,12 @@ struct Picture {
         return width != 0 && height != 0 && rawBytes <= kMost && imageBytes <= kMost;
     }
 
+    // Whether the image asks for more than a frame of the file can become, four bytes a sample: the header
+    // lies.
+    bool exceedsFrame() const { return imageBytes / kMostPixelBytes > frameBytes; }
+
   private:
+    static constexpr std::uint64_t kMostPixelBytes = 4;
     static std::uint64_t saturatingProduct(std::uint64_t a, std::uint64_t b) {
         constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
         return b != 0 && a > kMost / b ? kMost : a * b;
@@ -145,6 +151,14 @@ Status startRecorder(ISaveAVIFile& recorder, const CReadSMF& movie, const Pictur
 
 using Block = std::unique_ptr<std::uint8_t[]>;
 
+// Whether memory that the system grants is there as well. A lying header is weighed against what is free, as
+// far as that is known; for a frame that stands in the file the allocation decides alone. The recorder has an
+// image, too.
+bool fitsMemory(const Picture& picture, std::uint64_t freeBytes) {
+    return !picture.exceedsFrame() || freeBytes == 0 ||
+           picture.rawBytes + 2 * picture.imageBytes <= freeBytes;
+}
+
 // Zeroed, as the padding of rows goes into the movie, and what a frame lacks into its image.
 Block makeBlock(std::uint64_t size) {
     return Block(new (std::nothrow) std::uint8_t[size]());
@@ -191,22 +205,20 @@ class Conversion {
 
 }  // namespace
 
-Status convertSmf(CReadSMF& movie, const SmfConversion& order, StageMaker make) {
+Status convertSmf(CReadSMF& movie, const SmfConversion& order, const SmfSurroundings& surroundings) {
     const Picture picture(movie.header());
     if (!picture.possible()) return Status(error::kInvalidData);
     if (movie.isNamed(order.fileName)) return Status(error::kFileStream);
     // No frame, no memory: a header that lies about its frames costs nothing.
     const bool hasFrames = order.firstFrame < movie.frameCount();
-    // Nor does one that asks for more than there is, which the system might grant: the recorder has an image,
-    // too.
-    if (hasFrames && picture.rawBytes + 2 * picture.imageBytes > platform::freePhysicalMemory()) return {};
+    if (hasFrames && !fitsMemory(picture, surroundings.freeMemory())) return {};
     const Block raw = makeBlock(hasFrames ? picture.rawBytes : 0);
     const Block image = makeBlock(hasFrames ? picture.imageBytes : 0);
     if (!raw || !image) return {};
 
-    Developer developer(make);
+    Developer developer(surroundings.make);
     TAVRA_RETURN_IF_ERROR(developer.load(movie.header()));
-    const auto recorder = makeStage<ISaveAVIFile>(make, stage_code::kCreateAvi);
+    const auto recorder = makeStage<ISaveAVIFile>(surroundings.make, stage_code::kCreateAvi);
     if (!recorder) return Status(error::kOutOfMemory);
     TAVRA_RETURN_IF_ERROR(startRecorder(*recorder, movie, picture, order.fileName));
     const Status converted =

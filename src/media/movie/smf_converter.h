@@ -8,6 +8,7 @@
 
 #include "base/status.h"
 #include "media/movie/read_smf.h"
+#include "platform/page_memory.h"
 #include "stages/factory.h"
 #include "tavra/tavra_types.h"
 
@@ -23,8 +24,15 @@ struct SmfConversion {
 
 using StageMaker = ISUnknown* (*)(std::int32_t code);
 
-// By design: success with nothing done when there is no memory for a frame and its image. 13: the header
-// tells what no movie has; 8, 87 and codes of files and compressors, from the stages and the recorder.
-Status convertSmf(CReadSMF& movie, const SmfConversion& order, StageMaker make = CreateStageObject);
+// What a conversion finds around it; a test's finds something else.
+struct SmfSurroundings {
+    StageMaker make = CreateStageObject;
+    std::uint64_t (*freeMemory)() = platform::freePhysicalMemory;  // bytes; 0: unknown
+};
+
+// By design: success with nothing done when there is no memory for a frame and its image, or when a header
+// asks for more than its frames are and than is free. 13: the header tells what no movie has; 8, 87 and codes
+// of files and compressors, from the stages and the recorder.
+Status convertSmf(CReadSMF& movie, const SmfConversion& order, const SmfSurroundings& surroundings = {});
 
 }  // namespace tavra::movie

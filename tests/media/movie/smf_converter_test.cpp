@@ -18,6 +18,7 @@ constexpr std::int32_t kRecorderCode = 144;
 
 MovieFilesDouble* place = nullptr;
 std::int32_t missingStage = 0;
+std::uint64_t freeForConversion = 0;
 
 // The factory, with a recorder of the test's.
 ISUnknown* makeStage(std::int32_t code) {
@@ -27,6 +28,8 @@ ISUnknown* makeStage(std::int32_t code) {
     recorder->AddRef();
     return recorder;
 }
+
+constexpr movie::SmfSurroundings kSurroundings{makeStage, [] { return freeForConversion; }};
 
 struct Progress {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> calls;
@@ -44,6 +47,7 @@ class SmfConverter : public testing::Test {
     SmfConverter() {
         place = &files;
         missingStage = 0;
+        freeForConversion = std::uint64_t{1} << 40;
         order.fileName = u"out.avi";
     }
 
@@ -51,7 +55,7 @@ class SmfConverter : public testing::Test {
         builder.write(folder / "a.smf");
         CReadSMF movie;
         EXPECT_TRUE(movie.open(wideName(folder / "a.smf")).ok());
-        const Status result = movie::convertSmf(movie, order, makeStage);
+        const Status result = movie::convertSmf(movie, order, kSurroundings);
         EXPECT_EQ(files.openFiles(), 0u);
         return result.code();
     }
@@ -252,13 +256,40 @@ TEST_F(SmfConverter, SucceedsWithNothingDoneWithoutMemoryForAFrame) {
     ASSERT_TRUE(movie.open(wideName(folder / "a.smf")).ok());
     for (const std::size_t bytes : {20000u, 60000u}) {
         const FailAllocationsFrom none(bytes);
-        EXPECT_TRUE(movie::convertSmf(movie, order, makeStage).ok());
+        EXPECT_TRUE(movie::convertSmf(movie, order, kSurroundings).ok());
         EXPECT_EQ(FailAllocationsFrom::failures(), bytes == 20000 ? 2u : 1u);
     }
     EXPECT_EQ(files.createCount(), 0u);
 }
 
+TEST_F(SmfConverter, DevelopsAFrameThatIsThereHoweverLittleMemoryIsFree) {
+    for (const std::uint32_t bits : {8u, 24u, 32u}) {
+        SmfBuilder builder(5, 3, bits);
+        builder.addFrame(0, 2, Bytes(15, 1));
+        for (const std::uint64_t free : {0, 1}) {
+            freeForConversion = free;
+            EXPECT_EQ(convert(builder), 0u);
+        }
+    }
+    EXPECT_EQ(log.frames().size(), 6u);
+}
+
 // ---- headers that lie
+
+// 400 bytes a frame and an image, twice, in the file 8 of them: 1200.
+TEST_F(SmfConverter, WeighsWhatALyingHeaderAsksForAgainstTheFreeMemoryThatIsKnown) {
+    SmfBuilder builder = counting(1);
+    builder.put32(8, 40);
+    builder.put32(12, 10);
+    freeForConversion = 1199;
+    EXPECT_EQ(convert(builder), 0u);
+    EXPECT_EQ(files.createCount(), 0u) << "success with nothing done";
+    for (const std::uint64_t free : {1200, 0}) {
+        freeForConversion = free;
+        EXPECT_EQ(convert(builder), 0u);
+    }
+    EXPECT_EQ(log.frames().size(), 2u);
+}
 
 TEST_F(SmfConverter, RefusesPicturesThatNobodyCanHave) {
     struct Lie {
