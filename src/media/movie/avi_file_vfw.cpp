@@ -1,5 +1,6 @@
 #include "media/movie/avi_file_vfw.h"
 
+#include <algorithm>
 #include <new>
 
 namespace tavra::movie {
@@ -42,14 +43,17 @@ Status CAVIFileVFW::OpenFile(const std::u16string& name, std::unique_ptr<FileRec
 
 Status CAVIFileVFW::WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index, std::uint32_t) {
     platform::CodecMovie& movie = movieOf(record);
-    if (index == 0) {
+    if (position_ == 0) {
         const bool palette = settings.image.isGray() && !movie.isCompressed();
         position_ = palette ? kStartWithPalette : kStart;
+        frames_ = 0;
     }
+    const std::uint32_t place = std::max(index, frames_);  // one that does not advance is next
     std::uint32_t written = 0;
-    TAVRA_RETURN_IF_ERROR(movie.write(index, image, settings.imageBytes, written));
+    TAVRA_RETURN_IF_ERROR(movie.write(place, image, settings.imageBytes, written));
+    frames_ = place + 1;
     position_ += std::uint64_t{written} + written % 2;
-    const std::uint64_t bytes = position_ + 8 + (std::uint64_t{index} + 1) * kIndexBytes;
+    const std::uint64_t bytes = position_ + 8 + std::uint64_t{frames_} * kIndexBytes;
     projectedSize_ = (bytes + kSector - 1) / kSector * kSector;
     return {};
 }

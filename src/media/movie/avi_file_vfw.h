@@ -28,6 +28,7 @@ class CAVIFileVFW : public CAVIFile {
   private:
     platform::CodecFramework framework_;
     platform::CodecChoice choice_;
+    std::uint32_t frames_ = 0;  // of the present file: the last index + 1
 };
 
 // Null: out of memory. The codecs write their files themselves; `files` is kept and not used.

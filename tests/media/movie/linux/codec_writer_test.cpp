@@ -12,6 +12,8 @@
 #include <random>
 
 #include "media/movie/avi_file_vfw.h"
+#include "media/movie/smf_builder.h"
+#include "media/movie/smf_converter.h"
 #include "support/ffmpeg_reader.h"
 #include "support/movie_files_double.h"
 #include "support/temp_folder.h"
@@ -279,6 +281,46 @@ TEST_F(CodecWriterTest, ASkippedFrameKeepsItsPlace) {
     }
 }
 
+TEST_F(CodecWriterTest, AFrameThatDoesNotAdvanceIsTheNext) {
+    const auto writer = movie::makeCodecWriter(noFiles);
+    prepare(*writer, fourcc("FFV1"));
+    ASSERT_TRUE(writer->addFile(name("a.avi")).ok());
+    const std::uint32_t positions[] = {5, 5, 6, 9, 7, 9, 11};
+    const std::int64_t places[] = {0, 1, 2, 4, 5, 6, 7};
+    for (std::uint32_t i = 0; i < 7; ++i) fill(positions[i], picture.noise(i));
+    EXPECT_TRUE(run(*writer).ok());
+    const ReadMovie movie = read();
+    EXPECT_EQ(movie.frameCount, 8);
+    ASSERT_EQ(movie.frames.size(), 7u);
+    for (std::uint32_t i = 0; i < 7; ++i) {
+        EXPECT_EQ(movie.frames[i].position, places[i]) << i;
+        EXPECT_EQ(movie.frames[i].pixels, picture.asRead(picture.noise(i))) << i;
+    }
+}
+
+TEST_F(CodecWriterTest, AMovieWhoseNumbersRepeatOrFallIsDevelopedWhole) {
+    SmfBuilder builder(36, 17, 8);
+    const std::uint32_t numbers[] = {0, 0, 1, 1, 6, 3, 4, 8};
+    std::vector<Bytes> images;
+    for (std::uint32_t i = 0; i < 8; ++i) {
+        images.push_back(Bytes(36 * 17, static_cast<std::uint8_t>(20 * i)));
+        builder.addFrame(numbers[i], 1, images[i]);
+    }
+    builder.put32(40, fourcc("FFV1"));
+    builder.write(folder / "a.smf");
+    movie::CReadSMF source;
+    ASSERT_TRUE(source.open(name("a.smf")).ok());
+    EXPECT_TRUE(movie::convertSmf(source, {name("a.avi"), 0, nullptr, nullptr, nullptr}).ok());
+    const ReadMovie movie = read();
+    const std::int64_t places[] = {0, 1, 2, 3, 6, 7, 8, 9};
+    EXPECT_EQ(movie.frameCount, 10);
+    ASSERT_EQ(movie.frames.size(), 8u);
+    for (std::uint32_t i = 0; i < 8; ++i) {
+        EXPECT_EQ(movie.frames[i].position, places[i]) << i;
+        EXPECT_EQ(movie.frames[i].pixels, Bytes(3 * 36 * 17, static_cast<std::uint8_t>(20 * i))) << i;
+    }
+}
+
 TEST_F(CodecWriterTest, TheRateStandsExactlyInTheFile) {
     for (const std::uint32_t codec : {fourcc("FFV1"), fourcc("XVID")}) {
         const auto writer = movie::makeCodecWriter(noFiles);
@@ -454,6 +496,22 @@ TEST_F(CodecWriterTest, TheProjectedSizeFollowsTheFrames) {
         const std::uint64_t projected = position + 8 + entries[i] * 24;
         EXPECT_EQ(projections[i], (projected + 511) / 512 * 512);
     }
+}
+
+TEST_F(CodecWriterTest, TheProjectedSizeGrowsWithEveryFrameWhateverItsNumber) {
+    OpenWriter writer{noFiles};
+    prepare(writer, fourcc("FFV1"));
+    std::unique_ptr<movie::FileRecord> record;
+    ASSERT_TRUE(writer.OpenFile(name("a.avi"), record).ok());
+    std::uint64_t last = 0;
+    for (const std::uint32_t index : {0u, 0u, 0u, 3u, 1u, 0u}) {
+        Bytes image = picture.noise(index);
+        image.resize(image.size() + FrameBuffer::kSpareRoom);
+        ASSERT_TRUE(writer.WriteFrame(*record, image.data(), index, 0).ok());
+        EXPECT_GT(writer.projectedSize(), last);
+        last = writer.projectedSize();
+    }
+    EXPECT_TRUE(writer.CloseFile(*record).ok());
 }
 
 TEST_F(CodecWriterTest, StoresRowsFromTheBottomUpAndEndsAtTwoGibibytes) {
