@@ -67,9 +67,12 @@ class Progress {
         return static_cast<Progress*>(context)->step(current, count) ? 1 : 0;
     }
     void finish() { live_.finish(); }
+    // Whether a frame has been developed at all.
+    bool any() const { return any_; }
 
   private:
     bool step(std::uint32_t current, std::uint32_t count) {
+        any_ = true;
         const bool last = current + 1 == count;
         if (shown_ && (last || Clock::now() - last_ >= std::chrono::milliseconds(500))) {
             last_ = Clock::now();
@@ -81,6 +84,7 @@ class Progress {
 
     std::uint32_t from_;
     bool shown_;
+    bool any_ = false;
     Clock::time_point started_, last_;
     LiveLine live_;
 };
@@ -172,6 +176,11 @@ void run(const Options& options) {
                                           options.from, &current, &Progress::call, &progress);
     progress.finish();
     if (done == 0) throw Failure("cannot convert to " + options.output + ": " + reasonOf(options, codec));
+    // The conversion succeeds with nothing done where memory is short. What stands there then is another's.
+    if (!progress.any()) {
+        throw Failure("cannot convert to " + options.output + ": there is no memory for a frame of " +
+                      options.input);
+    }
     const MovieReport made = probeMovie(fs::path(options.output), ProbeDepth::Index);
     tellResult(options, made);
     if (interrupted()) {

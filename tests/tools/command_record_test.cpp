@@ -1,6 +1,7 @@
 // Movies of the command: recorded from virtual cameras, developed, and read back by its own probe and by
 // ffprobe.
 #include <filesystem>
+#include <fstream>
 
 #include "command_fixture.h"
 
@@ -215,6 +216,33 @@ TEST_F(CommandRecordTest, DevelopsWhatACutSmfHolds) {
     const Outcome outcome = run("convert raw.smf out.avi");
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     expectWhole("out.avi", 5);
+}
+
+// A frame of 1.6 GB, most of it a hole in the file, and a process that may have less.
+TEST_F(CommandRecordTest, ConvertTellsNoEarlierMovieAsTheOneThatItHadNoMemoryFor) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer takes more address space than any limit";
+#endif
+    ASSERT_EQ(run("record" + kCamera + "--frames 3 raw.smf").exitCode, 0);
+    ASSERT_EQ(run("convert raw.smf out.avi").exitCode, 0);
+    const auto patch = [this](std::streamoff at, std::uint32_t value) {
+        std::fstream file(folder / "raw.smf", std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(at);
+        for (int shift = 0; shift < 32; shift += 8) file.put(static_cast<char>(value >> shift));
+    };
+    patch(8, 40000);
+    patch(12, 40000);
+    patch(16, 40000);
+    patch(20, 8 << 16 | 8);  // grey
+    patch(36, 1'600'000'000);
+    std::filesystem::resize_file(folder / "raw.smf", 376 + 24 + std::uintmax_t{1'600'000'000});
+    const std::string line = "cd '" + folder.path().string() + "' && ulimit -v 1500000 && '" + TAVRA_COMMAND +
+                             "' convert raw.smf out.avi 2>&1";
+    const Outcome outcome = outcomeOf(popen(line.c_str(), "r"));
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
+    EXPECT_NE(outcome.output.find("there is no memory for a frame of raw.smf"), std::string::npos)
+        << outcome.output;
+    expectWhole("out.avi", 3);
 }
 
 TEST_F(CommandRecordTest, ConvertRefusesInWords) {
