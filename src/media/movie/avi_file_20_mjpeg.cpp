@@ -17,7 +17,8 @@ Status CAVIFile20MJPEG::PrepareHeader() {
 Status CAVIFile20MJPEG::WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index,
                                    std::uint32_t) {
     TAVRA_RETURN_IF_ERROR(waitForWrite(record));
-    const std::uint32_t size = encoder_.encode(settings, image);
+    std::uint32_t size = 0;
+    TAVRA_RETURN_IF_ERROR(record.keep(encoder_.encode(settings, image, size)));
     return WriteChunk(record, encoder_.chunk(), size, index);
 }
 

@@ -16,7 +16,8 @@ Status CAVIFileMJPEG::PrepareHeader() {
 
 Status CAVIFileMJPEG::WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index,
                                  std::uint32_t) {
-    const std::uint32_t size = encoder_.encode(settings, image);
+    std::uint32_t size = 0;
+    TAVRA_RETURN_IF_ERROR(record.keep(encoder_.encode(settings, image, size)));
     const std::uint32_t padding = size & 1;
     if (padding != 0) encoder_.chunk()[FrameBuffer::kHeaderRoom + size] = kPadByte;
     return appendFrame(record, encoder_.chunk(), size, padding, index);

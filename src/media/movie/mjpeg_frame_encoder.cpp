@@ -22,7 +22,7 @@ std::uint64_t largestStream(const ImageDescription& image) {
 }
 
 // With header, pad byte and spare room it is at most 1 GiB, which is as much as a segment takes. A stream
-// that would be longer is cut there.
+// that would be longer ends the recording.
 constexpr std::uint64_t kLargestStream = (1 << 30) - 2 * FrameBuffer::kSpareRoom;
 
 // What JPEG has numbers for, and the header of the movie.
@@ -54,6 +54,15 @@ JpegError encodeImage(CJPEGEncoder& encoder, const MovieSettings& settings, cons
     return encoder.WriteData();
 }
 
+Status statusOf(JpegError encoded) {
+    switch (encoded) {
+        case JpegError::None: return {};
+        case JpegError::OutOfMemory: return Status(error::kOutOfMemory);
+        case JpegError::FileIo: return Status(error::kFileTooLarge);  // the block is full
+        default: return Status(error::kInvalidArgument);
+    }
+}
+
 }  // namespace
 
 Status MjpegFrameEncoder::prepare(const MovieSettings& settings) {
@@ -76,11 +85,12 @@ void MjpegFrameEncoder::free() {
     block_.free();
 }
 
-std::uint32_t MjpegFrameEncoder::encode(const MovieSettings& settings, const std::uint8_t* image) {
+Status MjpegFrameEncoder::encode(const MovieSettings& settings, const std::uint8_t* image,
+                                 std::uint32_t& size) {
     stream_.Reset();
-    // By design: a failure of the encoder does not end the movie. The frame is what it has made by then.
-    (void)encodeImage(*encoder_, settings, image);
-    return static_cast<std::uint32_t>(stream_.length());
+    const JpegError encoded = encodeImage(*encoder_, settings, image);
+    size = static_cast<std::uint32_t>(stream_.length());
+    return statusOf(encoded);
 }
 
 }  // namespace tavra::movie

@@ -22,9 +22,9 @@ class MjpegFrameEncoder {
     Status prepare(const MovieSettings& settings);
     void free();
 
-    // Bytes of the stream. It stands FrameBuffer::kHeaderRoom behind chunk(), and the spare room of a frame
-    // buffer follows it.
-    std::uint32_t encode(const MovieSettings& settings, const std::uint8_t* image);
+    // `size`: bytes of the stream. It stands FrameBuffer::kHeaderRoom behind chunk(), and the spare room of a
+    // frame buffer follows it. 8: out of memory; 223: it is longer than the block; 87: the encoder refuses.
+    Status encode(const MovieSettings& settings, const std::uint8_t* image, std::uint32_t& size);
 
     std::uint8_t* chunk() const { return block_.data(); }  // a page's first byte
 

@@ -180,25 +180,25 @@ INSTANTIATE_TEST_SUITE_P(Layouts, AviFaults, kAllLayouts, layoutName);
 
 class JpegFaultsInMovies : public ::testing::TestWithParam<AviLayout> {};
 
-// The encoder refuses rows that overlap. What it has made by then is the frame: nothing.
-TEST_P(JpegFaultsInMovies, AFrameThatCannotBeEncodedIsEmptyAndTheMovieGoesOn) {
+// The encoder refuses rows that overlap. Nothing of such a frame comes into the file.
+TEST_P(JpegFaultsInMovies, AFrameThatCannotBeEncodedFailsAndIsNotInTheMovie) {
     MovieFilesDouble files;
     Recording recording(GetParam().make(files), kForm);
     movie::CAVIFile& writer = recording.writer();
     ASSERT_TRUE(writer.PrepareHeader().ok());
     std::unique_ptr<movie::FileRecord> record;
     ASSERT_TRUE(writer.OpenFile(u"movie.avi", record).ok());
-    const std::uint32_t stride = writer.settings.rowStride;
     std::vector<MovieFrame> frames;
-    for (std::uint32_t i = 0; i < 5; ++i) {
+    for (std::uint32_t i = 0; i < 3; ++i) {
         const FileBytes image = makeImage(kForm, i);
-        const bool fails = i == 0 || i == 3;
-        frames.push_back({i, fails ? FileBytes() : encodeJpegFrame(kForm, image)});
+        const bool fails = i == 2;
+        if (fails) writer.settings.rowStride = 1;
+        if (!fails) frames.push_back({i, encodeJpegFrame(kForm, image)});
         recording.add(i, image);
-        writer.settings.rowStride = fails ? 1 : stride;
-        EXPECT_TRUE(writer.WriteFrame(*record, recording.filled.pop()->image(), i, 0).ok());
+        const Status written = writer.WriteFrame(*record, recording.filled.pop()->image(), i, 0);
+        EXPECT_EQ(written.code(), fails ? 87u : 0u);
     }
-    EXPECT_TRUE(writer.CloseFile(*record).ok());
+    EXPECT_EQ(writer.CloseFile(*record).code(), 87u);
     EXPECT_TRUE(equalFiles(files.bytes(u"movie.avi"), GetParam().build(kForm, frames)));
 }
 
@@ -213,18 +213,27 @@ TEST_P(JpegFaultsInMovies, OnlyWhatTheEncoderMakesAnewIsAllocatedForAFrame) {
     std::unique_ptr<movie::FileRecord> record;
     ASSERT_TRUE(writer.OpenFile(wideName(folder / "movie.avi"), record).ok());
     std::vector<MovieFrame> frames;
-    for (std::uint32_t i = 0; i < 4; ++i) {
+    for (std::uint32_t i = 0; i < 3; ++i) {
         const FileBytes image = makeImage(form, i);
         const bool withoutPlanes = i == 2;
-        frames.push_back({i, withoutPlanes ? FileBytes() : encodeJpegFrame(form, image)});
+        if (!withoutPlanes) frames.push_back({i, encodeJpegFrame(form, image)});
         recording.add(i, image);
         std::uint8_t* const rows = recording.filled.pop()->image();
         const FailAllocationsFrom large(i == 0 ? SIZE_MAX : withoutPlanes ? kPlane : kCoefficients);
-        EXPECT_TRUE(writer.WriteFrame(*record, rows, i, 0).ok());
+        EXPECT_EQ(writer.WriteFrame(*record, rows, i, 0).code(), withoutPlanes ? 8u : 0u);
         EXPECT_EQ(FailAllocationsFrom::failures(), withoutPlanes ? 1u : 0u);
     }
-    EXPECT_TRUE(writer.CloseFile(*record).ok());
+    EXPECT_EQ(writer.CloseFile(*record).code(), 8u);
     EXPECT_TRUE(equalFiles(readFile(folder / "movie.avi"), GetParam().build(form, frames)));
+}
+
+TEST_P(JpegFaultsInMovies, TheRecordingEndsWithTheCode) {
+    MovieFilesDouble files;
+    Recording recording(GetParam().make(files), kForm);
+    recording.writer().settings.rowStride = 1;
+    for (std::uint32_t i = 0; i < 3; ++i) recording.add(i, makeImage(kForm, i));
+    EXPECT_EQ(recording.run().code(), 87u);
+    EXPECT_EQ(recording.filled.size(), 2u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, JpegFaultsInMovies, ::testing::Values(kAvi10Mjpeg, kAvi20Mjpeg),
