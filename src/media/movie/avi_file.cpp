@@ -16,6 +16,10 @@ constexpr std::uint64_t kUnknownSizeLimit = 0x80000000;
 }  // namespace
 
 CAVIFile::~CAVIFile() {
+    dropFiles();
+}
+
+void CAVIFile::dropFiles() {
     while (std::unique_ptr<FileRecord> unused{fileQueue_.pop()}) {
     }
 }

@@ -116,6 +116,10 @@ class CAVIFile : public TavraTrg::CWorker {
     explicit CAVIFile(MovieFiles& files, std::uint64_t sizeLimit = kSizeLimit)
         : files_(files), sizeLimit_(sizeLimit), largestSize_(sizeLimit) {}
 
+    // Closes the files that were opened and not begun; behind Stop, by a layout whose files need what it
+    // holds.
+    void dropFiles();
+
     // Whether a file that is opened now is the first of a recording: none runs, and none waits in the queue.
     bool isFirstFile() const { return ended_.wait(0) && fileQueue_.size() == 0; }
 

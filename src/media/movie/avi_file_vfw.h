@@ -16,7 +16,11 @@ class CAVIFileVFW : public CAVIFile {
     static constexpr std::uint32_t kUserChooses = 0xFFFFFFFF;
 
     explicit CAVIFileVFW(MovieFiles& files) : CAVIFile(files) {}
-    ~CAVIFileVFW() override { Stop(); }
+    // The files go ahead of the framework.
+    ~CAVIFileVFW() override {
+        Stop();
+        dropFiles();
+    }
 
     bool StoresBottomUp() const override { return true; }
     // The user is asked at the first file of a recording, and the answer holds for those behind it.
