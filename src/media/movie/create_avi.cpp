@@ -285,11 +285,13 @@ std::uint32_t CCreateAVI::GetPosition(std::uint32_t* position) {
 }
 
 std::uint32_t CCreateAVI::SetNotifyWindow(TavraWindow window) {
+    const std::lock_guard lock(notifyMutex_);
     notifyWindow_ = window;
     return error::kNone;
 }
 
 std::uint32_t CCreateAVI::SetNotifyParam(std::uint64_t parameter) {
+    const std::lock_guard lock(notifyMutex_);
     notifyParameter_ = parameter;
     return error::kNone;
 }
@@ -311,8 +313,11 @@ std::uint32_t CCreateAVI::GetFileSizeEstimate(std::uint32_t frameBytes, std::uin
 
 Status CCreateAVI::OnStatus(std::uint32_t event, std::uint32_t value) {
     if (event == kEnded) status_ = recorder_status::kIdle;
-    if (notifyWindow_ == nullptr) return {};
-    return platform::postMessage(notifyWindow_, event, notifyParameter_, value);
+    std::unique_lock lock(notifyMutex_);
+    const TavraWindow window = notifyWindow_;
+    const std::uint64_t parameter = notifyParameter_;
+    lock.unlock();
+    return window != nullptr ? platform::postMessage(window, event, parameter, value) : Status();
 }
 
 }  // namespace tavra::movie

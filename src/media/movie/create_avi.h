@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <mutex>
 
 #include "media/movie/avi_file.h"
 #include "media/movie/frame_copy.h"
@@ -92,6 +93,8 @@ class CCreateAVI final : public IAVIFileStatusListener, public CountedStage<CCre
     std::uint32_t pausedFrames_ = 0;
     std::uint32_t position_ = 0;
 
+    // Changed by the application, read by the writer's thread. The pair belongs together.
+    std::mutex notifyMutex_;
     TavraWindow notifyWindow_ = nullptr;
     std::uint64_t notifyParameter_ = 0;
     std::atomic<std::uint8_t> status_{recorder_status::kIdle};
