@@ -26,7 +26,6 @@ struct CodecMovie::Native {
     Status failure;  // the first of this movie
     AVFormatContext* container = nullptr;
     AVPacket* packet = nullptr;
-    bool begun = false;  // the container's header has been written
 
     explicit Native(const Ffmpeg& library) : lib(library), encoder(library) {}
     ~Native() {
@@ -87,7 +86,6 @@ struct CodecMovie::Native {
             return failWith(error::kOutOfMemory);
         const int written = lib.avformat_write_header(container, nullptr);
         if (written < 0) return failWith(error::kFileStream);
-        begun = true;
         return failure;
     }
 
