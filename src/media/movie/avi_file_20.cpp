@@ -77,7 +77,7 @@ Status CAVIFile20::PrepareHeader() {
 
 Status CAVIFile20::OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) {
     auto opened = std::make_unique<FileRecord>();
-    opened->name = name;
+    opened->name = files_.lastingName(name);  // it is opened again
     if (!files_.createUnbuffered(name, opened->unbuffered).ok()) return Status(error::kFileStream);
     // By design: behind the making of the file, which is empty now and gives no room back.
     limitSizeByVolume(name);
@@ -261,9 +261,21 @@ Status CAVIFile20::openAgain(const std::u16string& name, std::unique_ptr<MovieFi
     return attempt([&] { return files_.openAgain(name, file); });
 }
 
+// Whether another file has come to stand under that name meanwhile: one that is shorter than what was
+// written. Behind a failure nothing is known of the length.
+bool CAVIFile20::isAnother(const std::u16string& name) {
+    std::uint64_t size = 0;
+    return position_ > kDataOffset && attempt([&] { return files_.fileSize(name, size); }).ok() &&
+           size < position_;
+}
+
 void CAVIFile20::PatchHeaders(FileRecord& record) {
     (void)waitForWrite(record);
     std::unique_ptr<MovieFile> file;
+    if (record.firstFailure.ok() && isAnother(record.name)) {
+        (void)record.keep(Status(error::kFileStream));
+        return;
+    }
     if (!record.keep(openAgain(record.name, file)).ok()) return;
     putHead();
     (void)record.keep(file->write(0, head_.data(), kDataOffset));

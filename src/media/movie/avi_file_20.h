@@ -70,6 +70,7 @@ class CAVIFile20 : public CAVIFile {
     Status CloseSegment(FileRecord& record);
     Status writeIndices(FileRecord& record);
     Status WriteIdx1(FileRecord& record);
+    bool isAnother(const std::u16string& name);
     void PatchHeaders(FileRecord& record);
     void putHead();
     static Status startWrite(FileRecord& record, std::uint64_t position, std::span<const std::uint8_t> bytes);

@@ -1,6 +1,8 @@
 #include "media/movie/movie_files.h"
 
+#include <filesystem>
 #include <new>
+#include <system_error>
 
 #include "platform/random_access_file.h"
 #include "platform/unbuffered_file.h"
@@ -54,6 +56,13 @@ class SystemMovieFiles final : public MovieFiles {
     Status openAgain(const std::u16string& name, std::unique_ptr<MovieFile>& file) override {
         platform::RandomAccessFile native;
         return giveAway<SystemFile>(native.openForWriting(name), native, file);
+    }
+    std::u16string lastingName(const std::u16string& name) override {
+        try {
+            return std::filesystem::absolute(name).u16string();
+        } catch (const std::system_error&) {
+            return name;  // the present folder has none
+        }
     }
     Status volumeKind(const std::u16string& fileName, platform::VolumeKind& kind) override {
         return platform::volumeKind(platform::folderOf(fileName), kind);

@@ -48,6 +48,10 @@ class MovieFiles {
     // An existing file a second time, to write its headers.
     virtual Status openAgain(const std::u16string& name, std::unique_ptr<MovieFile>& file) = 0;
 
+    // The same file's name, which stays the same when the process changes its folder; `name` where the place
+    // knows no folders.
+    virtual std::u16string lastingName(const std::u16string& name) { return name; }
+
     // As in platform/volume.h, for the folder that the file stands in.
     virtual Status volumeKind(const std::u16string& fileName, platform::VolumeKind& kind) = 0;
     virtual Status freeBytes(const std::u16string& fileName, std::uint64_t& bytes) = 0;

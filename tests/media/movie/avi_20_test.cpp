@@ -4,6 +4,7 @@
 #include "base/little_endian.h"
 #include "media/movie/avi_index.h"
 #include "media/movie/avi_layouts.h"
+#include "support/temp_folder.h"
 
 namespace tavra::test {
 namespace {
@@ -42,6 +43,65 @@ struct Avi20 : ::testing::Test {
     }
 };
 
+// The process's folder, for as long as it lives.
+class PresentFolder {
+  public:
+    explicit PresentFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    ~PresentFolder() { std::filesystem::current_path(before_); }
+    PresentFolder(const PresentFolder&) = delete;
+    PresentFolder& operator=(const PresentFolder&) = delete;
+
+  private:
+    const std::filesystem::path before_;
+};
+
+// A movie of one frame in the file system, named relative to the present folder, that is not closed yet.
+struct OpenMovie {
+    static constexpr MovieForm kForm{.width = 21, .height = 13, .rate = 25};
+    const FileBytes image = makeImage(kForm, 0);
+    Recording recording{kAvi20NotCompressed.make(movie::systemMovieFiles(), {}), kForm};
+    std::unique_ptr<movie::FileRecord> record;
+
+    OpenMovie() {
+        movie::CAVIFile& writer = recording.writer();
+        recording.add(0, image);
+        EXPECT_TRUE(writer.PrepareHeader().ok());
+        EXPECT_TRUE(writer.OpenFile(u"movie.avi", record).ok());
+        EXPECT_TRUE(writer.WriteFrame(*record, recording.filled.pop()->image(), 0, 0).ok());
+    }
+    Status close() { return recording.writer().CloseFile(*record); }
+};
+
+TEST(Avi20Names, AMovieIsClosedWholeWhereverTheProcessHasGone) {
+    const TempFolder made, other;
+    PresentFolder first(made.path());
+    OpenMovie movie;
+    {
+        const PresentFolder second(other.path());
+        EXPECT_TRUE(movie.close().ok());
+        EXPECT_TRUE(other.isEmpty());
+    }
+    EXPECT_TRUE(equalFiles(readFile(made / "movie.avi"),
+                           kAvi20NotCompressed.build(OpenMovie::kForm, {{0, movie.image}}, {})));
+}
+
+TEST(Avi20Names, AnotherFileThatHasComeToStandThereIsLeftAlone) {
+    MovieFilesDouble files;
+    constexpr MovieForm kForm{.width = 21, .height = 13, .rate = 25};
+    Recording recording(kAvi20NotCompressed.make(files, {}), kForm);
+    recording.add(0, makeImage(kForm, 0));
+    movie::CAVIFile& writer = recording.writer();
+    std::unique_ptr<movie::FileRecord> record;
+    ASSERT_TRUE(writer.PrepareHeader().ok());
+    ASSERT_TRUE(writer.OpenFile(u"movie.avi", record).ok());
+    ASSERT_TRUE(writer.WriteFrame(*record, recording.filled.pop()->image(), 0, 0).ok());
+    files.existing = {.value = 5};  // what stands under that name now
+    EXPECT_EQ(writer.CloseFile(*record).code(), 0xE0000009u);
+    EXPECT_EQ(files.bytes(u"movie.avi", 0, 4), FileBytes(4)) << "no header";
+    EXPECT_EQ(files.openFiles(), 0u);
+}
 std::vector<std::uint32_t> upTo(std::uint32_t count) {
     std::vector<std::uint32_t> positions(count);
     for (std::uint32_t i = 0; i < count; ++i) positions[i] = i;
