@@ -50,7 +50,7 @@ class TreeKey {
     enum class Missing { Fail, Create };
 
     TreeKey();
-    ~TreeKey();  // closes
+    ~TreeKey();  // abandons: an operation that ends early keeps nothing by accident
     TreeKey(TreeKey&& other) noexcept;
     TreeKey& operator=(TreeKey&& other) noexcept;
 

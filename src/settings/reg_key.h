@@ -23,10 +23,11 @@ class CwRegKey {
 
     // With `create` the key is made if it is not there.
     CwRegKey(const std::u16string& path, Access access, bool create);
-    virtual ~CwRegKey();
+    virtual ~CwRegKey();  // abandons
     CwRegKey(const CwRegKey&) = delete;
     CwRegKey& operator=(const CwRegKey&) = delete;
 
+    // Keeps what was written.
     std::uint32_t Close() { return key_.close(); }
     // Closes without keeping what was written, where the store can do that: Windows keeps it.
     void Abandon() { key_.abandon(); }

@@ -249,12 +249,14 @@ TEST_F(RegFile, AnExportComesBackAfterTheKeyIsGone) {
         EXPECT_EQ(key.WriteDword(u"Gain", 0x12345678), 0u);
         EXPECT_EQ(key.WriteBinary(u"Table", table.data(), table.size()), 0u);
         EXPECT_EQ(key.WriteString(u"Default", u"d\u20AC"), 0u);
+        EXPECT_EQ(key.Close(), 0u);
     }
     ASSERT_TRUE(ExportKey(name(), kPath));
     EXPECT_EQ(readFile(folder_ / "setting.reg")[0], 0xFF);
     {
         CwRegKey type(kPrefix, Access::All, false);
         ASSERT_EQ(type.DeleteSubKey(u"day"), 0u);
+        ASSERT_EQ(type.Close(), 0u);
     }
     ASSERT_TRUE(ImportKey(name(), kPrefix));
     CwRegKey key(kPath, Access::Read, false);
@@ -314,6 +316,7 @@ TEST_F(RegFile, CutAtAnyByteItChangesNothingButItsOwnKey) {
         CwRegKey type(kPrefix, Access::All, false);
         if (made) {
             EXPECT_EQ(type.DeleteSubKey(u"day"), 0u);
+            EXPECT_EQ(type.Close(), 0u);
         }
     }
 }

@@ -33,7 +33,9 @@ class RegistrySetting : public CameraTest {
         return value;
     }
     static void put(const std::u16string& setting, const std::u16string& name, std::uint32_t value) {
-        EXPECT_EQ(CwRegKey(pathOf(setting), Access::All, true).WriteDword(name, value), 0u);
+        CwRegKey key(pathOf(setting), Access::All, true);
+        EXPECT_EQ(key.WriteDword(name, value), 0u);
+        EXPECT_EQ(key.Close(), 0u);
     }
     static bool exists(const std::u16string& setting) {
         return CwRegKey(pathOf(setting), Access::Read, false).isOpen();

@@ -231,9 +231,7 @@ bool TreeKey::State::hasKeysBelow(std::int64_t parent) const {
 }
 
 TreeKey::TreeKey() = default;
-TreeKey::~TreeKey() {
-    close();
-}
+TreeKey::~TreeKey() = default;  // the database rolls back when it closes
 TreeKey::TreeKey(TreeKey&& other) noexcept = default;
 TreeKey& TreeKey::operator=(TreeKey&& other) noexcept = default;
 

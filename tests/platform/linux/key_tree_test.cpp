@@ -9,6 +9,7 @@
 
 #include <memory>
 
+#include "support/failing_allocations.h"
 #include "support/user_tree.h"
 #include "support/wait_clock_double.h"
 
@@ -73,6 +74,26 @@ TEST_F(LinuxKeyTree, AWriteThatTheDiskDoesNotTakeUndoesTheWholeCall) {
     ASSERT_EQ(key.open(u"a", Access::Read, Missing::Fail), 0u);
     EXPECT_EQ(key.read(u"value", value), 0u);
     for (const char16_t* const name : {u"first", u"large", u"last"}) EXPECT_EQ(key.read(name, value), 2u);
+}
+
+// No memory in the middle of a save: what was written ahead of it must not stay beside old values.
+TEST_F(LinuxKeyTree, WhatEndsWithoutBeingClosedIsUndone) {
+    ASSERT_EQ(write(u"a", 1), 0u);
+    const std::u16string longName(5000, u'n');
+    const auto breakOff = [&] {
+        TreeKey key;
+        EXPECT_EQ(key.open(u"a", Access::Write, Missing::Fail), 0u);
+        EXPECT_EQ(key.write(u"value", ValueType::Binary, Bytes{2}), 0u);
+        const test::FailAllocationsFrom fail(longName.size());
+        key.write(longName, ValueType::Binary, Bytes{3});
+    };
+    EXPECT_THROW(breakOff(), std::bad_alloc);
+    TreeKey key;
+    TreeValue value;
+    ASSERT_EQ(key.open(u"a", Access::Read, Missing::Fail), 0u);
+    ASSERT_EQ(key.read(u"value", value), 0u);
+    EXPECT_EQ(value.data, Bytes{1});
+    EXPECT_EQ(key.value(1, value), 259u);
 }
 
 TEST_F(LinuxKeyTree, AFileThatIsNoDatabaseIsRefused) {
