@@ -20,7 +20,9 @@ namespace {
 constexpr std::u16string_view kRoot = uR"(SOFTWARE\Halvern\BrinscopePreference\)";
 constexpr const char16_t* kDefaultValue = u"Default";
 constexpr std::uint32_t kNotFound = 2;
+constexpr std::uint32_t kBusy = 170;
 constexpr std::uint32_t kNoMoreItems = 259;
+constexpr std::uint32_t kBadDatabase = 1009;
 
 // --- what is saved and loaded, in this order ---
 
@@ -260,13 +262,20 @@ Status statusOf(std::uint32_t error) {
     return Status(error);
 }
 
-// The first error. What could be written is there, or on Linux all of it or nothing.
+// Whether a key could not be looked at: that says nothing of whether it is there.
+bool storeFailed(std::uint32_t error) {
+    return error == kBusy || error == kBadDatabase;
+}
+
+// The first error. Behind it what could be written is there, or on Linux nothing.
 std::uint32_t store(const std::u16string& path, const SettingValues& values) {
     CwRegKey key(path, CwRegKey::Access::All, true);
     if (!key.isOpen()) return key.openError();
-    const std::uint32_t error = values.write(key);
-    const std::uint32_t closeError = key.Close();
-    return error != 0 ? error : closeError;
+    if (const std::uint32_t error = values.write(key); error != 0) {
+        key.Abandon();
+        return error;
+    }
+    return key.Close();
 }
 
 std::uint32_t fetch(const std::u16string& path, SettingValues& values) {
@@ -324,12 +333,14 @@ Status getDefaultSetting(ISettingCamera& camera, std::u16string& name) {
     name.clear();
     CwRegKey key(settingPath(camera, {}), CwRegKey::Access::Read, true);
     if (!key.isOpen()) return statusOf(key.openError());
-    key.ReadString(kDefaultValue, name);
-    key.Close();
-    if (!name.empty() && !CwRegKey(settingPath(camera, name), CwRegKey::Access::Read, false).isOpen()) {
-        name.clear();
+    if (const std::uint32_t error = key.ReadString(kDefaultValue, name); storeFailed(error)) {
+        return statusOf(error);
     }
-    return Status();
+    key.Close();
+    if (name.empty()) return Status();
+    const CwRegKey named(settingPath(camera, name), CwRegKey::Access::Read, false);
+    if (!named.isOpen()) name.clear();
+    return statusOf(storeFailed(named.openError()) ? named.openError() : 0);
 }
 
 Status listSettings(ISettingCamera& camera, std::vector<std::u16string>& names) {

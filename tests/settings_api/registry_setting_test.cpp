@@ -549,6 +549,50 @@ TEST_F(RegistrySetting, AnImportThatTheStoreDoesNotTakeIsAFailureAndLeavesNothin
     }
 }
 
+// Old values beside new ones would be a setting that nobody has saved.
+TEST_F(RegistrySetting, ASaveOfWhichTheStoreDoesNotTakeAValueKeepsTheOldSetting) {
+    open();
+    ASSERT_TRUE(Tavra_SetGain(handle, 33));
+    ASSERT_TRUE(Tavra_SetMirrorMode(handle, 1));
+    save(u"day");
+    ASSERT_TRUE(Tavra_SetGain(handle, 34));
+    ASSERT_TRUE(Tavra_SetMirrorMode(handle, 2));
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other,
+                           "CREATE TRIGGER refuse BEFORE INSERT ON entries WHEN NEW.name = 'Range Weight' "
+                           "BEGIN SELECT RAISE(ABORT, 'no'); END",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(other);
+    EXPECT_EQ(Tavra_SaveSettingRegW(handle, u"day"), 1) << "no failure of the camera";
+    EXPECT_EQ(lastError(), 1009u);
+    EXPECT_EQ(dword(u"day", u"Gain"), 33u) << "ahead of the value";
+    EXPECT_EQ(dword(u"day", u"Mirror Mode"), 1u) << "behind it";
+    EXPECT_EQ(Tavra_SaveSettingRegW(handle, u"new"), 1);
+    EXPECT_FALSE(exists(u"new"));
+}
+
+// That the setting of that name cannot be looked at does not mean that there is none.
+TEST_F(RegistrySetting, ADefaultThatCannotBeLookedForIsAFailure) {
+    open();
+    save(u"night");
+    expectSuccess(Tavra_SetDefaultSettingRegW(handle, u"night"));
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
+    // A key whose row is an error when it is read.
+    ASSERT_EQ(sqlite3_exec(other,
+                           "ALTER TABLE keys RENAME TO kept; CREATE VIEW keys AS SELECT CASE folded WHEN "
+                           "'night' THEN abs(-9223372036854775808) ELSE id END AS id, parent, name, folded "
+                           "FROM kept",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(other);
+    char16_t buffer[16] = {u'x'};
+    expectFailure(Tavra_GetDefaultSettingRegW(handle, buffer, sizeof buffer), 1009);
+    EXPECT_EQ(buffer[0], 0);
+}
+
 TEST_F(RegistrySetting, AStoreThatIsBrokenIsToldAndLeftAlone) {
     open();
     std::filesystem::create_directories(tree_.database().parent_path());

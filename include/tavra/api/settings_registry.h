@@ -18,7 +18,8 @@
  *  The store is not held while a camera is read or set. The database is shared by all processes of the user,
  *  and a call changes all of what it changes or nothing; the registry takes value after value, so that a
  *  process that ends in the middle of a save leaves new values beside old ones. The database is waited for
- *  up to five seconds while another process holds it (then code 170); one that is damaged or of another form
+ *  up to five seconds in each transaction while another process holds it (then code 170; most calls are one
+ *  transaction, a few are two); one that is damaged or of another form
  *  (1009), or of a newer version (1306), is refused and never written.
  */
 #ifndef TAVRA_API_SETTINGS_REGISTRY_H
@@ -32,8 +33,8 @@ extern "C" {
 
 /** Saves the camera's settings under a name.
  *
- *  A store that cannot be written is no failure: the call succeeds, nothing is stored, and the last error has
- *  the store's code.
+ *  A store that cannot be written is no failure: the call succeeds, and the last error has the store's code.
+ *  The database then has what it had before; the registry has the values that it took.
  *
  *  \param handle camera
  *  \param name name in UTF-16; may be null: the type's key itself
