@@ -252,6 +252,7 @@ bool ExportKey(const std::u16string& fileName, const std::u16string& path) {
     for (std::uint32_t index = 0; (error = key.EnumValue(index, value)) == 0; ++index)
         values.push_back(value);
     if (error != kNoMoreItems) return failWith(error);
+    key.Abandon();  // others need not wait for the disk
     const std::u16string text = regText(path, values);
     std::vector<std::uint8_t> bytes(2 * text.size() + 2);
     storeLe16(bytes.data(), kMark);

@@ -4,11 +4,32 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <utility>
 
 #include "platform/last_error.h"
 #include "settings/reg_key.h"
 #include "support/temp_folder.h"
 #include "support/user_tree.h"
+
+#if !defined(_WIN32)
+#include "support/wait_clock_double.h"
+
+namespace {
+std::function<void()> onNextFlush;  // of the test's own thread
+}
+
+// Stands between the library and the system, by the linker.
+extern "C" {
+int __real_fsync(int);
+int __wrap_fsync(int);
+
+int __wrap_fsync(int descriptor) {
+    if (onNextFlush) std::exchange(onNextFlush, nullptr)();
+    return __real_fsync(descriptor);
+}
+}
+#endif
 
 namespace tavra {
 namespace {
@@ -274,6 +295,26 @@ TEST_F(RegFile, AnExportComesBackAfterTheKeyIsGone) {
         EXPECT_NE(value.type, ValueType::String);
     }
 }
+
+#if !defined(_WIN32)
+TEST_F(RegFile, NobodyWaitsForTheStoreWhileTheFileIsWritten) {
+    {
+        CwRegKey key(kPath, Access::All, true);
+        ASSERT_EQ(key.WriteDword(u"Gain", 5), 0u);
+        ASSERT_EQ(key.Close(), 0u);
+    }
+    const test::WaitClockDouble clock;
+    bool looked = false;
+    onNextFlush = [&] {
+        looked = true;
+        CwRegKey other(u"SOFTWARE\\Somebody\\Else", Access::All, true);
+        EXPECT_TRUE(other.isOpen());
+    };
+    EXPECT_TRUE(ExportKey(name(), kPath));
+    onNextFlush = nullptr;
+    EXPECT_TRUE(looked);
+}
+#endif
 
 TEST_F(RegFile, WithoutTheKeyNoFileIsMade) {
     EXPECT_FALSE(ExportKey(name(), kPath));
