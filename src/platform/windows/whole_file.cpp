@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <utility>
 
 #include "platform/last_error.h"
 
@@ -46,6 +47,30 @@ class FileHandle {
   private:
     HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
+
+// The file behind links, so that a link to it stays one. A file that is not there yet is made, empty, because
+// only a file that is there can be asked for its name. Any other name stays as it is.
+Status followLinks(std::u16string& name) {
+    const DWORD attributes = GetFileAttributesW(systemName(name));
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        return Status();
+    }
+    const FileHandle file(CreateFileW(systemName(name), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_ALWAYS, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!file.valid()) return lastFailure();
+    std::u16string target(MAX_PATH, u'\0');
+    for (;;) {
+        const auto room = static_cast<DWORD>(target.size());
+        const DWORD length = GetFinalPathNameByHandleW(file.get(), reinterpret_cast<wchar_t*>(target.data()),
+                                                       room, FILE_NAME_NORMALIZED);
+        if (length == 0) return lastFailure();
+        target.resize(length);  // with its zero if there was no room
+        if (length < room) break;
+    }
+    name = std::move(target);
+    return Status();
+}
 
 // With its separator; empty: the present one.
 std::u16string folderOf(const std::u16string& name) {
@@ -135,7 +160,9 @@ Status readWholeFile(const std::u16string& name, std::vector<std::uint8_t>& byte
     return Status();
 }
 
-Status replaceWholeFile(const std::u16string& name, std::span<const std::uint8_t> bytes) {
+Status replaceWholeFile(const std::u16string& wanted, std::span<const std::uint8_t> bytes) {
+    std::u16string name = wanted;
+    TAVRA_RETURN_IF_ERROR(followLinks(name));
     const DWORD attributes = GetFileAttributesW(systemName(name));
     if (attributes != INVALID_FILE_ATTRIBUTES &&
         (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) {
