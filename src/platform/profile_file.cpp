@@ -1,6 +1,7 @@
 #include "platform/profile_file.h"
 
 #include <algorithm>
+#include <array>
 
 #include "base/little_endian.h"
 #include "platform/whole_file.h"
@@ -10,6 +11,7 @@ namespace {
 
 constexpr char16_t kMark = 0xFEFF;
 constexpr char16_t kSwappedMark = 0xFFFE;
+constexpr std::array<std::uint8_t, 3> kNarrowMark{0xEF, 0xBB, 0xBF};  // the same in UTF-8
 
 char16_t swapped(char16_t unit) {
     return static_cast<char16_t>(unit << 8 | unit >> 8);
@@ -81,6 +83,9 @@ void ProfileText::decode(std::span<const std::uint8_t> bytes) {
         if (first == kSwappedMark) encoding_ = Encoding::WideSwapped;
     }
     if (encoding_ == Encoding::Bytes) {
+        narrowMark_ = bytes.size() >= kNarrowMark.size() &&
+                      std::ranges::equal(bytes.first(kNarrowMark.size()), kNarrowMark);
+        if (narrowMark_) bytes = bytes.subspan(kNarrowMark.size());
         text_.assign(bytes.begin(), bytes.end());
         return;
     }
@@ -241,7 +246,8 @@ std::vector<std::uint8_t> ProfileText::bytes() const {
     const std::u16string text = edited();
     if (encoding_ == Encoding::Bytes) {
         std::vector<std::uint8_t> single;
-        single.reserve(text.size());
+        single.reserve(kNarrowMark.size() + text.size());
+        if (narrowMark_) single.assign(kNarrowMark.begin(), kNarrowMark.end());
         for (const char16_t unit : text)
             single.push_back(static_cast<std::uint8_t>(unit < 256 ? unit : u'?'));
         return single;

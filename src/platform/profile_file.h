@@ -8,8 +8,9 @@
 // order, line ends.
 //
 // - The encoding is the file's own: UTF-16 in either byte order by its mark, else single bytes, which are
-//   taken and given back as they are. A new file is UTF-16, little endian, with a mark. Half a unit at the
-//   end, of a file that was cut, is no text, and stays where it is.
+//   taken and given back as they are; a mark of UTF-8 ahead of them is no text, and stays. A new file is
+//   UTF-16, little endian, with a mark. Half a unit at the end, of a file that was cut, is no text, and stays
+//   where it is.
 // - A line ends with CR LF, LF or CR. A section begins with a line [name]; the name ends at the line's last
 //   bracket. The first section of a name counts, and the first key of a name in it. Capitals and small ASCII
 //   letters are the same.
@@ -73,6 +74,7 @@ class ProfileText {
 
     Encoding encoding_ = Encoding::Wide;
     std::u16string text_;               // without its mark; a single byte is a unit
+    bool narrowMark_ = false;           // of UTF-8, ahead of single bytes
     std::optional<std::uint8_t> half_;  // of a unit, behind all
     std::u16string lineEnd_ = u"\r\n";
     std::map<std::u16string, Section> sections_;  // by folded name

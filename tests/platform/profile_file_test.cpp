@@ -171,6 +171,18 @@ TEST(ProfileText, AFileWithoutAMarkIsSingleBytesAndStaysThat) {
     EXPECT_EQ(empty.bytes(), single("[s]\r\nk=1\r\n"));
 }
 
+// As editors put it there. It is not the beginning of the first section's line.
+TEST(ProfileText, AMarkOfUtf8IsNoTextAndStays) {
+    ProfileText text(single("\xEF\xBB\xBF[s]\nk=1 \xC3\xA4\n"));
+    EXPECT_EQ(text.find(u"s", u"k"), u"1 \u00C3\u00A4") << "single bytes all the same";
+    EXPECT_EQ(text.bytes(), single("\xEF\xBB\xBF[s]\nk=1 \xC3\xA4\n"));
+    text.set(u"s", u"k", u"2");
+    text.set(u"t", u"l", u"3");
+    EXPECT_EQ(text.bytes(), single("\xEF\xBB\xBF[s]\nk=2\n[t]\nl=3\n"));
+    EXPECT_EQ(ProfileText(single("\xEF\xBB\xBF")).bytes(), single("\xEF\xBB\xBF"));
+    EXPECT_EQ(ProfileText(single("\xEF\xBB[s]\n")).bytes(), single("\xEF\xBB[s]\n"));
+}
+
 TEST(ProfileText, TakesAnyBytes) {
     const Bytes file = wide(u"[s]\r\nk=1\r\n[t]\r\n;c\r\nl=2");
     for (std::size_t length = 0; length <= file.size(); ++length) {
