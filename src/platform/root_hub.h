@@ -1,8 +1,8 @@
 // Restarting the machine's USB root hubs that run at high speed or faster, and no others.
 //
 // Windows: a property change of the device, by the device installer. Linux: the hub is deauthorised and
-// authorised again in sysfs. Blocks until the system has done it; what hangs on the hubs is lost meanwhile.
-// Any thread, no lock.
+// authorised again in sysfs; one that is not authorised to begin with stays so. Blocks until the system has
+// done it; what hangs on the hubs is lost meanwhile. Any thread, no lock.
 #pragma once
 
 #include "base/status.h"

@@ -45,6 +45,12 @@ class Attribute {
         return value;
     }
 
+    // Whether its text begins with a digit of 0. Not so if it cannot be read.
+    bool isOff() const {
+        char first = 0;
+        return descriptor_ >= 0 && ::read(descriptor_, &first, 1) == 1 && first == '0';
+    }
+
     // False with errno, be it that of the opening.
     bool write(char digit) const { return descriptor_ >= 0 && ::write(descriptor_, &digit, 1) == 1; }
 
@@ -78,6 +84,8 @@ Status listBuses(const std::string& devicesFolder, std::vector<unsigned>& buses)
 // One that stayed off would take its keyboard and its disk with it until somebody pulls the plug.
 Status restart(const std::string& hub, const WriteAttribute& write) {
     const std::string attribute = hub + "/authorized";
+    // The administrator wants it off. Reading must not wait for anybody.
+    if (Attribute(attribute, O_RDONLY | O_NONBLOCK).isOff()) return Status();
     TAVRA_RETURN_IF_ERROR(write(attribute, '0'));
     Status on = write(attribute, '1');
     for (int i = 1; i < kMostAttempts && !on.ok(); ++i) {

@@ -69,6 +69,21 @@ TEST_F(RootHubs, ThoseOfHighSpeedAndAboveAreSwitchedOffAndOnAgain) {
         EXPECT_EQ(told(slow), "") << slow;
 }
 
+TEST_F(RootHubs, OneThatTheAdministratorSwitchedOffStaysOff) {
+    for (const auto& [name, state] : {std::pair{"usb1", "0\n"}, {"usb2", "1\n"}}) {
+        addDevice(name, "480\n");
+        std::ofstream(folder / name / "authorized") << state;
+    }
+    std::string written;
+    const auto note = [&](const std::string& name, char digit) {
+        written += name[name.find("/usb") + 4];
+        written += digit;
+        return Status();
+    };
+    EXPECT_TRUE(resetHighSpeedRootHubs(folder.path().string(), note).ok());
+    EXPECT_EQ(written, "2021") << "a hub and what it was told";
+}
+
 TEST_F(RootHubs, WhatIsNoRootHubIsLeftAlone) {
     for (const char* const name : {"1-1", "1-0:1.0", "usb", "usb1x", "xusb1", "usb-1", "2-1.4"}) {
         addHub(name, "5000\n");
