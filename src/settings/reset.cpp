@@ -17,7 +17,6 @@ constexpr std::uint16_t kPlainSaturation = 100;  // percent
 constexpr std::uint16_t kHighChromaStart = 255;
 constexpr std::uint16_t kShadingTarget = 128;
 
-// A group that the library has no functions for is no failure.
 bool give(ISettingCamera& camera, const Access& access, std::initializer_list<std::uint32_t> values) {
     return access.set(camera, std::span(values.begin(), values.size()));
 }
