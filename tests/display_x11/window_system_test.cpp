@@ -3,12 +3,14 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <utility>
 
+#include "display_x11/user.h"
 #include "platform/linux/x11_session.h"
 #include "platform/window.h"
 #include "support/x_server.h"
@@ -50,10 +52,10 @@ class EventsDouble final : public platform::IWindowEvents {
     void onErase(platform::IPaint&) override {}
     void onCommand(std::uint64_t) override {}
     void onScroll(platform::Axis, platform::ScrollCode, std::int32_t) override {}
-    void onMouse(const platform::MouseMessage&) override {}
+    void onMouse(const platform::MouseMessage&) override { call(whenMouse); }
     void onAltKey() override {}
 
-    std::function<void()> whenDestroyed, whenPainted;
+    std::function<void()> whenDestroyed, whenPainted, whenMouse;
     std::function<void(std::uint32_t)> whenSized;  // with the width
 
   private:
@@ -110,21 +112,19 @@ TEST_F(WindowSystem, DestroyReturnsAfterTheWindowWasToldAlsoIfTheUserWasFirst) {
 }
 
 TEST_F(WindowSystem, WindowInsideOfAnotherOfThemHasItsOwnEvents) {
-    Moment outerSized, innerSized;
+    Moment outerSized, mouse;
     events.whenSized = [&](std::uint32_t width) {
         if (width == 33) outerSized.come();
     };
     EventsDouble innerEvents;
-    innerEvents.whenSized = [&](std::uint32_t width) {
-        if (width == 22) innerSized.come();
-    };
+    innerEvents.whenMouse = [&] { mouse.come(); };
     const TavraWindow outer = make(events), inner = make(innerEvents, outer);
     server.resize(native(outer), 33, 30);  // comes after the news that there is a window inside
     ASSERT_TRUE(outerSized.waitFor(kPatience));
     platform::Rectangle place;
     ASSERT_TRUE(system.windowOnScreen(inner, place).ok());  // what the news led to is done, too
-    server.resize(native(inner), 22, 11);
-    EXPECT_TRUE(innerSized.waitFor(kPatience));
+    User(server).moveTo(5, 5);
+    EXPECT_TRUE(mouse.waitFor(kPatience));
     EXPECT_TRUE(system.destroy(inner).ok());
 }
 
@@ -158,6 +158,8 @@ TEST_F(WindowSystem, WorkWithoutMemoryFailsWhereItWasAskedFor) {
 TEST_F(WindowSystem, PlacesAreOfTheWindowWithoutItsFrame) {
     constexpr std::uint32_t kPlaceWanted = 1, kHasGravity = 512, kStatic = 10;
     const TavraWindow window = make(events);
+    platform::Rectangle place;
+    ASSERT_TRUE(system.windowOnScreen(window, place).ok());  // the server has all that came before
     const auto asked = xcb_get_property(server.connection(), 0, native(window), XCB_ATOM_WM_NORMAL_HINTS,
                                         XCB_ATOM_ANY, 0, 18);
     xcb_get_property_reply_t* const reply = xcb_get_property_reply(server.connection(), asked, nullptr);
