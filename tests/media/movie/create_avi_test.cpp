@@ -406,6 +406,23 @@ TEST_F(CreateAvi, PostsBeginAndEndWithItsParameter) {
     EXPECT_FALSE(receiver.wait(got, 0));
 }
 
+TEST_F(CreateAvi, TellsTheReceiverThatWasSetWhileItRecorded) {
+    MessageReceiver first, second;
+    EXPECT_EQ(recorder->SetNotifyWindow(first.window()), 0u);
+    start(1);
+    EXPECT_EQ(recorder->SetNotifyParam(7), 0u);  // beside the writer's thread, which begins
+    ReceivedMessage got;
+    ASSERT_TRUE(first.wait(got, kPatienceMs));
+    EXPECT_EQ(got.message, 45064u);
+    EXPECT_EQ(recorder->SetNotifyWindow(second.window()), 0u);
+    recorder.write(image, 0);
+    recorder.writeUntilEnded(image, 1);
+    ASSERT_TRUE(second.wait(got, kPatienceMs));
+    EXPECT_EQ(got.message, 45065u);
+    EXPECT_EQ(got.parameter1, 7u);
+    EXPECT_FALSE(first.wait(got, 0));
+}
+
 TEST_F(CreateAvi, RecordsForAReceiverThatIsGone) {
     MessageReceiver receiver;
     EXPECT_EQ(recorder->SetNotifyWindow(receiver.window()), 0u);
