@@ -1,4 +1,6 @@
 // The names of movies: which kind they choose, and where none can be made.
+#include <array>
+
 #include "media_api/recording_fixture.h"
 
 namespace tavra::test {
@@ -17,6 +19,20 @@ TEST_F(RecordingName, IsChosenByTheExtension) {
         expectFailure(save(file), 0xE000000F);
     expectFailure(Tavra_SaveAVIW(handle, nullptr, 0, 1), 0xE000000F);
     expectFailure(Tavra_SaveAVIW(handle, u"", 0, 1), 0xE000000F);
+}
+
+// Nothing behind the dot is the beginning of the first kind; a folder's dot counts as any other.
+TEST_F(RecordingName, MayEndInADotAndIsTakenFromTheLastOneWhereverItStands) {
+    openCamera();
+    ASSERT_EQ(save("movie."), 1);
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    std::array<char, 12> head{};
+    std::ifstream(folder / "movie.", std::ios::binary).read(head.data(), head.size());
+    EXPECT_EQ(std::string(head.data(), 4), "RIFF");
+    EXPECT_EQ(std::string(head.data() + 8, 4), "AVI ");
+    std::filesystem::create_directory(folder / "a.b");
+    expectFailure(save("a.b/movie"), 0xE000000F);
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "a.b"));
 }
 
 TEST_F(RecordingName, TakesNarrowNamesOfUpTo259Characters) {
