@@ -36,6 +36,28 @@ class RecordingSystem : public RecordingTest {
     ~RecordingSystem() override { threadsLeft = kNoLimit; }
 };
 
+TEST_F(RecordingSystem, ACodecOfTheSystemCompressesTheMovie) {
+    constexpr std::uint32_t kFfv1 = 0x31564646, kMissing = 0xE000000A;
+    openCamera();
+    forgetPlaces();
+    collectImages();
+    if (save("a.avi", 1000, kFfv1) == 0) {
+        ASSERT_EQ(lastError(), kMissing);
+        record().lastError = 0;
+        GTEST_SKIP() << "built without codecs";
+    }
+    expectMessages({{kRecordingStarted, 0}, {TAVRA_MESSAGE_TRANSFER_STARTED, 0}});
+    const std::size_t before = images.count();
+    for (std::uint32_t i = 0; i < 4; ++i) sendFrame(i, framePattern(i));
+    EXPECT_EQ(images.waitFor(before + 4).size(), before + 4) << "an image's callback is behind the recorder";
+    ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    const Bytes file = readFile(folder / "a.avi");
+    ASSERT_GT(file.size(), 376u);
+    EXPECT_EQ(loadLe32(&file[4]), file.size() - 8) << "the header was completed";
+    EXPECT_EQ(loadLe32(&file[112]), kFfv1) << "the stream's codec";
+    EXPECT_EQ(loadLe32(&file[48]), 4u) << "frames";
+}
+
 TEST_F(RecordingSystem, WithoutAThreadForItsWriterThereIsNoRecording) {
     openCamera();
     const std::size_t handles = openHandles();
