@@ -68,9 +68,13 @@ void applySwitchRule(GroupValues& values) {
     if (values.wanted[0] == 0) leaveAsItIs(values, 1, values.wanted.size());
 }
 
+// Among the values of the image size: the first region is the image itself, which is always sent.
+constexpr std::size_t kMainRegionMode = 1;
+
 // A load does not set everything that is in a file.
 void keepWhatCounts(const Group& group, GroupValues& values) {
     const Access* const access = &group.access;
+    if (access == &access::kImageSize) leaveAsItIs(values, kMainRegionMode, kMainRegionMode + 1);
     if (access == &access::kShutter) applyShutterRule(values);
     if (access == &access::kHue || access == &access::kColorMatrix) applySwitchRule(values);
     for (const Access& curve : access::kGamma) {

@@ -73,6 +73,9 @@ TEST_F(StoredSettings, ADifferenceHasOnlyWhatALoadWouldSet) {
     EXPECT_EQ(differences("ColorMatrix", "ColorMatrix_0=50\n"), nothing);
     EXPECT_NE(differences("ColorMatrix", "ColorMatrixMode=255\nColorMatrix_0=50\n").find("100 -> 50"),
               std::string::npos);
+    EXPECT_EQ(differences("ImageSize", "RegionMode=0\n"), nothing) << "the image is always sent";
+    EXPECT_EQ(differences("ImageSize", "RegionMode=1\n"), nothing);
+    EXPECT_NE(differences("ImageSize", "RegionMode=1\nWidth=32\n").find("64 -> 32"), std::string::npos);
     // What is set has 16 bits, or 8.
     EXPECT_NE(differences("Sharpness", "SharpnessGain=65545\n").find("0 -> 9 "), std::string::npos);
     EXPECT_EQ(differences("Sharpness", "SharpnessGain=65536\nSharpnessCoring=256\n"), nothing);
