@@ -217,6 +217,21 @@ TEST_F(RegistrySetting, ClockAndSizeKeepTheirNumbers) {
     EXPECT_EQ(height, 480u);
 }
 
+TEST_F(RegistrySetting, AClockModeComesBackWithThePresentFrequency) {
+    DoubleCamera camera;
+    camera.setIdentity32(40, 5);  // the modes that it offers
+    open(camera);
+    ASSERT_TRUE(Tavra_SetClock(handle, 4, 20000000));
+    save(u"day");
+    EXPECT_EQ(dword(u"day", u"Clock Mode"), 4u);
+    ASSERT_TRUE(Tavra_SetClock(handle, 1, 30000000));
+    load(u"day");
+    std::uint32_t mode = 0, clock = 0;
+    ASSERT_TRUE(Tavra_GetClock(handle, &mode, &clock));
+    EXPECT_EQ(mode, 4u);
+    EXPECT_EQ(clock, 30000000u);
+}
+
 TEST_F(RegistrySetting, ASetterThatRefusesEndsTheLoad) {
     open();
     change(handle, 0);

@@ -40,6 +40,10 @@ TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     Tavra_SetShadingCorrectionTarget(handle, 99);
     usb.camera().status(77) = 45;
     usb.camera().status(23) = 12;
+    ASSERT_TRUE(Tavra_SetSkippingAndBinning(handle, 1, 2, 1, 2));
+    ASSERT_TRUE(Tavra_SetBinningSumMode(handle, 1));
+    ASSERT_EQ(stateOf(handle).at("skipping and binning"), (std::vector<std::uint32_t>{1, 2, 1, 2}));
+    ASSERT_EQ(stateOf(handle).at("binning sum"), (std::vector<std::uint32_t>{1}));
     record().lastError = 0;
     expectSuccess(Tavra_ResetSetting(handle));
 
@@ -47,6 +51,7 @@ TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     using Values = std::vector<std::uint32_t>;
     EXPECT_EQ(now.at("clock"), (Values{0, 24545455}));
     EXPECT_EQ(now.at("skipping and binning"), (Values{0, 0, 0, 0}));
+    EXPECT_EQ(now.at("binning sum"), (Values{0}));
     EXPECT_EQ(now.at("movie quality"), (Values{75}));
     EXPECT_EQ(now.at("preview format"), (Values{4}));
     EXPECT_EQ(now.at("mirror, rotation, interpolation"), (Values{0, 0, 3}));

@@ -116,6 +116,23 @@ TEST_F(SettingFile, AMonoCameraHasNoColor) {
     EXPECT_EQ(valueOf(u"Other-2016", u"ColorInterpolationMethod"), std::nullopt);
 }
 
+// Patterns without interpolation are mono too, and their neighbours are not.
+TEST_F(SettingFile, PatternsWithoutInterpolationHaveNoColor) {
+    for (const std::uint16_t pattern : {2, 12, 13, 14, 15, 16}) {
+        DoubleCamera camera;
+        camera.setIdentity16(10, pattern);
+        open(camera);
+        std::filesystem::remove(path());
+        save();
+        EXPECT_TRUE(hasSection("GammaY-2016")) << pattern;
+        const bool colored = pattern == 2 || pattern == 16;
+        EXPECT_EQ(hasSection("HueSaturation-2016"), colored) << pattern;
+        EXPECT_EQ(hasSection("GammaR-2016"), colored) << pattern;
+        close();
+        usb.reset();
+    }
+}
+
 TEST_F(SettingFile, AMonoCameraStillHasTheTail) {
     DoubleCamera camera = monoCamera();
     camera.setCapability(3, 9);
@@ -266,6 +283,37 @@ TEST_F(SettingFile, AMissingFileOrAnotherModelsSetsThePresentValues) {
     EXPECT_EQ(get(handle, Tavra_GetGain), 55);
     EXPECT_EQ(sharpnessModeOf(handle), 1);
     ASSERT_TRUE(Tavra_LoadSettingFileW(handle, wideName(folder / "no" / "such.ini").c_str()));
+}
+
+// By design: unlike all others.
+TEST_F(SettingFile, WithoutADisplayModeItIsZero) {
+    open();
+    ASSERT_TRUE(Tavra_SetDisplayMode(handle, 8));
+    ASSERT_TRUE(Tavra_SetMirrorMode(handle, 2));
+    load(u"[Other-2016]\nDisplayMode=5\n");
+    EXPECT_EQ(get(handle, Tavra_GetDisplayMode), 5);
+    load(u"[Other-2016]\nMovieMode=1\n");
+    EXPECT_EQ(get(handle, Tavra_GetDisplayMode), 0);
+    EXPECT_EQ(get(handle, Tavra_GetMirrorMode), 2);
+}
+
+// The present values are asked for first. Nothing of a group is set without them, nor of those behind it.
+TEST_F(SettingFile, AGetterThatFailsEndsTheLoad) {
+    DoubleCamera camera = hdrCamera();
+    camera.setCapability(3, 7);  // the clamp, ahead of the HDR parameters
+    open(camera);
+    ASSERT_TRUE(Tavra_SetSharpnessMode(handle, 1, 60, 5));
+    writeText(u"[Sharpness-2016]\nSharpnessMode=0\n[HDR-2016]\nHDRParameter_0=7\n");
+    UsbDouble::Fault fault;
+    fault.request = 128;
+    fault.value = 21;
+    usb.addFault(fault);
+    expectFailure(Tavra_LoadSettingFileW(handle, name().c_str()), 0xE0000005);
+    EXPECT_EQ(sharpnessModeOf(handle), 0) << "ahead of it";
+    EXPECT_EQ(usb.camera().pageRegister(27, 4), 101u) << "behind it";
+    record().lastError = 0;
+    load();
+    EXPECT_EQ(usb.camera().pageRegister(27, 4), 7u) << "were it not for the failure";
 }
 
 TEST_F(SettingFile, ATextThatIsNoNumberKeepsThePresentValue) {
