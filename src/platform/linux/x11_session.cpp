@@ -250,9 +250,10 @@ bool X11Session::tellResizes() {
             if (entry.resizes != 0) told.emplace_back(entry.window.get(), std::exchange(entry.resizes, 0));
         }
     }
-    for (const auto& [window, times] : told) {
-        for (std::uint32_t i = 0; i < times; ++i) {
-            static_cast<void>(withinMemory([&] { window->events().onSize(IWindowEvents::kRestored, 0, 0); }));
+    for (const auto& resize : told) {
+        for (std::uint32_t i = 0; i < resize.second; ++i) {
+            static_cast<void>(
+                withinMemory([&] { resize.first->events().onSize(IWindowEvents::kRestored, 0, 0); }));
         }
     }
     return !told.empty();
@@ -268,8 +269,8 @@ bool X11Session::paintMarked() {
             entry.paint = entry.erase = false;
         }
     }
-    for (const auto& [window, erase] : marked) {
-        static_cast<void>(withinMemory([&] { window->paint(erase); }));
+    for (const auto& painting : marked) {
+        static_cast<void>(withinMemory([&] { painting.first->paint(painting.second); }));
     }
     return !marked.empty();
 }

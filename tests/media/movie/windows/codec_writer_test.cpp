@@ -148,6 +148,7 @@ class OpenWriter final : public CAVIFileVFW {
     ~OpenWriter() override { Stop(); }
     std::uint64_t position() const { return position_; }
     std::uint64_t projectedSize() const { return projectedSize_; }
+    void beginFile() { position_ = projectedSize_ = 0; }  // as the writer's thread does ahead of each
 };
 
 struct CodecWriterTest : testing::Test {
@@ -276,6 +277,7 @@ TEST_F(CodecWriterTest, TheProjectedSizeFollowsTheFrames) {
         prepare(each.compressor);
         std::unique_ptr<movie::FileRecord> record;
         ASSERT_TRUE(writer.OpenFile(name("a.avi"), record).ok());
+        writer.beginFile();
         std::uint64_t position = each.start;
         for (std::uint32_t index = 0; index < 3; ++index) {
             Bytes image = picture(index);
