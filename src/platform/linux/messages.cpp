@@ -9,6 +9,7 @@
 #include <new>
 #include <vector>
 
+#include "base/never_destroyed.h"
 #include "platform/event.h"
 #include "platform/last_error.h"
 #include "platform/linux/x11_messenger.h"
@@ -93,9 +94,8 @@ class ReceiverRegistry {
 };
 
 ReceiverRegistry& registry() {
-    static ReceiverRegistry& instance =
-        *new ReceiverRegistry;  // never destroyed: threads may post until the end
-    return instance;
+    static NeverDestroyed<ReceiverRegistry> instance;  // threads may post until the end
+    return instance.get();
 }
 
 // 0, which is no window, for what cannot be one.

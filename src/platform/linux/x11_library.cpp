@@ -4,6 +4,8 @@
 
 #include <mutex>
 
+#include "base/never_destroyed.h"
+
 namespace tavra::platform {
 namespace {
 
@@ -53,8 +55,8 @@ Status loadX11(const X11Library*& library) {
 }
 
 xcb_connection_t* connectX11(const X11Library& library, int* screen) {
-    static std::mutex& oneAtATime = *new std::mutex;  // never destroyed: threads may connect until the end
-    const std::lock_guard lock(oneAtATime);
+    static NeverDestroyed<std::mutex> oneAtATime;  // threads may connect until the end
+    const std::lock_guard lock(oneAtATime.get());
     return library.xcb_connect(nullptr, screen);
 }
 

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <string_view>
 
+#include "base/never_destroyed.h"
 #include "platform/last_error.h"
 #include "platform/linux/x11_connection.h"
 
@@ -165,8 +166,8 @@ void X11Messenger::forget(xcb_window_t window) {
 }
 
 X11Messenger& x11Messenger() {
-    static X11Messenger& messenger = *new X11Messenger;  // never destroyed: threads may post until the end
-    return messenger;
+    static NeverDestroyed<X11Messenger> messenger;  // threads may post until the end
+    return messenger.get();
 }
 
 }  // namespace tavra::platform

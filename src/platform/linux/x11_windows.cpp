@@ -3,6 +3,7 @@
 #include <mutex>
 #include <new>
 
+#include "base/never_destroyed.h"
 #include "platform/last_error.h"
 #include "platform/linux/x11_session.h"
 #include "platform/window.h"
@@ -192,8 +193,8 @@ class X11Windows final : public IWindowSystem {
 }  // namespace
 
 IWindowSystem& windowSystem() {
-    static X11Windows& system = *new X11Windows;  // never destroyed: threads may ask until the end
-    return system;
+    static NeverDestroyed<X11Windows> system;  // threads may ask until the end
+    return system.get();
 }
 
 }  // namespace tavra::platform
