@@ -15,5 +15,8 @@ constexpr bool isPlainDisplayMode(std::uint8_t mode) {
 
 // By design: a mode that is not listed draws as mode 0. Throws std::bad_alloc.
 std::shared_ptr<CDrawImage> makeDrawImage(std::uint8_t displayMode, platform::IWindowSystem& system);
+// It, or what a test puts in its place.
+using DrawImageMaker = std::shared_ptr<CDrawImage> (*)(std::uint8_t displayMode,
+                                                       platform::IWindowSystem& system);
 
 }  // namespace tavra

@@ -5,7 +5,6 @@
 #include <new>
 #include <utility>
 
-#include "display/draw_image_factory.h"
 #include "platform/last_error.h"
 
 namespace tavra {
@@ -35,8 +34,9 @@ void SharedPlace::store(const PreviewPlace& place) {
     height = place.height;
 }
 
-PreviewWindow::PreviewWindow(IPreviewCamera& camera, platform::IWindowSystem& system)
-    : camera_(camera), system_(system) {}
+PreviewWindow::PreviewWindow(IPreviewCamera& camera, platform::IWindowSystem& system,
+                             DrawImageMaker makeObject)
+    : camera_(camera), system_(system), makeObject_(makeObject) {}
 
 PreviewWindow::~PreviewWindow() {
     static_cast<void>(destroy());
@@ -98,7 +98,7 @@ Status PreviewWindow::windowSize(const PreviewRequest& request, Size& size) cons
 
 Status PreviewWindow::makeDrawObject() {
     try {
-        const DrawObject made = makeDrawImage(displayMode, system_);
+        const DrawObject made = makeObject_(displayMode, system_);
         const std::uint32_t known = settingsChanges_;
         made->alphaMask = asMask(alphaChannel);
         made->SetColorKey(colorKey);
@@ -120,8 +120,10 @@ void PreviewWindow::applySettings(CDrawImage& object) const {
     object.SetImageSize(image.width, image.height, imageBits());
 }
 
-// The window may be closed meanwhile, or the next moment: its end is told after its creation, or else the
-// window has not come about. A setting that has changed since the object was made found none to tell.
+// By design: a creation is told of once there are window and draw object, and not at all where one of them
+// has failed: then only the end is. The window may be closed meanwhile, or the next moment: its end is told
+// after its creation, or else the window has not come about. A setting that has changed since the object was
+// made found none to tell.
 Status PreviewWindow::announce(const DrawObject& made, std::uint32_t knownChanges) {
     std::unique_lock lock(drawObjectMutex_);
     while (!windowGone_ && knownChanges != settingsChanges_) {

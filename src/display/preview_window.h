@@ -15,6 +15,7 @@
 
 #include "base/status.h"
 #include "display/draw_image.h"
+#include "display/draw_image_factory.h"
 #include "display/preview_camera.h"
 #include "display/preview_layout.h"
 #include "platform/window.h"
@@ -42,7 +43,8 @@ struct PreviewRequest {
 
 class PreviewWindow final : public platform::IWindowEvents {
   public:
-    PreviewWindow(IPreviewCamera& camera, platform::IWindowSystem& system);
+    PreviewWindow(IPreviewCamera& camera, platform::IWindowSystem& system,
+                  DrawImageMaker makeObject = makeDrawImage);
     ~PreviewWindow();
     PreviewWindow(const PreviewWindow&) = delete;
     PreviewWindow& operator=(const PreviewWindow&) = delete;
@@ -72,7 +74,9 @@ class PreviewWindow final : public platform::IWindowEvents {
     std::atomic<std::uint8_t> magnificationMode{0};
     std::atomic<std::uint8_t> displayMode{0};
     std::atomic<std::uint32_t> displayInfoMode{0};
-    std::atomic<std::uint32_t> displayError{0};  // last failure of drawing
+    // By design: the last failure of drawing, not the first, and of every window of this camera: it tells how
+    // drawing ended when a window does.
+    std::atomic<std::uint32_t> displayError{0};
 
     // Drawing by the application, on the draw object.
     void setColorKey(std::uint32_t color);
@@ -129,7 +133,10 @@ class PreviewWindow final : public platform::IWindowEvents {
 
     IPreviewCamera& camera_;
     platform::IWindowSystem& system_;
-    std::mutex lifeMutex_;  // one creation or destruction at a time
+    const DrawImageMaker makeObject_;
+    // One creation or destruction at a time. On Windows both run window procedures of the application, which
+    // may end a window inside of either.
+    std::recursive_mutex lifeMutex_;
 
     std::atomic<TavraWindow> previewWindow{nullptr};
     std::atomic<TavraWindow> parentWindow{nullptr};

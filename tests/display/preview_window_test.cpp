@@ -56,6 +56,21 @@ class CameraDouble final : public IPreviewCamera {
     std::function<void()> whenAskedForTheImage;
 };
 
+// Fails to draw, as it is told to.
+class FailingDrawing final : public CDrawImage {
+  public:
+    using CDrawImage::CDrawImage;
+
+    static std::shared_ptr<CDrawImage> make(std::uint8_t, platform::IWindowSystem& system) {
+        return std::make_shared<FailingDrawing>(system);
+    }
+    std::uint32_t DrawImage(const Rectangle&, const Rectangle&, const BackgroundRectangles&,
+                            const DrawImageInfo&) override {
+        return result;
+    }
+    static inline std::uint32_t result = 0;
+};
+
 class Preview : public testing::Test {
   protected:
     Preview() {
@@ -115,6 +130,22 @@ TEST_F(Preview, CreationRegistersMakesAndTells) {
 TEST_F(Preview, WithoutASizeItTakesTheImages) {
     ASSERT_TRUE(window.create({}).ok());
     EXPECT_EQ(system.request.size, (platform::Size{74, 58}));
+}
+
+TEST_F(Preview, ImageWithoutPixelsDoesNoHarm) {
+    camera.size = {0, 0};
+    ASSERT_TRUE(camera.imagesA.create({0, 0, 24}).ok());
+    window.mask.store({});
+    window.destination.store({});
+    ASSERT_TRUE(window.create({}).ok());
+    EXPECT_EQ(system.request.size, (platform::Size{10, 10})) << "the frame alone";
+    system.setClient(0, 0, 40, 30);
+    system.events->onSize(0, 40, 30);
+    EXPECT_EQ(window.destination.load(), (PreviewPlace{20, 15, 0, 0}));
+    EXPECT_THAT(paint(), ElementsAre("black 0,0,20,30", "black 20,0,40,15", "black 20,15,40,30"));
+    window.magnificationMode = 1;
+    mouse(514, 5, 5);
+    EXPECT_EQ(window.mask.load(), PreviewPlace());
 }
 
 TEST_F(Preview, OneSideOfZeroStays) {
@@ -231,6 +262,42 @@ TEST_F(Preview, WindowThatIsClosedWhileItIsMadeHasNotComeAbout) {
     EXPECT_THAT(camera.posts, ElementsAre(message(45060)));
     EXPECT_FALSE(window.alive());
     EXPECT_EQ(window.window(), nullptr);
+}
+
+// As on Windows, where both run window procedures of the application.
+TEST_F(Preview, ApplicationMayDestroyItInsideOfItsCreationAndItsDestruction) {
+    open();
+    int inside = 0;
+    system.whenDestroyed = [&] {
+        ++inside;
+        EXPECT_TRUE(window.destroy().ok());
+    };
+    EXPECT_TRUE(window.destroy().ok());
+    EXPECT_EQ(inside, 1);
+    EXPECT_THAT(camera.takePosts(), ElementsAre(message(45060)));
+    system.whenDestroyed = nullptr;
+    system.whenCreated = [&] { EXPECT_TRUE(window.destroy().ok()); };
+    EXPECT_EQ(window.create({}), Status(1400));
+    EXPECT_THAT(camera.takePosts(), ElementsAre(message(45060))) << "and no creation";
+    EXPECT_EQ(window.window(), nullptr);
+    system.whenCreated = nullptr;
+    EXPECT_TRUE(window.create({}).ok());
+}
+
+TEST_F(Preview, EndTellsTheLastFailureOfPaintingAndSoDoTheNextOnes) {
+    PreviewWindow failing(camera, system, FailingDrawing::make);
+    ASSERT_TRUE(failing.create({}).ok());
+    for (const std::uint32_t result : {5u, 0x88760868u, 0u}) {
+        FailingDrawing::result = result;
+        paint();
+    }
+    camera.takePosts();
+    EXPECT_TRUE(failing.destroy().ok());
+    EXPECT_THAT(camera.takePosts(), ElementsAre(message(45060, 0x88760868)));
+    ASSERT_TRUE(failing.create({}).ok());
+    camera.takePosts();
+    EXPECT_TRUE(failing.destroy().ok());
+    EXPECT_THAT(camera.takePosts(), ElementsAre(message(45060, 0x88760868)));
 }
 
 TEST_F(Preview, DestroyTellsTheLastDrawError) {

@@ -2,6 +2,7 @@
 // does what a test says. The test plays the window's thread by calling the events itself.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,6 +39,7 @@ class WindowDouble final : public platform::IWindowSystem {
         client = outer;
         window = handle();
         events->onCreate(window);
+        if (whenCreated) whenCreated();
         return Status();
     }
     Status destroy(TavraWindow window) override {
@@ -49,7 +51,9 @@ class WindowDouble final : public platform::IWindowSystem {
     void close() {
         log.push_back("destroy");
         exists = false;
-        std::exchange(events, nullptr)->onDestroy();
+        platform::IWindowEvents* const last = std::exchange(events, nullptr);
+        if (whenDestroyed) whenDestroyed();
+        last->onDestroy();
     }
     bool isWindow(TavraWindow window) override { return exists && window == handle(); }
     bool isActive(TavraWindow) override { return active; }
@@ -128,6 +132,8 @@ class WindowDouble final : public platform::IWindowSystem {
     }
     std::vector<std::string> takeLog() { return std::exchange(log, {}); }
 
+    // What the application does inside of a creation or a destruction.
+    std::function<void()> whenCreated, whenDestroyed;
     std::vector<std::string> log;
     platform::WindowRequest request;
     platform::IWindowEvents* events = nullptr;
