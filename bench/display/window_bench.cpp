@@ -6,6 +6,9 @@
 // publishes them without a window, so that what the window itself costs can be told from what the buffers
 // cost.
 //
+// "Callback that draws nothing" has no window, but a context made of each image for somebody who might draw
+// on it: what that costs is the distance to the images in turn.
+//
 // A virtual camera without pace, several runs of each in turn; the fastest of each counts. The thread's own
 // clock leaves out what the window's thread and the X server do meanwhile; the time on the wall, for which
 // they share the cores, is told beside it.
@@ -94,7 +97,10 @@ struct Meter {
     }
 };
 
-enum class Setup { OneImage, ImagesInTurn, Window };
+enum class Setup { OneImage, ImagesInTurn, Context, Window };
+
+// Draws nothing.
+void leaveUntouched(TavraDC, std::uint32_t, std::uint32_t, std::uint32_t, void*, std::uint32_t) {}
 
 Cost run(Setup setup, std::uint8_t displayMode = 0) {
     const TavraHandle camera = Tavra_Open(0);
@@ -104,6 +110,7 @@ Cost run(Setup setup, std::uint8_t displayMode = 0) {
     Tavra_AddPreviewBitmapCallback(camera, Meter::callback, &meter, &identifier);
     if (setup == Setup::ImagesInTurn)
         meter.images = &static_cast<tavra::TAVRA_COMMON_PARAM*>(camera)->imagesA;
+    if (setup == Setup::Context) Tavra_AddPreviewGDICallback(camera, leaveUntouched, nullptr, &identifier);
     if (setup == Setup::Window) {
         Tavra_SetDisplayMode(camera, displayMode);
         Tavra_SetAspectMode(camera, TAVRA_ASPECT_FIT);
@@ -143,16 +150,18 @@ int main() {
     const tavra::test::XServer server;
     if (!server.started()) fail("Xvfb is missing: scripts/install-deps bench");
     constexpr std::uint8_t kPlain = 0, kSmooth = 8;
-    Cost bare, published, plain, smooth;
+    Cost bare, published, context, plain, smooth;
     for (unsigned round = 0; round < kRounds; ++round) {
         bare.keepBest(run(Setup::OneImage));
         published.keepBest(run(Setup::ImagesInTurn));
+        context.keepBest(run(Setup::Context));
         plain.keepBest(run(Setup::Window, kPlain));
         smooth.keepBest(run(Setup::Window, kSmooth));
     }
     std::printf("%-28s %16s %16s\n", "1920 x 1080, colour", "CPU us a frame", "wall us a frame");
     print("no window, one image", bare);
     print("no window, images in turn", published);
+    print("callback that draws nothing", context);
     print("window, display mode 0", plain);
     print("window, display mode 8", smooth);
     const bool plainGood = judge("mode 0", plain, bare, published);

@@ -13,7 +13,6 @@
 #include "capture/trigger_registers.h"
 #include "control/luminance_ctrl_usb.h"
 #include "control/white_balance_ctrl_usb.h"
-#include "platform/bitmap.h"
 #include "platform/last_error.h"
 #include "stages/bgr_conversion.h"
 #include "stages/bit_reduction.h"
@@ -338,7 +337,7 @@ bool FramePath::imageIsShown() {
 void FramePath::drawIntoImage() {
     std::optional<platform::MemoryContext> context;
     const auto drawOn = [&]() -> platform::MemoryContext& {
-        return context ? *context : context.emplace(target_->image(chosen_).bitmap);
+        return context ? *context : context.emplace(target_->image(chosen_).bitmap, &drawingMemory_);
     };
     const std::uint32_t infoMode = camera_.preview.displayInfoMode;
     camera_.previewGdiCallbacks.forEach(

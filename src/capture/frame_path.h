@@ -9,6 +9,7 @@
 #include "capture/frame_queue.h"
 #include "capture/pixel_class.h"
 #include "capture/run_state.h"
+#include "platform/bitmap.h"
 
 namespace tavra {
 
@@ -95,6 +96,7 @@ class FramePath {
     // The image it goes into; null while none is begun.
     ImageBufferSet* target_ = nullptr;
     std::uint32_t chosen_ = 0;
+    platform::DrawingMemory drawingMemory_;  // what callbacks draw in, from image to image
 };
 
 }  // namespace tavra

@@ -48,14 +48,27 @@ class Bitmap {
 
 class IPaint;
 
+// Memory that contexts draw in, one after the other, so that not each of them has to ask the system for it.
+// Belongs to whoever makes them. Linux; not used on Windows. One thread.
+class DrawingMemory {
+  public:
+    // At least so many bytes, with anything in them, until the next call; null if there is no memory.
+    std::uint8_t* take(std::size_t bytes);
+
+  private:
+    std::unique_ptr<std::uint8_t[]> bytes_;
+    std::size_t size_ = 0;
+};
+
 // A device context with a bitmap selected, for as long as the object lives.
 //
 // Windows: a memory HDC. Linux: a cairo_t*, made when it is first asked for, and cairo loaded with the first
-// of all. An 8 or 24-bit bitmap is drawn on through a surface of 32 bits that is merged back when the object
-// ends. One thread.
+// of all. An 8 or 24-bit bitmap is drawn on through a surface of 32 bits, of which the rows that were drawn
+// on are merged back when the object ends. One thread.
 class MemoryContext {
   public:
-    explicit MemoryContext(Bitmap& bitmap);
+    // Draws in memory of its own unless it is given some, which has to outlive it.
+    explicit MemoryContext(Bitmap& bitmap, DrawingMemory* memory = nullptr);
     ~MemoryContext();
     MemoryContext(const MemoryContext&) = delete;
     MemoryContext& operator=(const MemoryContext&) = delete;

@@ -64,62 +64,106 @@ const Cairo& cairo() {
     return library;
 }
 
-// Weights in thousandths, as those of the chain; a pixel of equal channels keeps its value exactly.
-std::uint8_t greyOf(const std::uint8_t* bgr) {
-    return static_cast<std::uint8_t>((114u * bgr[0] + 587u * bgr[1] + 299u * bgr[2] + 500u) / 1000u);
+std::uint32_t load32(const std::uint8_t* bytes) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
 }
 
-// What a context draws on: the pixels themselves if cairo can, else a copy in 32 bits. cairo's words hold
-// blue in the lowest byte.
+// Of a word of cairo's, blue in the lowest byte. The highest may be anything.
+constexpr std::uint32_t kColors = 0xFFFFFF;
+
+// A pixel of three bytes is read as a word, but for the last of a row, which nothing need stand behind.
+std::uint32_t load24(const std::uint8_t* pixel) {
+    return load32(pixel) & kColors;
+}
+std::uint32_t loadLast24(const std::uint8_t* pixel) {
+    return pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16;
+}
+
+// Weights in thousandths, as those of the chain; a pixel of equal channels keeps its value exactly.
+std::uint8_t greyOf(std::uint32_t word) {
+    return static_cast<std::uint8_t>(
+        (114u * (word & 0xFF) + 587u * (word >> 8 & 0xFF) + 299u * (word >> 16 & 0xFF) + 500u) / 1000u);
+}
+
+// Rows of grey bytes.
+struct GreyRows {
+    static void spread(const std::uint8_t* row, std::uint32_t* drawn, std::size_t width) {
+        for (std::size_t x = 0; x < width; ++x) drawn[x] = row[x] * 0x010101u;
+    }
+    static bool isUntouched(const std::uint8_t* row, const std::uint32_t* drawn, std::size_t width) {
+        std::uint32_t difference = 0;
+        for (std::size_t x = 0; x < width; ++x) difference |= (drawn[x] & kColors) ^ (row[x] * 0x010101u);
+        return difference == 0;
+    }
+    static void gather(std::uint8_t* row, const std::uint32_t* drawn, std::size_t width) {
+        for (std::size_t x = 0; x < width; ++x) row[x] = greyOf(drawn[x]);
+    }
+};
+
+// Rows of blue, green and red bytes.
+struct ColorRows {
+    static void spread(const std::uint8_t* row, std::uint32_t* drawn, std::size_t width) {
+        if (width == 0) return;
+        const std::size_t last = width - 1;
+        for (std::size_t x = 0; x < last; ++x) drawn[x] = load24(row + 3 * x);
+        drawn[last] = loadLast24(row + 3 * last);
+    }
+    static bool isUntouched(const std::uint8_t* row, const std::uint32_t* drawn, std::size_t width) {
+        if (width == 0) return true;
+        const std::size_t last = width - 1;
+        std::uint32_t difference = drawn[last] ^ loadLast24(row + 3 * last);
+        for (std::size_t x = 0; x < last; ++x) difference |= drawn[x] ^ load24(row + 3 * x);
+        return (difference & kColors) == 0;
+    }
+    static void gather(std::uint8_t* row, const std::uint32_t* drawn, std::size_t width) {
+        for (std::size_t x = 0; x < width; ++x) std::memcpy(row + 3 * x, &drawn[x], 3);
+    }
+};
+
+// What a context draws on: the pixels themselves if cairo can, else a copy in 32 bits.
 class Canvas {
   public:
-    explicit Canvas(const Bitmap& bitmap)
-        : shape_(bitmap.shape()), pixels_(bitmap.pixels()), bytes_(shape_.bitCount / 8) {
-        if (bytes_ == 4) return;
-        copy_.reset(new (std::nothrow) std::uint8_t[copyStride() * shape_.height]);
-        if (copy_) forEachPixel([this](std::uint8_t* pixel, std::uint8_t* drawn) { spread(pixel, drawn); });
+    Canvas(const Bitmap& bitmap, DrawingMemory& memory)
+        : shape_(bitmap.shape()), pixels_(bitmap.pixels()), drawsOnCopy_(shape_.bitCount != 32) {
+        if (!drawsOnCopy_) return;
+        const std::size_t words = std::size_t{shape_.width} * shape_.height;
+        copy_ = reinterpret_cast<std::uint32_t*>(memory.take(words * sizeof(std::uint32_t)));
+        if (copy_ != nullptr) isGrey() ? spread<GreyRows>() : spread<ColorRows>();
     }
 
-    std::uint8_t* data() const { return bytes_ == 4 ? pixels_ : copy_.get(); }
-    std::size_t stride() const { return bytes_ == 4 ? shape_.stride() : copyStride(); }
+    std::uint8_t* data() const { return drawsOnCopy_ ? reinterpret_cast<std::uint8_t*>(copy_) : pixels_; }
+    std::size_t stride() const { return drawsOnCopy_ ? std::size_t{shape_.width} * 4 : shape_.stride(); }
 
     void mergeBack() const {
-        if (copy_) forEachPixel([this](std::uint8_t* pixel, std::uint8_t* drawn) { gather(pixel, drawn); });
+        if (copy_ != nullptr) isGrey() ? gather<GreyRows>() : gather<ColorRows>();
     }
 
     cairo_surface_t* surface = nullptr;
 
   private:
-    std::size_t copyStride() const { return std::size_t{shape_.width} * 4; }
+    bool isGrey() const { return shape_.bitCount == 8; }
+    std::uint8_t* row(std::uint32_t y) const { return pixels_ + std::size_t{y} * shape_.stride(); }
+    std::uint32_t* drawn(std::uint32_t y) const { return copy_ + std::size_t{y} * shape_.width; }
 
-    template <typename Visitor>
-    void forEachPixel(Visitor visit) const {
+    template <typename Rows>
+    void spread() const {
+        for (std::uint32_t y = 0; y < shape_.height; ++y) Rows::spread(row(y), drawn(y), shape_.width);
+    }
+    // A row that nobody has drawn on is as it was. To see that is faster than to write it.
+    template <typename Rows>
+    void gather() const {
         for (std::uint32_t y = 0; y < shape_.height; ++y) {
-            std::uint8_t* pixel = pixels_ + std::size_t{y} * shape_.stride();
-            std::uint8_t* drawn = copy_.get() + y * copyStride();
-            for (std::uint32_t x = 0; x < shape_.width; ++x, pixel += bytes_, drawn += 4) visit(pixel, drawn);
-        }
-    }
-
-    void spread(const std::uint8_t* pixel, std::uint8_t* drawn) const {
-        for (std::uint32_t channel = 0; channel < 3; ++channel) {
-            drawn[channel] = bytes_ == 1 ? pixel[0] : pixel[channel];
-        }
-        drawn[3] = 0;
-    }
-
-    void gather(std::uint8_t* pixel, const std::uint8_t* drawn) const {
-        if (bytes_ == 1) {
-            pixel[0] = greyOf(drawn);
-        } else {
-            std::memcpy(pixel, drawn, 3);
+            if (Rows::isUntouched(row(y), drawn(y), shape_.width)) continue;
+            Rows::gather(row(y), drawn(y), shape_.width);
         }
     }
 
     BitmapShape shape_;
     std::uint8_t* pixels_;
-    std::uint32_t bytes_;
-    std::unique_ptr<std::uint8_t[]> copy_;
+    bool drawsOnCopy_;
+    std::uint32_t* copy_ = nullptr;
 };
 
 // Largest side of an image surface.
@@ -143,7 +187,18 @@ void Bitmap::free() {
     shape_ = {};
 }
 
+std::uint8_t* DrawingMemory::take(std::size_t bytes) {
+    if (bytes_ == nullptr || bytes > size_) {
+        bytes_.reset();
+        bytes_.reset(new (std::nothrow) std::uint8_t[bytes]);
+        size_ = bytes_ != nullptr ? bytes : 0;
+    }
+    return bytes_.get();
+}
+
 struct MemoryContext::Native {
+    DrawingMemory own;
+    DrawingMemory* memory = nullptr;  // that is drawn in
     std::unique_ptr<Canvas> canvas;
     cairo_t* context = nullptr;
     std::optional<PixelPaint> paint;
@@ -153,7 +208,7 @@ struct MemoryContext::Native {
         const BitmapShape& shape = bitmap.shape();
         if (bitmap.pixels() == nullptr || shape.width > kMostPixels || shape.height > kMostPixels) return;
         if (!cairo().complete) return;
-        canvas.reset(new (std::nothrow) Canvas(bitmap));
+        canvas.reset(new (std::nothrow) Canvas(bitmap, *memory));
         if (canvas == nullptr || canvas->data() == nullptr) {
             canvas.reset();
             return;
@@ -173,7 +228,10 @@ struct MemoryContext::Native {
     }
 };
 
-MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap), native_(std::make_unique<Native>()) {}
+MemoryContext::MemoryContext(Bitmap& bitmap, DrawingMemory* memory)
+    : bitmap_(bitmap), native_(std::make_unique<Native>()) {
+    native_->memory = memory != nullptr ? memory : &native_->own;
+}
 
 // There is a context only if cairo is complete. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
 

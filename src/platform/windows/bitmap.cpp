@@ -68,7 +68,9 @@ struct MemoryContext::Native {
     std::optional<GdiPaint> paint;
 };
 
-MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap), native_(std::make_unique<Native>()) {
+// Its pixels are the bitmap's.
+MemoryContext::MemoryContext(Bitmap& bitmap, DrawingMemory*)
+    : bitmap_(bitmap), native_(std::make_unique<Native>()) {
     if (bitmap_.native() == nullptr) return;
     const HDC dc = CreateCompatibleDC(nullptr);
     if (dc == nullptr) return;

@@ -1,6 +1,8 @@
 #include "platform/bitmap.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -55,6 +57,55 @@ TEST_P(BitmapOfDepth, ARectangleIsDrawnAndTheRestStays) {
             }
         }
     }
+}
+
+// Each width ends its rows in another way; every pixel is drawn on once, alone.
+TEST_P(BitmapOfDepth, OnePixelIsDrawnAndTheRestStays) {
+    DrawingMemory memory;
+    for (std::uint32_t width = 7; width >= 1; --width) {
+        ASSERT_TRUE(bitmap.create({width, 2, GetParam()}).ok());
+        for (std::uint32_t drawn = 0; drawn < 2 * width; ++drawn) {
+            for (std::uint32_t i = 0; i < 2 * width * channels(); ++i) {
+                pixel(i / channels() % width, i / channels() / width)[i % channels()] =
+                    static_cast<std::uint8_t>(i * 5 + 3);
+            }
+            {
+                MemoryContext context(bitmap, &memory);
+                const auto x = static_cast<int>(drawn % width), y = static_cast<int>(drawn / width);
+                ASSERT_NE(context.dc(), nullptr);
+                ASSERT_TRUE(test::fillRectangle(context.dc(), {x, y, 1, 1}, {255, 255, 255}));
+            }
+            for (std::uint32_t i = 0; i < 2 * width * channels(); ++i) {
+                const std::uint32_t at = i / channels();
+                ASSERT_EQ(pixel(at % width, at / width)[i % channels()],
+                          at == drawn ? 255 : static_cast<std::uint8_t>(i * 5 + 3))
+                    << width << ": " << drawn << ", " << i;
+            }
+        }
+    }
+}
+
+// Pages in the middle of the bitmap refuse to be written. 32 bits are drawn on where they are.
+TEST_P(BitmapOfDepth, RowsThatNobodyDrawsOnAreNotWritten) {
+    ASSERT_TRUE(bitmap.create({1000, 600, GetParam()}).ok());
+    std::fill(bitmap.pixels(), bitmap.pixels() + bitmap.shape().bytes(), std::uint8_t{77});
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(pixel(0, 100)) + page - 1) / page * page;
+    const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(pixel(0, 500)) / page * page;
+    ASSERT_GT(end, first);
+    ASSERT_EQ(mprotect(reinterpret_cast<void*>(first), end - first, PROT_READ), 0);
+    for (const bool draws : {false, true}) {
+        MemoryContext context(bitmap);
+        ASSERT_NE(context.dc(), nullptr);
+        if (!draws) continue;
+        EXPECT_TRUE(test::fillRectangle(context.dc(), {0, 0, 1000, 50}, {255, 255, 255}));
+        EXPECT_TRUE(test::fillRectangle(context.dc(), {999, 599, 1, 1}, {255, 255, 255}));
+    }
+    ASSERT_EQ(mprotect(reinterpret_cast<void*>(first), end - first, PROT_READ | PROT_WRITE), 0);
+    EXPECT_EQ(*pixel(0, 49), 255);
+    EXPECT_EQ(*pixel(0, 50), 77);
+    EXPECT_EQ(*pixel(998, 599), 77);
+    EXPECT_EQ(*pixel(999, 599), 255);
 }
 
 INSTANTIATE_TEST_SUITE_P(Depths, BitmapOfDepth, testing::Values(8u, 24u, 32u));
