@@ -163,14 +163,20 @@ void X11Window::setTitle(const std::u16string& title) {
     set(XCB_ATOM_WM_NAME, connection_.atoms.utf8);
 }
 
+// Bars that a style allows or forbids come and go at once.
 void X11Window::setStyle(std::uint32_t style) {
+    const std::uint32_t changed = style ^ style_;
     applyStyle(style);
+    if ((changed & (kStyleHorizontalScroll | kStyleVerticalScroll)) == 0) return;
+    const Size client = clientSize();
+    events_.onSize(IWindowEvents::kRestored, client.width, client.height);
 }
 
 // Window managers take the frame from these hints: which functions a window offers, and whether it has a
 // frame.
 void X11Window::applyStyle(std::uint32_t style) {
     constexpr std::uint32_t kFunctions = 1, kDecorations = 2;
+    style_ = style;
     constexpr std::uint32_t kAllFunctions = 1, kWithoutClose = 1 | 32;
     const std::uint32_t hints[5] = {kFunctions | kDecorations, closable_ ? kAllFunctions : kWithoutClose,
                                     (style & kStyleCaption) != 0 ? 1u : 0u, 0, 0};

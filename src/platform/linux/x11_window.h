@@ -33,6 +33,7 @@ class X11Window {
 
     void setTitle(const std::u16string& title);
     const std::u16string& title() const { return title_; }
+    // Tells of a size if other scroll bars are allowed.
     void setStyle(std::uint32_t style);
     void place(std::int32_t x, std::int32_t y, Size size);
     // Without the frame that a window manager adds, which only it knows.
@@ -89,6 +90,7 @@ class X11Window {
     xcb_gcontext_t gc_ = 0;
     std::u16string title_;
     bool closable_ = false;
+    std::uint32_t style_ = 0;
     bool visible_ = false;
     Size size_;
     std::int32_t x_ = 0;

@@ -1,5 +1,6 @@
 // The preview window on an X server: what can be seen of it, pixel by pixel, and what happens in it.
 #include <cstdlib>
+#include <utility>
 
 #include "display_x11/preview_on_screen.h"
 
@@ -70,6 +71,42 @@ TEST_F(PreviewOnScreen, BarsScrollALargeImage) {
     server.button(window, true, 1, 30, 20);  // and down
     server.button(window, false, 1, 30, 20);
     EXPECT_TRUE(server.looksLike(window, {24, 24}, part(1, 1)));
+    stopAndExpectCode(0);
+}
+
+TEST_F(PreviewOnScreen, BarsComeAndGoWithTheStyle) {
+    openMono(64, 48);
+    createWindow({40, 40});
+    start();
+    show(1);
+    const auto part = [this](std::uint32_t side, std::uint32_t fromX) {
+        Picture seen(std::size_t{side} * side);
+        for (std::uint32_t y = 0; y < side; ++y) {
+            for (std::uint32_t x = 0; x < side; ++x) seen[y * side + x] = grey(1, x + fromX, y);
+        }
+        return seen;
+    };
+    const auto client = [this] {
+        std::uint32_t x = 0, y = 0, width = 0, height = 0;
+        EXPECT_TRUE(Tavra_GetPreviewWindowSize(handle, &x, &y, &width, &height));
+        return std::pair(width, height);
+    };
+    EXPECT_TRUE(server.looksLike(window, {40, 40}, part(40, 0)));
+
+    ASSERT_TRUE(Tavra_SetPreviewWindowStyle(handle, kVisible | kScrolls));
+    EXPECT_EQ(client(), std::pair(24u, 24u));
+    server.button(window, true, 1, 20, 30);  // the arrow to the right
+    server.button(window, false, 1, 20, 30);
+    EXPECT_TRUE(server.looksLike(window, {24, 24}, part(24, 1)));
+
+    ASSERT_TRUE(Tavra_SetPreviewWindowStyle(handle, kVisible | platform::kStyleVerticalScroll));
+    EXPECT_EQ(client(), std::pair(24u, 40u));
+    EXPECT_TRUE(server.looksLike(window, {24, 24}, part(24, 0))) << "scrolled back";
+
+    ASSERT_TRUE(Tavra_SetPreviewWindowStyle(handle, kVisible));
+    EXPECT_EQ(client(), std::pair(40u, 40u));
+    EXPECT_TRUE(server.looksLike(window, {40, 40}, part(40, 0)));
+    forgetAll();
     stopAndExpectCode(0);
 }
 
