@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "api/output.h"
 #include "platform/text.h"
@@ -38,6 +39,24 @@ void giveText(const std::basic_string<Character>& text, Character* buffer, std::
     const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
     std::copy_n(text.begin(), length, buffer);
     buffer[length] = 0;
+}
+
+bool beginsPair(char16_t unit) {
+    return (unit & 0xFC00) == 0xD800;
+}
+
+// As much of the text as takes less than `size` bytes, in whole characters.
+std::string narrowWithin(const std::u16string& text, std::uint32_t size) {
+    const std::u16string_view whole = text;
+    std::string narrow = platform::toNarrow(whole);
+    std::size_t fits = 0, over = whole.size() + 1;  // units
+    if (narrow.size() < size) return narrow;
+    while (over - fits > 1) {
+        const std::size_t tried = (fits + over) / 2;
+        (platform::toNarrow(whole.substr(0, tried)).size() < size ? fits : over) = tried;
+    }
+    if (fits > 0 && beginsPair(whole[fits - 1])) --fits;
+    return platform::toNarrow(whole.substr(0, fits));
 }
 
 }  // namespace
@@ -90,7 +109,7 @@ TavraBool Tavra_GetPreviewWindowNameA(TavraHandle handle, char* name, std::uint3
         TAVRA_RETURN_IF_ERROR(api::requireOutputs(name));
         std::u16string title;
         TAVRA_RETURN_IF_ERROR(camera.preview.title(title));
-        giveText(platform::toNarrow(title), name, size);
+        giveText(narrowWithin(title, size), name, size);
         return Status();
     });
 }

@@ -1,5 +1,8 @@
 // The preview window on an X server: what can be seen of it, pixel by pixel, and what happens in it.
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <string>
 #include <utility>
 
 #include "display_x11/preview_on_screen.h"
@@ -236,6 +239,48 @@ TEST_F(PreviewOnScreen, TitleIsSetAndReadCutToTheBuffer) {
     EXPECT_EQ(narrow[0], '?');
     ASSERT_TRUE(Tavra_GetPreviewWindowNameA(handle, narrow, 2));
     EXPECT_STREQ(narrow, "G");
+}
+
+// Sizes count characters of the buffer, the terminating zero included; of a narrow one these are bytes.
+TEST_F(PreviewOnScreen, TitleFillsBuffersOfAnySizeAndNoMore) {
+    openMono(6, 4);
+    createWindow({10, 8});
+    // In UTF-8: one byte, two, three, and four for the pair.
+    ASSERT_TRUE(Tavra_SetPreviewWindowNameW(handle, u"a\u00FC\u4E2D\U0001F4F7"));
+    const char* const narrow[] = {"",
+                                  "",
+                                  "a",
+                                  "a",
+                                  "a\xC3\xBC",
+                                  "a\xC3\xBC",
+                                  "a\xC3\xBC",
+                                  "a\xC3\xBC\xE4\xB8\xAD",
+                                  "a\xC3\xBC\xE4\xB8\xAD",
+                                  "a\xC3\xBC\xE4\xB8\xAD",
+                                  "a\xC3\xBC\xE4\xB8\xAD",
+                                  "a\xC3\xBC\xE4\xB8\xAD\xF0\x9F\x93\xB7",
+                                  "a\xC3\xBC\xE4\xB8\xAD\xF0\x9F\x93\xB7"};
+    for (std::uint32_t size = 1; size < std::size(narrow); ++size) {
+        std::string buffer(size + 1, '#');
+        ASSERT_TRUE(Tavra_GetPreviewWindowNameA(handle, buffer.data(), size));
+        EXPECT_STREQ(buffer.c_str(), narrow[size]) << size;
+        EXPECT_EQ(buffer[size], '#') << size;
+    }
+    const std::u16string wide = u"a\u00FC\u4E2D\U0001F4F7";
+    for (std::uint32_t size = 1; size <= 7; ++size) {
+        std::u16string buffer(size + 1, u'#');
+        ASSERT_TRUE(Tavra_GetPreviewWindowNameW(handle, buffer.data(), size));
+        const std::size_t expected = std::min<std::size_t>(size - 1, wide.size());
+        EXPECT_EQ(std::u16string(buffer.c_str()), wide.substr(0, expected)) << size;
+        EXPECT_EQ(buffer[size], u'#') << size;
+    }
+    TavraWChar untouched = u'#';
+    ASSERT_TRUE(Tavra_GetPreviewWindowNameW(handle, &untouched, 0));
+    EXPECT_EQ(untouched, u'#');
+    ASSERT_TRUE(Tavra_SetPreviewWindowNameA(handle, nullptr));
+    char empty[2] = {'#', '#'};
+    ASSERT_TRUE(Tavra_GetPreviewWindowNameA(handle, empty, 1));
+    EXPECT_EQ(empty[0], 0);
 }
 
 TEST_F(PreviewOnScreen, SizesAreLimitedToTheScreen) {
