@@ -44,14 +44,15 @@ TAVRA_API TavraBool Tavra_SetDisplayMode(TavraHandle handle, uint8_t mode);
  */
 TAVRA_API TavraBool Tavra_GetDisplayMode(TavraHandle handle, uint8_t* mode);
 
-/** Sets the colour that is transparent on the drawing surface. The drawing surface may be cleared by it; in
- *  display modes 1 to 4 it is. Waits for a context that another thread has.
+/** Sets the colour that is transparent on the drawing surface, and clears what was drawn. Waits for a context
+ *  that another thread has.
  *
  *  \param handle camera
  *  \param color 0x00BBGGRR, red in the low byte; 0xFF00FF at first
  *  \return 1, or 0 with the last error set
- *  \errors none of its own
- *  \threads any
+ *  \errors with result 1: 1131 this thread has the context; the window at hand keeps its key and its drawing,
+ *      and the next one has the new key
+ *  \threads any; waits for a thread that has the context
  */
 TAVRA_API TavraBool Tavra_SetColorKey(TavraHandle handle, uint32_t color);
 
