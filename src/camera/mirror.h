@@ -10,7 +10,9 @@
 
 namespace tavra {
 
-// Whether a rotation mode exchanges the sides. Other values than 1 and 2 turn nothing.
+// Whether a rotation mode exchanges the sides.
+// By design: other values than 1 and 2 turn nothing, and so count as 0 wherever sides or sets of images are
+// chosen: an image that is not turned would be sheared in the set with the sides exchanged.
 constexpr bool isQuarterTurn(std::uint8_t rotation) {
     return rotation == TAVRA_ROTATION_CLOCKWISE || rotation == TAVRA_ROTATION_ANTICLOCKWISE;
 }

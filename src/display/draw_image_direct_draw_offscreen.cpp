@@ -54,6 +54,8 @@ Status CDrawImageDirectDrawOffscreen::createWorkSurface(SurfaceFormat& format) {
     return created;
 }
 
+// By design: an empty destination, or one that lies outside the window, is a first step that fails: the
+// strips around it are not painted either, and the picture stays as it was.
 std::uint32_t CDrawImageDirectDrawOffscreen::Present(const Rectangle& source, const Rectangle& destination,
                                                      const BackgroundRectangles& background) {
     const Rectangle drawn{0, 0, destination.right - destination.left, destination.bottom - destination.top};

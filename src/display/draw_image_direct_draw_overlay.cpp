@@ -106,6 +106,8 @@ Status CDrawImageDirectDrawOverlay::copyDrawing(const Rectangle& to, std::int32_
     return primarySurface->blit(to, *drawSurface, {fromX, fromY, fromX + width, fromY + height});
 }
 
+// By design: no strips are painted around an empty destination, which the drawing cannot be copied to. The
+// overlay stays where it was.
 std::uint32_t CDrawImageDirectDrawOverlay::Present(const Rectangle& source, const Rectangle& destination,
                                                    const BackgroundRectangles& background) {
     std::uint32_t key = 0;

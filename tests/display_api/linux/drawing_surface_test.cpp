@@ -220,6 +220,32 @@ TEST_P(DrawingSurface, ResizeMovesTheImageAndClearsTheDrawing) {
     stopAndExpectCode(0);
 }
 
+// The modes without an overlay.
+class DrawingOffScreen : public DrawingSurface {};
+
+INSTANTIATE_TEST_SUITE_P(Modes, DrawingOffScreen, testing::Values(1, 3),
+                         [](const auto& mode) { return "Mode" + std::to_string(mode.param); });
+
+// Neither image nor strips.
+TEST_P(DrawingOffScreen, EmptyDestinationLeavesThePictureAsItWas) {
+    showImage();
+    EXPECT_TRUE(looksLike(imageAt(1, 3, 2)));
+    ASSERT_TRUE(Tavra_SetAspectMode(handle, TAVRA_ASPECT_FREE));
+    ASSERT_TRUE(Tavra_SetPreviewDestSize(handle, 5, 5, 0, 0));
+    for (const std::uint32_t told : {45061u, 45063u, 45063u, 45061u, 45063u}) {
+        ReceivedMessage got;
+        ASSERT_TRUE(receiver.wait(got, kPatienceMs)) << told;
+    }
+    show(2);
+    record().preview.invalidate();
+    for (int i = 0; i < 2; ++i) {  // each is answered by the thread that paints, between two paintings
+        std::uint32_t place[4] = {};
+        ASSERT_TRUE(Tavra_GetPreviewWindowSize(handle, &place[0], &place[1], &place[2], &place[3]));
+    }
+    EXPECT_EQ(server.pixels(window, 12, 9), imageAt(1, 3, 2));
+    stopAndExpectCode(0);
+}
+
 TEST_P(DrawingSurface, SecondFrameOfAMovedWindowIsWhole) {
     showImage();
     ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 90, 70, 12, 9));
