@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t kTextCapacity = 256;
 constexpr std::uint32_t kBoundaryUnit = 10000;
 
-// The lines of the text, one under the other.
+// The lines of one text, one under the other. A line that fails ends the text.
 Status print(platform::IPaint& paint, std::int32_t x, std::int32_t y, std::string_view text) {
     for (;;) {
         const std::size_t end = text.find('\n');
@@ -42,6 +42,7 @@ Status DrawStatisticsText(platform::IPaint& paint, const ControlState& state) {
 }
 
 Status DrawControlGrid(platform::IPaint& paint, platform::Size image, const ControlState& state) {
+    Status printed;
     for (std::size_t cell = 0; cell < state.exposureWeights.size(); ++cell) {
         const std::size_t row = cell / 4, column = cell % 4;
         char text[32];
@@ -49,7 +50,8 @@ Status DrawControlGrid(platform::IPaint& paint, platform::Size image, const Cont
                       int{state.whiteBalanceWeights[cell]});
         const std::int32_t x = column == 0 ? 0 : placeOf(state.xBoundary[column - 1], image.width);
         const std::int32_t y = row == 0 ? 0 : placeOf(state.yBoundary[row - 1], image.height);
-        TAVRA_RETURN_IF_ERROR(print(paint, x, y, text));
+        const Status cellPrinted = print(paint, x, y, text);
+        if (!cellPrinted.ok()) printed = cellPrinted;
     }
     const auto lastX = static_cast<std::int32_t>(image.width - 1);
     const auto lastY = static_cast<std::int32_t>(image.height - 1);
@@ -59,7 +61,7 @@ Status DrawControlGrid(platform::IPaint& paint, platform::Size image, const Cont
         paint.line(x, 0, x, lastY);
         paint.line(0, y, lastX, y);
     }
-    return Status();
+    return printed;
 }
 
 }  // namespace tavra

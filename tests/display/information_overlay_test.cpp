@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "support/recording_paint.h"
 
 namespace tavra::test {
@@ -28,13 +30,37 @@ TEST(InformationOverlay, StatisticsAreFourLinesFromTheCorner) {
                                        "text 0,39 CDSGain=34, DigitalGain=511"));
 }
 
-TEST(InformationOverlay, FailedPrintEndsTheText) {
-    RecordingPaint paint;
-    paint.textResult = Status(6);
+// A paint on which some of the texts fail, by their number from 1, each with a code of its own.
+class PaintThatFails final : public platform::IPaint {
+  public:
+    void copy(const platform::Rectangle&, const platform::Bitmap&, std::int32_t, std::int32_t) override {}
+    void stretch(const platform::Rectangle&, const platform::Bitmap&, const platform::Rectangle&,
+                 platform::StretchQuality) override {}
+    void fillBlack(const platform::Rectangle&) override {}
+    Status text(std::int32_t, std::int32_t, std::string_view) override {
+        const auto failure = failures.find(++texts);
+        return failure != failures.end() ? Status(failure->second) : Status();
+    }
+    std::int32_t textHeight() override { return 13; }
+    void line(std::int32_t, std::int32_t, std::int32_t, std::int32_t) override { ++lines; }
+
+    std::map<int, std::uint32_t> failures;
+    int texts = 0, lines = 0;
+};
+
+TEST(InformationOverlay, StatisticsEndWithTheLineThatFails) {
+    PaintThatFails paint;
+    paint.failures = {{3, 6}};
     EXPECT_EQ(DrawStatisticsText(paint, {}), Status(6));
-    EXPECT_EQ(paint.log.size(), 1u);
-    EXPECT_EQ(DrawControlGrid(paint, {100, 100}, {}), Status(6));
-    EXPECT_EQ(paint.log.size(), 2u);
+    EXPECT_EQ(paint.texts, 3);
+}
+
+TEST(InformationOverlay, FailedWeightLeavesTheRestOfTheGrid) {
+    PaintThatFails paint;
+    paint.failures = {{1, 6}, {7, 8}, {12, 87}};
+    EXPECT_EQ(DrawControlGrid(paint, {100, 100}, {}), Status(87)) << "the last failure";
+    EXPECT_EQ(paint.texts, 16);
+    EXPECT_EQ(paint.lines, 6);
 }
 
 // 33 ten-thousandths of 1000 are 3.3; 2500 of 401 are 100.25; 20000 lies outside.
