@@ -2,64 +2,28 @@
 // test's own.
 #include <string>
 
-#include "media/movie/create_avi.h"
-#include "media_api/avi_reader.h"
-#include "media_api/recording_fixture.h"
-#include "support/movie_files_double.h"
+#include "media_api/attached_recording.h"
 
 namespace tavra::test {
 namespace {
 
-constexpr std::uint32_t kMotionJpeg = 'M' | 'J' << 8 | 'P' << 16 | 'G' << 24;
 constexpr std::uint32_t kFault = 1117;
 constexpr std::uint32_t kFrames = 3;
 
-struct Layout {
-    const char* name;
-    std::uint16_t format;
-    std::uint32_t compressor;
+struct FaultyLayout {
+    RecordingLayout layout;
     // Writes for kFrames frames. A failure behind them, when the file is closed, is not reported.
     std::size_t frameWrites;
 };
 
-constexpr Layout kLayouts[] = {
-    {"Avi1", 1, 0, 1 + kFrames},  // an empty chunk leads
-    {"Avi1Mjpeg", 1, kMotionJpeg, kFrames},
-    {"Avi2", 2, 0, kFrames},
-    {"Avi2Mjpeg", 2, kMotionJpeg, kFrames},
-    {"Smf", 10, 0, 1 + 2 * kFrames},  // the header; a header and an image for each
+constexpr FaultyLayout kLayouts[] = {
+    {kAvi1Layout, 1 + kFrames},  // an empty chunk leads
+    {kAvi1MjpegLayout, kFrames}, {kAvi2Layout, kFrames},
+    {kAvi2MjpegLayout, kFrames}, {kSmfLayout, 1 + 2 * kFrames},  // the header; a header and an image for each
 };
 
-class RecordingFault : public RecordingTest {
+class RecordingFault : public AttachedRecording {
   protected:
-    // Puts a recorder where the capture thread looks for it. It has the slot's reference alone.
-    void attach(const Layout& layout, MovieFilesDouble& files, std::uint32_t framesPerFile) {
-        const bool raw = layout.format == 10;
-        auto* const recorder = new movie::CCreateAVI({.files = &files});
-        recorder->AddRef();
-        ASSERT_EQ(recorder->SetFileFormat(layout.format, layout.compressor), 0u);
-        ASSERT_EQ(recorder->SetFramesPerFile(framesPerFile), 0u);
-        ASSERT_EQ(recorder->SetImageFormat(6, 4, raw ? 6 : 20, raw ? 1 : 4), 0u);
-        ASSERT_EQ(recorder->AddFile(u"/movie"), 0u);
-        ASSERT_EQ(recorder->SetNotifyWindow(receiver.window()), 0u);
-        ASSERT_EQ(recorder->SetNotifyParam(reinterpret_cast<std::uintptr_t>(handle)), 0u);
-        ASSERT_EQ(recorder->Start(), 0u);
-        RecordingSlot& slot = record().recording;
-        const std::lock_guard operation(slot.operationMutex);
-        slot.format = layout.format;
-        slot.shape = record().imagesA.shape();
-        slot.put(recorder);
-        EXPECT_EQ(expectMessage(kRecordingStarted), 0u);
-    }
-
-    // A frame that has been through the whole chain when this returns.
-    void passFrame() {
-        const std::size_t before = images.count();
-        sendFrame(number_, framePattern(number_));
-        ++number_;
-        EXPECT_EQ(images.waitFor(before + 1).size(), before + 1);
-    }
-
     // Behind the end of its writer, the recording ends with the next frame, and the stream goes on.
     void expectClosed(const MovieFilesDouble& files) {
         passFrame();
@@ -68,11 +32,9 @@ class RecordingFault : public RecordingTest {
         expectFailure(Tavra_SetAVIStatus(handle, 0), 87);
         passFrame();
     }
-
-    std::uint32_t number_ = 0;
 };
 
-class EveryWrite : public RecordingFault, public testing::WithParamInterface<Layout> {};
+class EveryWrite : public RecordingFault, public testing::WithParamInterface<FaultyLayout> {};
 
 TEST_P(EveryWrite, EndsTheRecordingWithItsCodeAndClosesTheFile) {
     openCamera(1, 5);
@@ -83,7 +45,7 @@ TEST_P(EveryWrite, EndsTheRecordingWithItsCodeAndClosesTheFile) {
         ASSERT_LT(nth, 30u);
         MovieFilesDouble files;
         files.failWrite(nth, kFault);
-        attach(GetParam(), files, kFrames);
+        attach(GetParam().layout, files, kFrames);
         // The frame behind the last is what ends a file.
         for (std::uint32_t i = 0; i <= kFrames; ++i) passFrame();
         const std::uint64_t code = expectMessage(kRecordingEnded);
@@ -95,7 +57,7 @@ TEST_P(EveryWrite, EndsTheRecordingWithItsCodeAndClosesTheFile) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, EveryWrite, testing::ValuesIn(kLayouts),
-                         [](const auto& layout) { return std::string(layout.param.name); });
+                         [](const auto& layout) { return std::string(layout.param.layout.name); });
 
 // The writer stops in front of the end of the room, so that there is place for the indexes.
 TEST_F(RecordingFault, ADiskThatFillsUpLeavesAMovieThatCanBeRead) {
@@ -106,7 +68,7 @@ TEST_F(RecordingFault, ADiskThatFillsUpLeavesAMovieThatCanBeRead) {
     const std::uint64_t room = 0x101000 + 60000;
     files.setRoom(room);
     files.free = {.value = room};
-    attach(kLayouts[2], files, 1000);
+    attach(kAvi2Layout, files, 1000);
     while (record().recording.exists()) passFrame();
     EXPECT_EQ(expectMessage(kRecordingEnded), 0u);
     expectClosed(files);
@@ -119,12 +81,7 @@ TEST_F(RecordingFault, ADiskThatFillsUpLeavesAMovieThatCanBeRead) {
     EXPECT_EQ(movie.length(), pictures.size());
     ASSERT_LT(pictures.size(), seen.size());
     for (std::size_t i = 0; i < pictures.size(); ++i) {
-        // Rows of 18 bytes, filled up to 20, the last one first.
-        for (std::size_t y = 0; y < 4; ++y) {
-            const auto row = pictures[i].begin() + static_cast<std::ptrdiff_t>(20 * y);
-            EXPECT_TRUE(
-                std::equal(row, row + 18, seen[i].data.begin() + static_cast<std::ptrdiff_t>(20 * (3 - y))));
-        }
+        EXPECT_TRUE(isImageFromTheBottom(pictures[i], seen[i].data, 18)) << i;
     }
 }
 
@@ -134,7 +91,7 @@ TEST_F(RecordingFault, ADiskThatIsFullUnawaresKeepsWholeRawFrames) {
     start();
     MovieFilesDouble files;
     files.setRoom(376 + 5 * 48 + 30);  // the sixth frame is cut
-    attach(kLayouts[4], files, 1000);
+    attach(kSmfLayout, files, 1000);
     while (record().recording.exists()) passFrame();
     EXPECT_EQ(expectMessage(kRecordingEnded), 112u);
     expectClosed(files);
