@@ -14,9 +14,12 @@
 #include "stages/shading_correction.h"
 #include "stages/sharpness.h"
 #include "stages/wb.h"
+#include "support/virtual_slots.h"
 
 namespace tavra {
 namespace {
+
+using test::callSlot;
 
 using u8 = std::uint8_t;
 using u16 = std::uint16_t;
@@ -153,18 +156,6 @@ class ShadingSlots final : public IShadingCorrection {
     u32 SetMap(u32, u32, u32, const void*) override { return 112; }
     u32 GetMap(u32*, u32*, u32*, void*) override { return 113; }
 };
-
-// Calls what stands in a slot of the object's table, with the object as the hidden first argument.
-template <class Result = u32, class... Arguments>
-Result callSlot(ISUnknown* object, std::size_t slot, Arguments... arguments) {
-    using Operation = Result (*)(ISUnknown*, Arguments...);
-    static_assert(sizeof(Operation) == sizeof(void*));
-    const unsigned char* table = nullptr;
-    std::memcpy(&table, static_cast<const void*>(object), sizeof table);
-    Operation operation = nullptr;
-    std::memcpy(&operation, table + slot * sizeof operation, sizeof operation);
-    return operation(object, arguments...);
-}
 
 TEST(InterfaceSlots, OfColorInterpolation) {
     InterpolationSlots slots;
