@@ -28,7 +28,10 @@ class RandomAccessFile {
 
     // Each fails with the system's error and leaves this object closed. The name is wide; a name that the
     // system cannot express fails with 123. Child processes do not inherit the file.
-    Status create(const std::u16string& name);          // makes it, or empties it if it exists
+    //
+    // Makes it, or empties it if it exists. It is this object's alone then: 32 where somebody writes or reads
+    // it. Linux: among those that take locks, as this library does; and it may be read all the same.
+    Status create(const std::u16string& name);
     Status openForReading(const std::u16string& name);  // an existing file; folders and pipes hold no bytes
     Status openForWriting(const std::u16string& name);  // an existing file, its content kept
 

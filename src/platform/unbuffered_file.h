@@ -22,8 +22,8 @@ class UnbufferedFile {
     UnbufferedFile(UnbufferedFile&& other) noexcept;
     UnbufferedFile& operator=(UnbufferedFile&& other) noexcept;
 
-    // Makes the file, or empties it if it exists; others may read and write it. Fails with the system's
-    // error.
+    // Makes the file, or empties it if it exists; others may read and write it, but on Linux none makes it
+    // anew (32, as where somebody writes or reads it by then). Fails with the system's error.
     Status create(const std::u16string& name);
 
     // Waits for the write before it, then starts this one. Fails with the code of either. Position and size

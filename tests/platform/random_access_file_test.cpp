@@ -5,6 +5,7 @@
 #include <numeric>
 #include <vector>
 
+#include "platform/unbuffered_file.h"
 #include "support/temp_folder.h"
 
 namespace tavra::platform {
@@ -17,6 +18,7 @@ using test::wideName;
 
 constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kFolderNotFound = 3;
+constexpr std::uint32_t kSharingViolation = 32;
 
 struct RandomAccessFileTest : testing::Test {
     const TempFolder folder;
@@ -143,6 +145,35 @@ TEST_F(RandomAccessFileTest, AClosedFileFailsWithItsCodeAndClosesAgain) {
     EXPECT_EQ(got, 0u);
     EXPECT_EQ(file.size(bytes).code(), 6u);
     EXPECT_TRUE(file.close().ok());
+}
+
+TEST_F(RandomAccessFileTest, AFileThatIsWrittenIsItsWritersAlone) {
+    ASSERT_TRUE(file.create(name).ok());
+    ASSERT_TRUE(file.write(0, "frames", 6).ok());
+    RandomAccessFile second;
+    UnbufferedFile unbuffered;
+    EXPECT_EQ(second.create(name).code(), kSharingViolation);
+    EXPECT_FALSE(second.isOpen());
+    EXPECT_EQ(unbuffered.create(name).code(), kSharingViolation);
+    EXPECT_EQ(read(file, 0, 10), (Bytes{'f', 'r', 'a', 'm', 'e', 's'})) << "nobody emptied it";
+    ASSERT_TRUE(file.close().ok());
+    EXPECT_TRUE(second.create(name).ok()) << "an old file is anybody's";
+}
+
+TEST_F(RandomAccessFileTest, AFileThatIsReadIsNotMadeAnew) {
+    ASSERT_TRUE(file.create(name).ok());
+    ASSERT_TRUE(file.write(0, "frames", 6).ok());
+    ASSERT_TRUE(file.openForReading(name).ok());
+    RandomAccessFile second, writer;
+    UnbufferedFile unbuffered;
+    EXPECT_TRUE(second.openForReading(name).ok()) << "several may read it";
+    EXPECT_EQ(writer.create(name).code(), kSharingViolation);
+    ASSERT_TRUE(file.close().ok());
+    EXPECT_EQ(writer.create(name).code(), kSharingViolation);
+    EXPECT_EQ(unbuffered.create(name).code(), kSharingViolation);
+    EXPECT_EQ(read(second, 0, 10), (Bytes{'f', 'r', 'a', 'm', 'e', 's'}));
+    ASSERT_TRUE(second.close().ok());
+    EXPECT_TRUE(writer.create(name).ok());
 }
 
 TEST_F(RandomAccessFileTest, MovesWithItsFile) {

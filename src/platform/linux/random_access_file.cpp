@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/last_error.h"
+#include "platform/linux/file_claim.h"
 #include "platform/text.h"
 
 namespace tavra::platform {
@@ -22,7 +23,7 @@ Status openNative(const std::u16string& name, int flags, std::intptr_t& native) 
     if (!narrow) return failWith(error::kInvalidName);
     int descriptor;
     do {
-        descriptor = ::open(narrow->c_str(), flags | O_CLOEXEC, 0666);
+        descriptor = ::open(narrow->c_str(), flags | O_CLOEXEC);
     } while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0) return systemFailure();
     native = descriptor;
@@ -33,7 +34,12 @@ Status openNative(const std::u16string& name, int flags, std::intptr_t& native) 
 
 Status RandomAccessFile::create(const std::u16string& name) {
     (void)close();
-    return openNative(name, O_RDWR | O_CREAT | O_TRUNC, native_);
+    const std::optional<std::string> narrow = toNarrowExactly(name);
+    if (!narrow) return failWith(error::kInvalidName);
+    int descriptor = -1;
+    TAVRA_RETURN_IF_ERROR(createClaimed(narrow->c_str(), O_RDWR, descriptor));
+    native_ = descriptor;
+    return {};
 }
 
 Status RandomAccessFile::openForReading(const std::u16string& name) {
@@ -42,7 +48,10 @@ Status RandomAccessFile::openForReading(const std::u16string& name) {
     TAVRA_RETURN_IF_ERROR(openNative(name, O_RDONLY | O_NONBLOCK, native_));
     struct stat about {};
     const bool known = fstat(static_cast<int>(native_), &about) == 0;
-    if (known && !S_ISDIR(about.st_mode) && !S_ISFIFO(about.st_mode)) return {};
+    if (known && !S_ISDIR(about.st_mode) && !S_ISFIFO(about.st_mode)) {
+        claimForReading(static_cast<int>(native_));
+        return {};
+    }
     (void)close();
     return failWith(error::kAccessDenied);
 }

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/last_error.h"
+#include "platform/linux/file_claim.h"
 #include "platform/text.h"
 
 namespace tavra::platform {
@@ -31,14 +32,6 @@ bool awaitWrite(aio_context_t context, io_event* event) {
         events = syscall(SYS_io_getevents, context, 1, 1, event, nullptr);
     } while (events < 0 && errno == EINTR);
     return events == 1;
-}
-
-int openNative(const char* name, int flags) {
-    int descriptor;
-    do {
-        descriptor = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | flags, 0666);
-    } while (descriptor < 0 && errno == EINTR);
-    return descriptor;
 }
 
 }  // namespace
@@ -123,11 +116,13 @@ Status UnbufferedFile::create(const std::u16string& name) {
     const std::optional<std::string> narrow = toNarrowExactly(name);
     if (!narrow) return failWith(error::kInvalidName);
     auto native = std::make_unique<Native>();
-    native->descriptor = openNative(narrow->c_str(), O_DIRECT);
-    native->direct = native->descriptor >= 0;
+    Status opened = createClaimed(narrow->c_str(), O_WRONLY | O_DIRECT, native->descriptor);
+    native->direct = opened.ok();
     // A file system that cannot bypass the cache says so here.
-    if (!native->direct && errno == EINVAL) native->descriptor = openNative(narrow->c_str(), 0);
-    if (native->descriptor < 0) return systemFailure(errno);
+    if (opened == Status(error::kInvalidArgument)) {
+        opened = createClaimed(narrow->c_str(), O_WRONLY, native->descriptor);
+    }
+    TAVRA_RETURN_IF_ERROR(opened);
     if (setUpWrites(1, &native->context) != 0) native->context = 0;
     native_ = std::move(native);
     return {};

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sys/file.h>
 #include <sys/fsuid.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -163,6 +164,57 @@ TEST_F(LinuxMovieFileTest, BeyondTheFileSizeLimitIsCode223AndWhatFitsIsWritten) 
     EXPECT_EQ(readFile(folder / "second"), expected);
 }
 
+constexpr std::uint32_t kSharingViolation = 32;
+
+TEST_F(LinuxMovieFileTest, AFileThatIsWrittenUnbufferedIsItsWritersAlone) {
+    ASSERT_TRUE(unbuffered.create(name).ok());
+    ASSERT_TRUE(writeUnbuffered(0, 2048).ok());
+    UnbufferedFile second;
+    EXPECT_EQ(second.create(name).code(), kSharingViolation);
+    EXPECT_EQ(ordinary.create(name).code(), kSharingViolation);
+    EXPECT_EQ(readFile(folder / "movie"), blockBytes(0, 2048)) << "nobody emptied it";
+    EXPECT_TRUE(ordinary.openForWriting(name).ok()) << "but its own headers can be written";
+    ASSERT_TRUE(unbuffered.close().ok());
+    EXPECT_TRUE(second.create(name).ok());
+}
+
+TEST_F(LinuxMovieFileTest, AFileThatIsWrittenCanBeReadMeanwhile) {
+    ASSERT_TRUE(ordinary.create(name).ok());
+    ASSERT_TRUE(ordinary.write(0, "abc", 3).ok());
+    RandomAccessFile reader;
+    ASSERT_TRUE(reader.openForReading(name).ok());
+    std::uint64_t size = 0;
+    EXPECT_TRUE(reader.size(size).ok());
+    EXPECT_EQ(size, 3u);
+}
+
+// As another program sees it, and as it holds ours off.
+TEST_F(LinuxMovieFileTest, TheClaimIsALockOfTheSystem) {
+    ASSERT_TRUE(ordinary.create(name).ok());
+    const int other = ::open((folder / "movie").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(other, 0);
+    EXPECT_NE(flock(other, LOCK_SH | LOCK_NB), 0);
+    EXPECT_EQ(errno, EWOULDBLOCK);
+    ASSERT_TRUE(ordinary.write(0, "abc", 3).ok());
+    ASSERT_TRUE(ordinary.close().ok());
+    EXPECT_EQ(flock(other, LOCK_SH | LOCK_NB), 0);
+    const std::vector<int> before = openDescriptors();
+    EXPECT_EQ(ordinary.create(name).code(), kSharingViolation);
+    EXPECT_EQ(unbuffered.create(name).code(), kSharingViolation);
+    EXPECT_EQ(openDescriptors(), before) << "what was refused is closed";
+    EXPECT_EQ(readFile(folder / "movie"), (Bytes{'a', 'b', 'c'}));
+    ::close(other);
+    EXPECT_TRUE(ordinary.create(name).ok());
+}
+
+TEST_F(LinuxMovieFileTest, ADeviceHasNoWriterOfItsOwn) {
+    std::filesystem::create_symlink("/dev/null", folder / "movie");
+    UnbufferedFile second;
+    ASSERT_TRUE(ordinary.create(name).ok());
+    EXPECT_TRUE(unbuffered.create(name).ok());
+    EXPECT_TRUE(second.create(name).ok());
+}
+
 // As on a disk of larger sectors: the position is none at which the cache can be bypassed.
 TEST_F(LinuxMovieFileTest, AnAlignmentThatTheDiskDoesNotTakeGoesThroughTheCache) {
     ASSERT_TRUE(unbuffered.create(name).ok());
@@ -246,7 +298,8 @@ TEST_P(KernelThatRefuses, TheBytesGoTheOrdinaryWay) {
 }
 
 INSTANTIATE_TEST_SUITE_P(SystemCalls, KernelThatRefuses,
-                         testing::Values(Refusal{"NoSuchCall", SYS_io_setup, ENOSYS},
+                         testing::Values(Refusal{"NoLocks", SYS_flock, ENOLCK},
+                                         Refusal{"NoSuchCall", SYS_io_setup, ENOSYS},
                                          Refusal{"NoneLeft", SYS_io_setup, EAGAIN},
                                          Refusal{"NotSubmitted", SYS_io_submit, EAGAIN},
                                          Refusal{"SubmitInvalid", SYS_io_submit, EINVAL},
