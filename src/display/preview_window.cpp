@@ -491,10 +491,7 @@ void PreviewWindow::followMouse(const platform::MouseMessage& mouse) {
         showCursor();
         return;
     }
-    const Size client = clientSize();
-    const bool inside = mouse.x >= 0 && mouse.y >= 0 && static_cast<std::uint32_t>(mouse.x) < client.width &&
-                        static_cast<std::uint32_t>(mouse.y) < client.height;
-    if (on && inside) {
+    if (on && clientSize().contains(mouse.x, mouse.y)) {
         showCursor();
         return;
     }

@@ -9,6 +9,12 @@ struct Size {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
 
+    // Of a place counted from the upper left corner.
+    bool contains(std::int32_t x, std::int32_t y) const {
+        return x >= 0 && y >= 0 && static_cast<std::uint32_t>(x) < width &&
+               static_cast<std::uint32_t>(y) < height;
+    }
+
     friend bool operator==(const Size&, const Size&) = default;
 };
 

@@ -1,5 +1,6 @@
 // What somebody does with mouse and keyboard in the window.
 #include <array>
+#include <utility>
 
 #include "display_x11/preview_on_screen.h"
 #include "display_x11/user.h"
@@ -146,6 +147,51 @@ TEST_F(Input, ClicksOnBarsDoNotMagnify) {
     user.clickAt(100, 100);
     messagesUpTo(45062);
     EXPECT_NE(mask(), before);
+}
+
+// The button was pressed over the image.
+TEST_F(Input, ButtonsThatAreLetGoOutsideOfTheImageDoNotMagnify) {
+    openMono(416, 416);
+    createWindow({224, 224}, kVisible | kScrolls, nullptr, true, 2);
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 50, 50, 224, 224));
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 1));
+    const Place before = mask();
+    const std::pair<int, int> outside[] = {{40, 60}, {60, 40}, {50 + 215, 60}, {60, 50 + 215}, {300, 300}};
+    for (const auto& [x, y] : outside) {
+        user.moveTo(60, 60);
+        user.press(1);
+        user.moveTo(x, y);
+        user.release(1);
+    }
+    server.resize(window, 226, 224);
+    for (ReceivedMessage got; got.message != 45061;) {
+        ASSERT_TRUE(receiver.wait(got, kPatienceMs));
+        EXPECT_NE(got.message, 45062u);
+    }
+    EXPECT_EQ(mask(), before);
+}
+
+TEST_F(Input, BarsKeepTheMouseToThemselves) {
+    openMono(416, 416);
+    const xcb_window_t parent = server.makeWindow(300, 300);
+    createWindow({224, 224}, kVisible | kScrolls | platform::kStyleChild,
+                 reinterpret_cast<TavraWindow>(static_cast<std::uintptr_t>(parent)), true, 2);
+    EXPECT_TRUE(server.looksLike(window, {208, 208}, Picture(208 * 208, 0)));
+    // The parent stands at (100, 50) on the screen, the preview in its corner.
+    user.clickAt(100 + 215, 50 + 20, 3);
+    user.clickAt(100 + 20, 50 + 215, 2);
+    user.clickAt(100 + 207, 50 + 207, 3);
+    for (;;) {
+        xcb_generic_event_t* const event = xcb_wait_for_event(server.connection());
+        ASSERT_NE(event, nullptr);
+        const auto told = *reinterpret_cast<const xcb_button_press_event_t*>(event);
+        std::free(event);
+        if ((told.response_type & 0x7F) != XCB_BUTTON_PRESS) continue;
+        EXPECT_EQ(told.detail, 3);
+        EXPECT_EQ(told.event_x, 207);  // the first over the image
+        EXPECT_EQ(told.event_y, 207);
+        break;
+    }
 }
 
 TEST_F(Input, CursorIsTheArrowAgainWhenTheModeIsOff) {

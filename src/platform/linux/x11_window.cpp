@@ -292,17 +292,30 @@ void X11Window::onButton(const xcb_button_press_event_t& event, bool pressed) {
         barPressed_ = true;
         lastButton_ = 0;
     } else if (event.detail >= 1 && event.detail <= 3) {
-        const ButtonMessages& messages = kButtons[event.detail - 1];
-        const bool twice = pressed && isDoubleClick(event);
-        // The button's own bit is that of before the event.
-        const auto own = static_cast<std::uint16_t>(XCB_BUTTON_MASK_1 << (event.detail - 1));
-        const auto state = static_cast<std::uint16_t>(pressed ? event.state | own : event.state & ~own);
-        sendMouse(twice ? messages.twice : pressed ? messages.pressed : messages.released, state, 0, x, y);
+        if (isForClient(x, y)) sendButton(event, pressed);
     } else if (pressed && (event.detail == 4 || event.detail == 5)) {
         sendMouse(kMouseWheel, event.state, event.detail == 4 ? kWheelStep : -kWheelStep, event.root_x,
                   event.root_y);
     }
     current_ = nullptr;
+}
+
+// What happens on the bars is theirs. The server also tells a window of what happens outside of it, while a
+// button is held that was pressed inside: that is for a window that has taken the mouse.
+bool X11Window::isForClient(std::int32_t x, std::int32_t y) const {
+    return mouseTaken_ || clientSize().contains(x, y);
+}
+
+void X11Window::sendButton(const xcb_button_press_event_t& event, bool pressed) {
+    const ButtonMessages& messages = kButtons[event.detail - 1];
+    const bool twice = pressed && isDoubleClick(event);
+    // The button's own bit is that of before the event.
+    const auto own = static_cast<std::uint16_t>(XCB_BUTTON_MASK_1 << (event.detail - 1));
+    const auto state = static_cast<std::uint16_t>(pressed ? event.state | own : event.state & ~own);
+    sendMouse(twice     ? messages.twice
+              : pressed ? messages.pressed
+                        : messages.released,
+              state, 0, event.event_x, event.event_y);
 }
 
 bool X11Window::isDoubleClick(const xcb_button_press_event_t& event) {
@@ -318,9 +331,11 @@ void X11Window::onPointer(const xcb_motion_notify_event_t& event) {
         dragThumb(event.event_x, event.event_y, ScrollCode::ThumbMoves);
         return;
     }
-    current_ = reinterpret_cast<const xcb_button_press_event_t*>(&event);  // of the same form
-    sendMouse(kMouseMove, event.state, 0, event.event_x, event.event_y);
-    current_ = nullptr;
+    if (isForClient(event.event_x, event.event_y)) {
+        current_ = reinterpret_cast<const xcb_button_press_event_t*>(&event);  // of the same form
+        sendMouse(kMouseMove, event.state, 0, event.event_x, event.event_y);
+        current_ = nullptr;
+    }
     if (!mouseTaken_ && std::exchange(ownCursor_, false)) applyCursor(XCB_CURSOR_NONE);
 }
 

@@ -69,9 +69,11 @@ class X11Window {
     Rectangle paintedPart() const;
     void onConfigure(const xcb_configure_notify_event_t& event);
     void onButton(const xcb_button_press_event_t& event, bool pressed);
+    void sendButton(const xcb_button_press_event_t& event, bool pressed);
     void onPointer(const xcb_motion_notify_event_t& event);
     void sendMouse(std::uint32_t message, std::uint16_t state, std::int32_t wheel, std::int32_t x,
                    std::int32_t y);
+    bool isForClient(std::int32_t x, std::int32_t y) const;
     bool isDoubleClick(const xcb_button_press_event_t& event);
 
     Rectangle barRectangle(Axis axis) const;
