@@ -108,6 +108,11 @@ std::uint32_t GlDevice::createContext(const PresentParameters& parameters) {
     }
     const bool works = prepare();
     gl().eglSwapInterval(on_.display, parameters.interval == kPresentAtOnce ? 0 : 1);
+    if (on_.keepsBackBuffer) {
+        const bool keep = parameters.swapEffect == SwapEffect::Copy;
+        gl().eglSurfaceAttrib(on_.display, surface_, EGL_SWAP_BEHAVIOR,
+                              keep ? EGL_BUFFER_PRESERVED : EGL_BUFFER_DESTROYED);
+    }
     leave();
     return works ? 0 : sprite_error::kNotAvailable;
 }

@@ -38,7 +38,9 @@ std::uint32_t GlDisplay::open() {
     for (int skipped = 0; skipped < screenNumber && screens.rem > 1; ++skipped) x->xcb_screen_next(&screens);
     screen = screens.data;
     if (screen == nullptr) return kNoDisplay;
-    return openEgl(screenNumber) && findConfig() ? 0 : sprite_error::kNotAvailable;
+    if (!openEgl(screenNumber)) return sprite_error::kNotAvailable;
+    keepsBackBuffer = findConfig(EGL_WINDOW_BIT | EGL_SWAP_BEHAVIOR_PRESERVED_BIT);
+    return keepsBackBuffer || findConfig(EGL_WINDOW_BIT) ? 0 : sprite_error::kNotAvailable;
 }
 
 // Drivers stay once they are loaded: loading them takes most of the time that a new display takes, and some
@@ -55,23 +57,14 @@ bool GlDisplay::openEgl(int screenNumber) {
 
 // Windows have the pixels of the screen's root, so what is drawn must have them, too. The back buffer then
 // has alpha only where the root has; nothing that is drawn reads it.
-bool GlDisplay::findConfig() {
-    constexpr EGLint kWanted[] = {EGL_SURFACE_TYPE,
-                                  EGL_WINDOW_BIT,
-                                  EGL_RENDERABLE_TYPE,
-                                  EGL_OPENGL_ES2_BIT,
-                                  EGL_RED_SIZE,
-                                  8,
-                                  EGL_GREEN_SIZE,
-                                  8,
-                                  EGL_BLUE_SIZE,
-                                  8,
-                                  EGL_DEPTH_SIZE,
-                                  16,
-                                  EGL_NONE};
+bool GlDisplay::findConfig(EGLint surfaces) {
+    const EGLint wanted[] = {EGL_SURFACE_TYPE, surfaces, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT,
+                             EGL_RED_SIZE,     8,        EGL_GREEN_SIZE,      8,
+                             EGL_BLUE_SIZE,    8,        EGL_DEPTH_SIZE,      16,
+                             EGL_NONE};
     std::array<EGLConfig, 256> found{};
     EGLint count = 0;
-    if (gl->eglChooseConfig(display, kWanted, found.data(), static_cast<EGLint>(found.size()), &count) !=
+    if (gl->eglChooseConfig(display, wanted, found.data(), static_cast<EGLint>(found.size()), &count) !=
         EGL_TRUE) {
         return false;
     }

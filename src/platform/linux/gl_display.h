@@ -32,10 +32,12 @@ class GlDisplay {
     const xcb_screen_t* screen = nullptr;
     EGLDisplay display = EGL_NO_DISPLAY;
     EGLConfig config = nullptr;
+    bool keepsBackBuffer = false;  // where it is asked to
 
   private:
     bool openEgl(int screenNumber);
-    bool findConfig();
+    // For surfaces of these kinds.
+    bool findConfig(EGLint surfaces);
 };
 
 }  // namespace tavra::platform

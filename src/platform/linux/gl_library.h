@@ -16,7 +16,7 @@ namespace tavra::platform {
     USE(eglGetProcAddress) USE(eglQueryString) USE(eglInitialize) USE(eglTerminate) USE(eglBindAPI) \
     USE(eglChooseConfig) USE(eglGetConfigAttrib) USE(eglCreateContext) USE(eglDestroyContext) \
     USE(eglDestroySurface) USE(eglMakeCurrent) USE(eglSwapBuffers) USE(eglSwapInterval) USE(eglGetError) \
-    USE(eglReleaseThread)
+    USE(eglReleaseThread) USE(eglSurfaceAttrib)
 
 #define TAVRA_GLES_FUNCTIONS(USE) \
     USE(glActiveTexture) USE(glAttachShader) USE(glBindAttribLocation) USE(glBindTexture) USE(glBlendFunc) \

@@ -113,6 +113,33 @@ TEST_F(GlSprites, ColourMultiplies) {
     EXPECT_TRUE(server.looksLike(window, kClient, Picture(48, 0x8000FF)));
 }
 
+// Blue first, then a corner of the texture without anything cleared.
+TEST_F(GlSprites, CopiedBackBufferStaysAsItWasDrawn) {
+    parameters.swapEffect = SwapEffect::Copy;
+    sprite.reset();
+    ASSERT_EQ(device->reset(parameters), 0u);
+    ASSERT_EQ(device->createSprite(sprite), 0u);
+    draw({}, {0, 0});
+    ASSERT_EQ(device->present(), 0u);
+    for (std::int32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(device->beginScene(), 0u);
+        EXPECT_EQ(sprite->begin(0), 0u);
+        EXPECT_EQ(sprite->setTransform({}), 0u);
+        EXPECT_EQ(sprite->draw(*texture, {1, 2, 3, 4}, {static_cast<float>(2 * i), 1}, kWhite), 0u);
+        EXPECT_EQ(sprite->end(), 0u);
+        EXPECT_EQ(device->endScene(), 0u);
+        ASSERT_EQ(device->present(), 0u);
+    }
+    Picture kept = expected({1, 2, 3, 4}, 0, 1);
+    for (const std::uint32_t left : {2u, 4u}) {
+        const Picture next = expected({1, 2, 3, 4}, left, 1);
+        for (std::size_t i = 0; i < kept.size(); ++i) {
+            if (next[i] != kBlue) kept[i] = next[i];
+        }
+    }
+    EXPECT_TRUE(server.looksLike(window, kClient, kept));
+}
+
 TEST_F(GlSprites, EmptySourceDrawsNothing) {
     draw({4, 4, 4, 6}, {0, 0});
     EXPECT_EQ(device->present(), 0u);
