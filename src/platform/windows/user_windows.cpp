@@ -4,6 +4,10 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <utility>
 
 #include "platform/last_error.h"
 #include "platform/module.h"
@@ -41,8 +45,61 @@ Status lastFailure() {
     return Status(lastSystemError());
 }
 
-IWindowEvents* eventsOf(HWND window) {
-    return reinterpret_cast<IWindowEvents*>(GetWindowLongPtrW(window, 0));
+// Who gets the events of a window, until its end. The window's thread tells of them; where it does not take
+// messages, another one ends this, and whoever gets the events may be gone when end returns: nobody is told
+// of anything then, also not of what had begun. Events may lie in one another.
+class Listener {
+  public:
+    explicit Listener(IWindowEvents& events) : events_(&events) {}
+
+    // False: nobody listens any more.
+    template <typename Work>
+    bool tell(Work work) {
+        const std::lock_guard lock(mutex_);
+        if (events_ == nullptr) return false;
+        work(*events_);
+        return true;
+    }
+    // Tells of the end, once. False: it was told of, and that has been heard.
+    bool end() {
+        const std::lock_guard lock(mutex_);
+        IWindowEvents* const last = std::exchange(events_, nullptr);
+        if (last != nullptr) last->onDestroy();
+        return last != nullptr;
+    }
+
+  private:
+    std::recursive_mutex mutex_;
+    IWindowEvents* events_;
+};
+
+// A window stores one of these, from its creation to its end.
+using Stored = std::shared_ptr<Listener>;
+
+std::mutex storedMutex;  // held for a moment, with no event under way
+
+Stored listenerOf(HWND window) {
+    const std::lock_guard lock(storedMutex);
+    const auto* const stored = reinterpret_cast<const Stored*>(GetWindowLongPtrW(window, 0));
+    return stored != nullptr ? *stored : nullptr;
+}
+
+// False: no memory.
+bool storeListener(HWND window, IWindowEvents& events) {
+    try {
+        auto made = std::make_unique<Stored>(std::make_shared<Listener>(events));
+        const std::lock_guard lock(storedMutex);
+        SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(made.release()));
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+// By the window's thread alone.
+void forgetListener(HWND window) {
+    const std::lock_guard lock(storedMutex);
+    delete reinterpret_cast<const Stored*>(SetWindowLongPtrW(window, 0, 0));
 }
 
 void paint(HWND window, IWindowEvents& events) {
@@ -103,6 +160,7 @@ bool dispatch(HWND window, IWindowEvents& events, UINT message, WPARAM first, LP
         case WM_COMMAND: events.onCommand(first); return true;
         case WM_HSCROLL: scroll(window, events, Axis::Horizontal, first); return true;
         case WM_VSCROLL: scroll(window, events, Axis::Vertical, first); return true;
+        // By design: the default handler's too, or Alt and F4 would close nothing and Alt open no menu.
         case WM_SYSKEYDOWN:
         case WM_SYSKEYUP: events.onAltKey(); return false;
         default: break;
@@ -116,21 +174,26 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
     if (message == WM_CREATE) {
         auto* const events =
             static_cast<IWindowEvents*>(reinterpret_cast<const CREATESTRUCTW*>(second)->lpCreateParams);
+        if (!storeListener(window, *events)) {
+            SetLastError(ERROR_OUTOFMEMORY);
+            return -1;
+        }
         events->onCreate(window);
-        SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(events));
         return 0;
     }
     if (message == kEndMessage) return DestroyWindow(window);
-    IWindowEvents* const events = eventsOf(window);
-    if (events == nullptr) return DefWindowProcW(window, message, first, second);
+    const Stored listener = listenerOf(window);
+    if (listener == nullptr) return DefWindowProcW(window, message, first, second);
     if (message == WM_DESTROY) {
-        SetWindowLongPtrW(window, 0, 0);
-        events->onDestroy();
+        listener->end();
+        forgetListener(window);
         return 0;
     }
     LRESULT result = 0;
-    if (dispatch(window, *events, message, first, second, result)) return result;
-    return DefWindowProcW(window, message, first, second);
+    bool handled = false;
+    listener->tell(
+        [&](IWindowEvents& events) { handled = dispatch(window, events, message, first, second, result); });
+    return handled ? result : DefWindowProcW(window, message, first, second);
 }
 
 // A window can be destroyed by its own thread only. One that takes no messages keeps its window, black and
@@ -140,10 +203,8 @@ Status endFromElsewhere(HWND window) {
     if (SendMessageTimeoutW(window, kEndMessage, 0, 0, SMTO_NORMAL, kEndPatienceMs, &ended) != 0) {
         return ended != 0 ? Status() : Status(error::kInvalidWindowHandle);
     }
-    IWindowEvents* const events = eventsOf(window);
-    if (events == nullptr) return Status(error::kInvalidWindowHandle);
-    SetWindowLongPtrW(window, 0, 0);
-    events->onDestroy();
+    const Stored listener = listenerOf(window);
+    if (listener == nullptr || !listener->end()) return Status(error::kInvalidWindowHandle);
     InvalidateRect(window, nullptr, TRUE);
     return Status();
 }
@@ -280,6 +341,7 @@ class UserWindows final : public IWindowSystem {
     bool altHeld() override { return GetKeyState(VK_MENU) < 0; }
     void forward(TavraWindow window, TavraWindow parent, const MouseMessage& mouse) override {
         POINT point{mouse.x, mouse.y};
+        // By design: the wheel's place stays as it is. It is one on the screen, for the parent as well.
         if (mouse.message != kMouseWheel) MapWindowPoints(native(window), native(parent), &point, 1);
         PostMessageW(native(parent), mouse.message, static_cast<WPARAM>(mouse.keys),
                      MAKELPARAM(point.x, point.y));

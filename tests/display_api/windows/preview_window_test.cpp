@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "capture_api/stream_fixture.h"
+#include "platform/window.h"
 
 namespace tavra::test {
 namespace {
@@ -459,6 +460,96 @@ TEST_F(PreviewOfUser, OfAThreadThatTakesNoMessagesIsLeftWithoutACamera) {
     pump();
     UpdateWindow(window);
     DestroyWindow(window);
+}
+
+// A window without a camera, whose painting takes until the test lets it go on.
+class SlowPainting final : public platform::IWindowEvents {
+  public:
+    void onCreate(TavraWindow) override {}
+    void onDestroy() override { ++ends; }
+    void onMove() override {}
+    void onSize(std::uint32_t, std::uint32_t, std::uint32_t) override {}
+    void onPaint(platform::IPaint&, platform::Size) override {
+        painting.set();
+        endedMeanwhile = ended.wait(3000);  // longer than anybody waits for the thread
+    }
+    void onErase(platform::IPaint&) override {}
+    void onCommand(std::uint64_t) override {}
+    void onScroll(platform::Axis, platform::ScrollCode, std::int32_t) override {}
+    void onMouse(const platform::MouseMessage&) override {}
+    void onAltKey() override {}
+
+    platform::Event painting{platform::Event::Reset::Manual}, ended{platform::Event::Reset::Manual};
+    bool endedMeanwhile = false;
+    int ends = 0;
+};
+
+// Whoever gets the events is freed then.
+TEST(WindowOfUser, IsTakenFromItsThreadOnlyBetweenTwoEvents) {
+    platform::IWindowSystem& system = platform::windowSystem();
+    ASSERT_TRUE(system.registerClass(true).ok());
+    SlowPainting events;
+    platform::WindowRequest request;
+    request.closable = true;
+    request.style = kPopup;
+    request.size = {30, 20};
+    TavraWindow window = nullptr;
+    ASSERT_TRUE(system.create(request, events, window).ok());
+    std::thread other([&] {
+        EXPECT_TRUE(events.painting.wait(kPatienceMs));
+        EXPECT_TRUE(system.destroy(window).ok());
+        events.ended.set();
+    });
+    const auto native = static_cast<HWND>(window);
+    InvalidateRect(native, nullptr, FALSE);
+    UpdateWindow(native);
+    EXPECT_FALSE(events.endedMeanwhile);
+    other.join();
+    EXPECT_EQ(events.ends, 1);
+    for (MSG message; PeekMessageW(&message, native, 0, 0, PM_REMOVE);) DispatchMessageW(&message);
+    if (IsWindow(native)) DestroyWindow(native);
+    EXPECT_EQ(events.ends, 1);
+    EXPECT_TRUE(system.unregisterClass(true).ok());
+}
+
+struct Subclassed {
+    TavraHandle camera = nullptr;
+    WNDPROC before = nullptr;
+    int destructions = 0;
+} subclassed;
+
+LRESULT CALLBACK destroyAgain(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_DESTROY) {
+        ++subclassed.destructions;
+        EXPECT_TRUE(Tavra_DestroyPreviewWindow(subclassed.camera));
+    }
+    return CallWindowProcW(subclassed.before, window, message, first, second);
+}
+
+TEST_F(PreviewOfUser, ApplicationMayDestroyItInsideOfItsDestruction) {
+    openMono();
+    create(30, 20);
+    forgetAll();
+    subclassed = {};
+    subclassed.camera = handle;
+    subclassed.before = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(destroyAgain)));
+    EXPECT_TRUE(Tavra_DestroyPreviewWindow(handle));
+    EXPECT_EQ(subclassed.destructions, 1);
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_EQ(expectMessage(45060), 0u);
+    expectNoMessage();
+    create(30, 20);
+}
+
+TEST_F(PreviewOfUser, AltAndF4CloseIt) {
+    openMono();
+    create(30, 20);
+    forgetAll();
+    SendMessageW(window, WM_SYSKEYDOWN, VK_F4, LPARAM{1} << 29);  // with Alt held
+    pump();
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_EQ(expectMessage(45060), 0u);
 }
 
 TEST_F(PreviewOfUser, WindowsOfTwoCamerasShareTheirClass) {
