@@ -285,6 +285,30 @@ TEST_F(Life, ExtremeSizesAndPlacesDoNoHarm) {
     ASSERT_TRUE(Tavra_StopTransfer(handle));
 }
 
+// Plain drawing shows nothing; the others refuse an image without pixels, and their window is gone.
+TEST_F(Life, ImageWithoutPixelsHasAWindowOfOnePixelOrNone) {
+    openCamera(1, 1, 0, 0);
+    for (const std::uint8_t mode : {0, 8, 1, 2, 3, 4}) {
+        SCOPED_TRACE(+mode);
+        ASSERT_TRUE(Tavra_SetDisplayMode(handle, mode));
+        const bool plain = mode == 0 || mode == 8;
+        EXPECT_EQ(createOnly(kVisible, nullptr, 0, 0), plain);
+        if (plain) {
+            std::uint32_t place[4] = {};
+            ASSERT_TRUE(Tavra_GetPreviewWindowSize(handle, &place[0], &place[1], &place[2], &place[3]));
+            EXPECT_EQ(place[2], 1u);
+            EXPECT_EQ(place[3], 1u);
+        } else {
+            // An invalid rectangle; of an overlay the last format that was tried in vain.
+            EXPECT_EQ(lastError(), mode % 2 == 1 ? 0x88760096u : 0x88760091u);
+            EXPECT_FALSE(record().preview.alive());
+            EXPECT_EQ(messagesUntil(45060).back(), 45060u);
+        }
+        ASSERT_TRUE(Tavra_DestroyPreviewWindow(handle));
+        forgetAll();
+    }
+}
+
 // 4 gigabytes of pixels, of which the screen has half a million.
 TEST_F(Life, WindowLargerThanAnyScreenShowsWhatIsOnIt) {
     openMono(6, 4);
