@@ -196,6 +196,8 @@ std::uint8_t* DrawingMemory::take(std::size_t bytes) {
     return bytes_.get();
 }
 
+// There is a context only if cairo is complete. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
+
 struct MemoryContext::Native {
     DrawingMemory own;
     DrawingMemory* memory = nullptr;  // that is drawn in
@@ -232,8 +234,6 @@ MemoryContext::MemoryContext(Bitmap& bitmap, DrawingMemory* memory)
     : bitmap_(bitmap), native_(std::make_unique<Native>()) {
     native_->memory = memory != nullptr ? memory : &native_->own;
 }
-
-// There is a context only if cairo is complete. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
 
 TavraDC MemoryContext::dc() {
     if (native_->context == nullptr) native_->make(bitmap_);
