@@ -39,14 +39,27 @@ std::string narrow(const std::u16string& text) {
     return platform::toNarrow(text);
 }
 
-// Lines and clocks of the shutter do not count beside the exposure clock, which leaves all as it is where the
-// file does not have it.
+// Of one group: what the camera has, and what it would be given.
+struct GroupValues {
+    std::vector<std::uint32_t> present, wanted;
+};
+
+bool readValues(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
+                GroupValues& values) {
+    values.present.assign(camera.size(group), 0);
+    if (!group.access.get(camera.camera(), values.present)) return false;
+    values.wanted = values.present;
+    if (group.defaults != nullptr && !beginGroup(camera, group, values.wanted)) return false;
+    readGroup(camera, group, text, values.wanted);
+    return true;
+}
+
+// Lines and clocks of the shutter do not count beside the exposure clock. What the file does not have stays.
 void applyShutterRule(GroupValues& values) {
-    if (values.wanted[2] == access::kNoExposureClock) {
-        values.wanted[2] = values.present[2];
-    } else {
-        values.wanted[0] = values.present[0];
-        values.wanted[1] = values.present[1];
+    const bool hasClock = values.wanted[2] != kNoValue;
+    for (std::size_t i = 0; i < values.wanted.size(); ++i) {
+        const bool counts = values.wanted[i] != kNoValue && (i == 2) == hasClock;
+        if (!counts) values.wanted[i] = values.present[i];
     }
 }
 
@@ -112,7 +125,7 @@ std::vector<SettingChange> settingChanges(const Camera& camera, const std::strin
     for (const Group& group : settingWalk()) {
         if (!walker.has(group)) continue;
         GroupValues values;
-        camera.check(readGroup(walker, group, text, values) ? 1 : 0,
+        camera.check(readValues(walker, group, text, values) ? 1 : 0,
                      std::string("cannot read the settings of ") + group.section);
         keepWhatCounts(group, values);
         addChanges(walker, group, values, changes);

@@ -58,19 +58,29 @@ struct Numbers {
         for (const Field& field : fields) place.values.addNumber(field.name, values[field.argument]);
         return true;
     }
+    // The camera is asked only for what a setting that is not complete leaves open.
     static bool load(const Place& place) {
         Values values{};
-        const bool allHaveDefaults =
-            std::ranges::all_of(fields, [](const Field& field) { return field.missing.has_value(); });
-        if (!allHaveDefaults && !access.get(place.camera, values)) return false;
-        for (const Field& field : fields) {
-            std::uint32_t& value = values[field.argument];
-            value = field.missing.value_or(value);
-            place.values.getNumber(field.name, value);
+        if (!fill(place, values)) {
+            if (!access.get(place.camera, values)) return false;
+            fill(place, values);
         }
         return access.set(place.camera, values);
     }
     static constexpr Step step{save, load};
+
+  private:
+    // False: a value has neither been stored nor a default.
+    static bool fill(const Place& place, Values& values) {
+        bool complete = true;
+        for (const Field& field : fields) {
+            std::uint32_t& value = values[field.argument];
+            value = field.missing.value_or(value);
+            const bool stored = place.values.getNumber(field.name, value);
+            complete = complete && (stored || field.missing.has_value());
+        }
+        return complete;
+    }
 };
 
 constexpr Field kAlcMode[] = {{u"ALC Mode", 0}};

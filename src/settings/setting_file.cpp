@@ -41,20 +41,29 @@ void read(const WalkCamera& camera, const Group& group, const std::u16string& se
     });
 }
 
+bool loadGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text) {
+    std::vector<std::uint32_t> values;
+    if (!beginGroup(camera, group, values)) return false;
+    readGroup(camera, group, text, values);
+    return group.access.set(camera.camera(), values);
+}
+
 }  // namespace
 
-bool readGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
-               GroupValues& values) {
-    values.present.assign(camera.size(group), 0);
-    if (!group.access.get(camera.camera(), values.present)) return false;
-    values.wanted = values.present;
-    if (group.defaults != nullptr) group.defaults(values.wanted);
-    const std::vector<std::uint32_t> defaults = values.wanted;
-    read(camera, group, sectionName(camera, group.section), text, values.wanted);
-    if (group.secondSection != nullptr && values.wanted == defaults) {
-        read(camera, group, sectionName(camera, group.secondSection), text, values.wanted);
-    }
+bool beginGroup(const WalkCamera& camera, const Group& group, std::vector<std::uint32_t>& values) {
+    values.assign(camera.size(group), 0);
+    if (group.defaults == nullptr) return group.access.get(camera.camera(), values);
+    group.defaults(values);
     return true;
+}
+
+void readGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
+               std::vector<std::uint32_t>& values) {
+    const std::vector<std::uint32_t> defaults = values;
+    read(camera, group, sectionName(camera, group.section), text, values);
+    if (group.secondSection != nullptr && values == defaults) {
+        read(camera, group, sectionName(camera, group.secondSection), text, values);
+    }
 }
 
 bool saveSettingFile(ISettingCamera& camera, const std::u16string& name) {
@@ -74,9 +83,7 @@ bool loadSettingFile(ISettingCamera& camera, const std::u16string& name) {
     if (!done(camera, platform::readProfile(name, text))) return false;
     const WalkCamera walker(camera);
     for (const Group& group : settingWalk()) {
-        if (!walker.has(group)) continue;
-        GroupValues values;
-        if (!readGroup(walker, group, text, values) || !group.access.set(camera, values.wanted)) return false;
+        if (walker.has(group) && !loadGroup(walker, group, text)) return false;
     }
     return true;
 }

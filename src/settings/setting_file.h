@@ -23,12 +23,11 @@ bool saveSettingFile(ISettingCamera& camera, const std::u16string& name);
 // stays.
 bool loadSettingFile(ISettingCamera& camera, const std::u16string& name);
 
-// The values that a load of the text gives to a group that the camera has. False: a getter failed.
-struct GroupValues {
-    std::vector<std::uint32_t> present, wanted;
-};
-bool readGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
-               GroupValues& values);
+// What a load of the text begins with for a group that the camera has, and then puts the text's values over.
+// False: a getter failed.
+bool beginGroup(const WalkCamera& camera, const Group& group, std::vector<std::uint32_t>& values);
+void readGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text,
+               std::vector<std::uint32_t>& values);
 
 // Sets the defaults. Ends at the first setter that fails.
 bool resetSettings(ISettingCamera& camera);

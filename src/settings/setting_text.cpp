@@ -38,6 +38,11 @@ std::uint32_t digits(std::u16string_view text, std::uint32_t present) {
     return value;
 }
 
+std::uint32_t wordDigits(std::u16string_view text, std::uint32_t present) {
+    const std::uint32_t value = digits(text, kNoValue);
+    return value != kNoValue ? value & kWordMask : present;
+}
+
 std::uint32_t byteDigits(std::u16string_view text, std::uint32_t present) {
     std::uint8_t value = 0;
     for (const char16_t unit : text) {
@@ -101,7 +106,7 @@ std::uint32_t valueOf(Form form, std::u16string_view text, std::uint32_t present
         case Form::Position: return position(text, present);
         case Form::Signed16: return signed16(text, present);
         case Form::Word:
-        case Form::UnsignedWord: return digits(text, present) & kWordMask;
+        case Form::UnsignedWord: return wordDigits(text, present);
         case Form::ProfileNumber: return platform::profileNumber(text);
         case Form::ProfileWord: return platform::profileNumber(text) & kWordMask;
         default: return digits(text, present);

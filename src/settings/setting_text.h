@@ -21,6 +21,10 @@ enum class Form : std::uint8_t {
     ProfileWord,    // the same, of which the low 16 bits count
 };
 
+// Of a key that a file does not have, or not as a number of digits: these never give it, because a number
+// with bit 31 set does not come back from a file.
+inline constexpr std::uint32_t kNoValue = 0xFFFFFFFF;
+
 std::u16string textOf(Form form, std::uint32_t value);
 
 // The value that a text stands for, or `present` for a text that is none in this form.

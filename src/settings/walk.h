@@ -75,7 +75,8 @@ struct Group {
     std::span<const Block> blocks;
     Condition condition;
     const Access& access;
-    // Where the default of a load is not the camera's present value.
+    // What a load begins with where that is not what the camera has: it is not asked then. A value that stays
+    // kNoValue is left to the group's access.
     void (*defaults)(std::span<std::uint32_t> values) = nullptr;
     // Looked at when the section has nothing new; null: nowhere.
     const char* secondSection = nullptr;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/error_codes.h"
+#include "settings/setting_text.h"
 #include "tavra/tavra_api.h"
 
 namespace tavra::access {
@@ -148,13 +149,16 @@ bool getShutter(ISettingCamera& camera, Values values) {
     return Tavra_GetExposureClock(camera.handle(), &values[2]) != 0;
 }
 
-// The exposure clock if there is one, else line and clock if they are others than the present ones.
+// The exposure clock if there is one; else line and clock, if they are others than the present ones, which
+// stand for those that there are not. The camera is asked for them only then.
 bool setShutter(ISettingCamera& camera, GivenValues values) {
-    if (values[2] < kNoExposureClock) return Tavra_SetExposureClock(camera.handle(), values[2]) != 0;
+    if (values[2] != kNoValue) return Tavra_SetExposureClock(camera.handle(), values[2]) != 0;
     std::uint16_t line = 0, clock = 0;
     if (Tavra_GetShutterSpeed(camera.handle(), &line, &clock) == 0) return false;
-    if (line == values[0] && clock == values[1]) return true;
-    return Tavra_SetShutterSpeed(camera.handle(), word(values[0]), word(values[1])) != 0;
+    const std::uint16_t wantedLine = values[0] != kNoValue ? word(values[0]) : line;
+    const std::uint16_t wantedClock = values[1] != kNoValue ? word(values[1]) : clock;
+    if (line == wantedLine && clock == wantedClock) return true;
+    return Tavra_SetShutterSpeed(camera.handle(), wantedLine, wantedClock) != 0;
 }
 
 // Keys: longest line and clock, shortest line and clock. The functions have the shortest first.

@@ -55,7 +55,4 @@ bool hasFunction(ISettingCamera& camera, std::uint32_t function);
 constexpr std::uint32_t kVBlankFunction = 21;       // capability word 1 bit 5
 constexpr std::uint32_t kCameraGammaFunction = 57;  // capability word 3 bit 9
 
-// "ExposureClock" of a file that does not have it.
-constexpr std::uint32_t kNoExposureClock = 0xFFFFFFFF;
-
 }  // namespace tavra::access

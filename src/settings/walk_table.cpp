@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "settings/walk.h"
@@ -259,8 +260,8 @@ constexpr Access kAdjustment = direct<Tavra_GetAdjustmentMode, Tavra_SetAdjustme
 
 // --- defaults of a load that are not the present value ---
 
-void noExposureClock(std::span<std::uint32_t> values) {
-    values[2] = access::kNoExposureClock;
+void noExposure(std::span<std::uint32_t> values) {
+    std::ranges::fill(values, kNoValue);
 }
 void displayModeOff(std::span<std::uint32_t> values) {
     values[0] = 0;
@@ -279,7 +280,7 @@ constexpr Group kWalk[] = {
     {"GainShutter", kBrightnessBlocks, Always, kBrightness},
     {"GainShutter", kDigitalGainBlocks, NotLegacy, kDigitalGain},
     {"GainShutter", kGainBlocks, GainByItself, kGain},
-    {"GainShutter", kShutterBlocks, Always, access::kShutter, noExposureClock},
+    {"GainShutter", kShutterBlocks, Always, access::kShutter, noExposure},
     {"GainShutter", kShutterRangeBlocks, Always, access::kShutterControlRange},
     {"GainShutter", kGainRangeBlocks, Always, kGainRange},
     {"GainShutter", kAreaBlocks, Always, access::kControlArea},
