@@ -33,8 +33,9 @@ bool resetClock(TavraHandle handle) {
 }
 
 bool resetPreviewSizes(ISettingCamera& camera, std::uint32_t width, std::uint32_t height) {
-    if (camera.hasPreviewWindow() && !give(camera, access::kPreviewWindowSize, {width, height, 0, 0})) {
-        return false;
+    if (camera.hasPreviewWindow() && !give(camera, access::kPreviewWindowSize, {width, height, 0, 0}) &&
+        camera.hasPreviewWindow()) {
+        return false;  // one that was closed meanwhile has no size
     }
     return give(camera, access::kPreviewMaskSize, {width, height, 0, 0}) &&
            give(camera, access::kPreviewDestSize, {width, height, 0, 0});

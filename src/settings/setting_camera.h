@@ -1,7 +1,7 @@
 // What settings ask of a camera beyond the functions of the public interface.
 //
 // The camera is stopped, its stream does not start meanwhile, and all calls come from the thread that saves,
-// loads or resets.
+// loads or resets. Its window can be closed at any moment, by the user or by another thread.
 #pragma once
 
 #include <cstdint>

@@ -19,9 +19,15 @@ struct Entry {
     std::u16string section, key, value;
 };
 
+// Whether a function of the group has failed because the window that it is about was closed meanwhile. Then
+// there is none, and nothing of it to save or to load.
+bool isGone(const WalkCamera& camera, const Group& group) {
+    return group.condition == Condition::PreviewWindow && !camera.has(group);
+}
+
 bool collect(const WalkCamera& camera, const Group& group, std::vector<Entry>& entries) {
     std::vector<std::uint32_t> values(camera.size(group));
-    if (!group.access.get(camera.camera(), values)) return false;
+    if (!group.access.get(camera.camera(), values)) return isGone(camera, group);
     const std::u16string section = sectionName(camera, group.section);
     std::size_t at = 0;
     forEachKey(camera, group, [&](const Key& key, std::uint32_t index) {
@@ -43,9 +49,9 @@ void read(const WalkCamera& camera, const Group& group, const std::u16string& se
 
 bool loadGroup(const WalkCamera& camera, const Group& group, platform::ProfileText& text) {
     std::vector<std::uint32_t> values;
-    if (!beginGroup(camera, group, values)) return false;
+    if (!beginGroup(camera, group, values)) return isGone(camera, group);
     readGroup(camera, group, text, values);
-    return group.access.set(camera.camera(), values);
+    return group.access.set(camera.camera(), values) || isGone(camera, group);
 }
 
 }  // namespace

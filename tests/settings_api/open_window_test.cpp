@@ -1,7 +1,13 @@
 // Settings while a preview window is open, on an X server that nobody sees.
+#include <functional>
+#include <optional>
+#include <thread>
+
 #include "display_x11/preview_on_screen.h"
 #include "platform/profile_file.h"
+#include "settings/setting_file.h"
 #include "settings_api/camera_state.h"
+#include "settings_api/setting_camera_wrapper.h"
 #include "support/temp_folder.h"
 
 namespace tavra::test {
@@ -26,6 +32,11 @@ class OpenWindow : public PreviewOnScreen {
         return mode;
     }
     std::u16string file() const { return wideName(folder_ / "settings.ini"); }
+    void reopen() {
+        ASSERT_TRUE(
+            Tavra_CreatePreviewWindowA(handle, "Preview", kVisible, 0, 0, 40, 30, nullptr, nullptr, 1))
+            << lastError();
+    }
 
     const TempFolder folder_;
 };
@@ -72,6 +83,46 @@ TEST_F(OpenWindow, AResetGivesItTheSizeOfTheImageUnlessSizesAreLeftOut) {
     ASSERT_TRUE(Tavra_ResetSetting(handle)) << lastError();
     EXPECT_EQ(place()[2], 1u);
     EXPECT_EQ(place()[3], 1u);
+}
+
+// By the user, or by another thread. What else is set on the camera must not be lost for it.
+TEST_F(OpenWindow, ItCanBeClosedAtAnyMomentOfACall) {
+    const std::function<bool(ISettingCamera&)> calls[] = {
+        [&](ISettingCamera& camera) { return saveSettingFile(camera, file()); },
+        [&](ISettingCamera& camera) { return loadSettingFile(camera, file()); },
+        [&](ISettingCamera& camera) { return resetSettings(camera); }};
+    for (std::size_t i = 0; i < std::size(calls); ++i) {
+        // So many uses of the camera behind the first look for the window: its size is among them.
+        for (int moment = 0; moment < 4; ++moment) {
+            std::optional<int> left;
+            int closings = 0;
+            const auto close = [&] {
+                if (left && (*left)-- == 0) closings += Tavra_DestroyPreviewWindow(handle) != 0 ? 1 : 0;
+            };
+            const auto begin = [&] {
+                if (!left) left = moment;
+            };
+            SettingCameraWrapper camera(record(), close, begin);
+            EXPECT_TRUE(calls[i](camera)) << i << ", " << moment << ": " << lastError();
+            EXPECT_EQ(closings, 1) << i << ", " << moment;
+            reopen();
+        }
+    }
+}
+
+TEST_F(OpenWindow, ItCanBeClosedByAnotherThreadDuringACall) {
+    for (int round = 0; round < 3; ++round) {
+        for (const auto call : {Tavra_SaveSettingFileW, Tavra_LoadSettingFileW}) {
+            std::thread closing([this] { EXPECT_TRUE(Tavra_DestroyPreviewWindow(handle)); });
+            EXPECT_TRUE(call(handle, file().c_str())) << lastError();
+            closing.join();
+            reopen();
+        }
+        std::thread closing([this] { EXPECT_TRUE(Tavra_DestroyPreviewWindow(handle)); });
+        EXPECT_TRUE(Tavra_ResetSetting(handle)) << lastError();
+        closing.join();
+        reopen();
+    }
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 #include "settings/registry_setting.h"
-#include "api/setting_camera.h"
 #include "camera_api/camera_fixture.h"
 #include "settings/reg_key.h"
 #include "settings/setting_file.h"
 #include "settings_api/camera_state.h"
+#include "settings_api/setting_camera_wrapper.h"
 #include "support/temp_folder.h"
 #include "support/user_tree.h"
 
@@ -429,59 +429,28 @@ TEST_F(RegistrySetting, TextNeedsAKeyAndAFile) {
 }
 
 #if !defined(_WIN32)
-// Looks, each time that something is asked of the camera, whether others can get at what settings are kept
-// in.
-class WatchedCamera final : public ISettingCamera {
-  public:
-    WatchedCamera(TAVRA_COMMON_PARAM& record, std::u16string file)
-        : camera_(record), file_(std::move(file)) {}
-
-    TavraHandle handle() const override {
-        look();
-        return camera_.handle();
-    }
-    void noteFailure(Status status) override { camera_.noteFailure(status); }
-    bool legacy() const override { return camera_.legacy(); }
-    std::uint32_t fileMode() const override { return camera_.fileMode(); }
-    bool hasPreviewWindow() const override { return camera_.hasPreviewWindow(); }
-    Status storeRotation(std::uint8_t mode) override {
-        look();
-        return camera_.storeRotation(mode);
-    }
-    Status resetExposure() override { return camera_.resetExposure(); }
-    void resetStatistics() override { camera_.resetStatistics(); }
-    void resetWhiteBalance() override { camera_.resetWhiteBalance(); }
-
-    int looks() const { return looks_; }
-
-  private:
-    void look() const {
-        constexpr int kEvery = 8;  // each look takes its time on a disk
-        if (looks_++ % kEvery != 0) return;
-        CwRegKey key(u"SOFTWARE\\Somebody\\Else", Access::All, true);
-        EXPECT_EQ(key.WriteDword(u"Value", 1), 0u) << looks_;
-        EXPECT_EQ(key.Close(), 0u) << looks_;
-        EXPECT_TRUE(platform::FileUpdateLock(file_).status().ok()) << looks_;
-    }
-
-    api::SettingCamera camera_;
-    std::u16string file_;
-    mutable int looks_ = 0;
-};
-
 // A camera can take seconds. Other programs must not wait for it.
 TEST_F(RegistrySetting, NothingIsHeldWhileTheCameraIsAtWork) {
     const TempFolder folder;
     const std::u16string file = wideName(folder / "settings.ini");
     open();
     WaitClockDouble clock;
-    WatchedCamera camera(record(), file);
+    int looks = 0;
+    // Whether others can get at what settings are kept in.
+    SettingCameraWrapper camera(record(), [&] {
+        constexpr int kEvery = 8;  // each look takes its time on a disk
+        if (looks++ % kEvery != 0) return;
+        CwRegKey key(u"SOFTWARE\\Somebody\\Else", Access::All, true);
+        EXPECT_EQ(key.WriteDword(u"Value", 1), 0u) << looks;
+        EXPECT_EQ(key.Close(), 0u) << looks;
+        EXPECT_TRUE(platform::FileUpdateLock(file).status().ok()) << looks;
+    });
     EXPECT_TRUE(saveRegistrySetting(camera, u"day"));
     EXPECT_TRUE(loadRegistrySetting(camera, u"day"));
     EXPECT_TRUE(loadRegistrySetting(camera, u"new"));
     EXPECT_TRUE(saveSettingFile(camera, file));
     EXPECT_TRUE(loadSettingFile(camera, file));
-    EXPECT_GT(camera.looks(), 200);
+    EXPECT_GT(looks, 200);
     EXPECT_EQ(clock.waited(), 0);
 }
 

@@ -27,7 +27,8 @@ extern "C" {
  *
  *  The camera is read first. The file is then read once and replaced whole: a crash at any moment, or a
  *  failure, leaves the old one. Several processes that save to one file at the same moment come one behind
- *  the other; all their sections are in it afterwards.
+ *  the other; all their sections are in it afterwards. A preview window that is closed meanwhile counts as
+ *  none, here as in a load and a reset.
  *
  *  \param handle camera
  *  \param fileName name in UTF-16
