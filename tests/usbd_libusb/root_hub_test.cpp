@@ -9,9 +9,11 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 
+#include "support/killed_at_system_call.h"
 #include "tavra/tavra_api.h"
 
 namespace tavra::test {
@@ -40,13 +42,23 @@ class MockRootHubs : public testing::Test {
         char* const device = umockdev_testbed_add_device(testbed_, "usb", name, nullptr, "speed", speed,
                                                          nullptr, "DEVTYPE", "usb_device", nullptr);
         ASSERT_NE(device, nullptr);
-        char* const root = umockdev_testbed_get_root_dir(testbed_);
-        const std::string file = std::string(root) + device + "/authorized";
-        g_free(root);
         g_free(device);
+        const std::string file = attributeOf(name);
         ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
         pipes_[name] = open(file.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     }
+    std::string attributeOf(const std::string& hub) {
+        char* const root = umockdev_testbed_get_root_dir(testbed_);
+        const std::string file = std::string(root) + "/sys/devices/" + hub + "/authorized";
+        g_free(root);
+        return file;
+    }
+    // In the place of the pipe, a file that keeps what it is told.
+    void setState(const std::string& hub, char state) {
+        std::filesystem::remove(attributeOf(hub));
+        std::ofstream(attributeOf(hub)) << state;
+    }
+    char stateOf(const std::string& hub) { return static_cast<char>(std::ifstream(attributeOf(hub)).get()); }
     // All that was written since the last look.
     std::string told(const std::string& name) {
         std::array<char, 16> text;
@@ -68,13 +80,27 @@ TEST_F(MockRootHubs, AreRestartedFromHighSpeedOn) {
 }
 
 TEST_F(MockRootHubs, OneThatCannotBeRestartedIsTold) {
-    char* const root = umockdev_testbed_get_root_dir(testbed_);
-    std::filesystem::remove(std::string(root) + "/sys/devices/usb2/authorized");
-    g_free(root);
+    std::filesystem::remove(attributeOf("usb2"));
     EXPECT_EQ(Tavra_ResetRootHub(), 0u);
     EXPECT_EQ(Tavra_GetLastError(nullptr), 2u);
     EXPECT_EQ(told("usb1"), "01");
     EXPECT_EQ(told("usb4"), "01");
+}
+
+// The notes of what a restart has off lie where root alone may put them.
+TEST_F(MockRootHubs, OneThatAKilledRestartLeftOffComesOnAgain) {
+    if (::access("/run", W_OK) != 0) GTEST_SKIP() << "no right to write to /run";
+    setState("usb1", '1');
+    setState("usb2", '1');
+    setState("usb4", '0');
+    int stops = 1;
+    while (!endsWithin(stops, [] { return Tavra_ResetRootHub() == 1; }) && stateOf("usb2") == '1') ++stops;
+    ASSERT_EQ(stateOf("usb2"), '0');
+    EXPECT_EQ(Tavra_ResetRootHub(), 1u);
+    EXPECT_EQ(stateOf("usb1"), '1');
+    EXPECT_EQ(stateOf("usb2"), '1');
+    EXPECT_EQ(stateOf("usb4"), '0') << "the administrator's";
+    EXPECT_FALSE(std::filesystem::exists("/run/tavra-root-hubs"));
 }
 
 #if defined(TAVRA_COMMAND)

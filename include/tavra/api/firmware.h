@@ -38,7 +38,8 @@ TAVRA_API TavraHandle Tavra_OpenFW(uint32_t userId, uint32_t* count);
  *
  *  All devices on these hubs are lost for a moment, open cameras among them: their streams end with
  *  TAVRA_ERROR_DEVICE_GONE. It blocks for as long as the system takes, and needs the right to do this to the
- *  system: on Linux that of root.
+ *  system: on Linux that of root. There a hub that is not authorised stays so, unless an earlier reset left
+ * it.
  *
  *  \return 1, also if there is no such hub; 0 on failure. On Windows a hub that refuses is no failure
  *  \errors the operating system's code, in the global last error; 5 without the right

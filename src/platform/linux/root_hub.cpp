@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,7 +22,6 @@
 namespace tavra::platform {
 namespace {
 
-constexpr const char* kDevicesFolder = "/sys/bus/usb/devices";
 constexpr unsigned kHighSpeed = 480;  // Mbit/s
 constexpr int kMostAttempts = 5;      // to switch a hub on again
 constexpr std::chrono::milliseconds kBetweenAttempts{20};
@@ -80,19 +80,48 @@ Status listBuses(const std::string& devicesFolder, std::vector<unsigned>& buses)
     return Status();
 }
 
-// Deauthorised, the hub gives up everything on it; authorised again, it looks for its devices anew.
+// That a hub is off for a restart, and for nothing else. Where no note can be made there is none to be found
+// later: the hub is restarted all the same.
+class OffNote {
+  public:
+    OffNote(const std::string& folder, const std::string& hub) : folder_(folder), name_(folder + "/" + hub) {}
+
+    bool exists() const { return ::access(name_.c_str(), F_OK) == 0; }
+    void make() const {
+        ::mkdir(folder_.c_str(), 0755);
+        const int file = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644);
+        if (file >= 0) ::close(file);
+    }
+    void remove() const {
+        ::unlink(name_.c_str());
+        ::rmdir(folder_.c_str());  // unless another hub has its note in it
+    }
+
+  private:
+    std::string folder_, name_;
+};
+
 // One that stayed off would take its keyboard and its disk with it until somebody pulls the plug.
-Status restart(const std::string& hub, const WriteAttribute& write) {
-    const std::string attribute = hub + "/authorized";
-    // The administrator wants it off. Reading must not wait for anybody.
-    if (Attribute(attribute, O_RDONLY | O_NONBLOCK).isOff()) return Status();
-    TAVRA_RETURN_IF_ERROR(write(attribute, '0'));
+Status switchOn(const std::string& attribute, const WriteAttribute& write) {
     Status on = write(attribute, '1');
     for (int i = 1; i < kMostAttempts && !on.ok(); ++i) {
         std::this_thread::sleep_for(kBetweenAttempts);
         on = write(attribute, '1');
     }
     return on;
+}
+
+// Deauthorised, the hub gives up everything on it; authorised again, it looks for its devices anew.
+Status restart(const std::string& attribute, const OffNote& note, const WriteAttribute& write) {
+    // Reading must not wait for anybody.
+    const bool isOff = Attribute(attribute, O_RDONLY | O_NONBLOCK).isOff();
+    if (isOff && !note.exists()) return Status();  // the administrator wants it off
+    note.make();
+    Status done = isOff ? Status() : write(attribute, '0');
+    const bool wasOff = done.ok();
+    if (wasOff) done = switchOn(attribute, write);
+    if (done.ok() || !wasOff) note.remove();
+    return done;
 }
 
 }  // namespace
@@ -102,20 +131,22 @@ Status writeAttribute(const std::string& name, char digit) {
     return attribute.write(digit) ? Status() : failWith(errorFromErrno(errno));
 }
 
-Status resetHighSpeedRootHubs(const std::string& devicesFolder, const WriteAttribute& write) {
+Status resetHighSpeedRootHubs(const RootHubFolders& folders, const WriteAttribute& write) {
     std::vector<unsigned> buses;
-    TAVRA_RETURN_IF_ERROR(listBuses(devicesFolder, buses));
+    TAVRA_RETURN_IF_ERROR(listBuses(folders.devices, buses));
     Status result;
     for (const unsigned bus : buses) {
-        const std::string hub = devicesFolder + "/usb" + std::to_string(bus);
+        const std::string name = "usb" + std::to_string(bus);
+        const std::string hub = folders.devices + "/" + name;
         if (Attribute(hub + "/speed", O_RDONLY).number() < kHighSpeed) continue;
-        if (const Status restarted = restart(hub, write); !restarted.ok()) result = restarted;
+        const Status restarted = restart(hub + "/authorized", OffNote(folders.notes, name), write);
+        if (!restarted.ok()) result = restarted;
     }
     return result;
 }
 
 Status resetHighSpeedRootHubs() {
-    return resetHighSpeedRootHubs(kDevicesFolder);
+    return resetHighSpeedRootHubs(RootHubFolders());
 }
 
 }  // namespace tavra::platform

@@ -13,6 +13,7 @@
 #include <map>
 #include <string>
 
+#include "support/killed_at_system_call.h"
 #include "support/temp_folder.h"
 
 namespace tavra::platform {
@@ -44,9 +45,19 @@ class RootHubs : public testing::Test {
         const ssize_t got = read(pipes.at(name), text.data(), text.size());
         return got > 0 ? std::string(text.data(), static_cast<std::size_t>(got)) : std::string();
     }
-    std::uint32_t reset() { return resetHighSpeedRootHubs(folder.path().string()).code(); }
+    // One whose attribute is a file, as it is on a machine: it keeps what it is told.
+    void addHubInState(const std::string& name, char state) {
+        addDevice(name, "480\n");
+        std::ofstream(folder / name / "authorized") << state;
+    }
+    char stateOf(const std::string& name) const {
+        const std::vector<std::uint8_t> text = test::readFile(folder / name / "authorized");
+        return text.empty() ? '?' : static_cast<char>(text[0]);
+    }
+    RootHubFolders folders() const { return {folder.path().string(), (notes / "hubs").string()}; }
+    std::uint32_t reset() const { return resetHighSpeedRootHubs(folders()).code(); }
 
-    test::TempFolder folder;
+    test::TempFolder folder, notes;
     std::map<std::string, int> pipes;
 };
 
@@ -70,17 +81,15 @@ TEST_F(RootHubs, ThoseOfHighSpeedAndAboveAreSwitchedOffAndOnAgain) {
 }
 
 TEST_F(RootHubs, OneThatTheAdministratorSwitchedOffStaysOff) {
-    for (const auto& [name, state] : {std::pair{"usb1", "0\n"}, {"usb2", "1\n"}}) {
-        addDevice(name, "480\n");
-        std::ofstream(folder / name / "authorized") << state;
-    }
+    addHubInState("usb1", '0');
+    addHubInState("usb2", '1');
     std::string written;
     const auto note = [&](const std::string& name, char digit) {
         written += name[name.find("/usb") + 4];
         written += digit;
         return Status();
     };
-    EXPECT_TRUE(resetHighSpeedRootHubs(folder.path().string(), note).ok());
+    EXPECT_TRUE(resetHighSpeedRootHubs(folders(), note).ok());
     EXPECT_EQ(written, "2021") << "a hub and what it was told";
 }
 
@@ -94,12 +103,13 @@ TEST_F(RootHubs, WhatIsNoRootHubIsLeftAlone) {
 
 TEST_F(RootHubs, AMachineWithoutAnyIsNoFailure) {
     EXPECT_EQ(reset(), 0u);
-    EXPECT_EQ(resetHighSpeedRootHubs((folder / "nowhere").string()).code(), 0u);
+    EXPECT_EQ(resetHighSpeedRootHubs({(folder / "nowhere").string(), folders().notes}).code(), 0u);
+    EXPECT_TRUE(notes.isEmpty());
 }
 
 TEST_F(RootHubs, AFolderThatIsNoneIsAFailure) {
     std::ofstream(folder / "file") << "x";
-    EXPECT_EQ(resetHighSpeedRootHubs((folder / "file").string()).code(), 3u);
+    EXPECT_EQ(resetHighSpeedRootHubs({(folder / "file").string(), folders().notes}).code(), 3u);
 }
 
 TEST_F(RootHubs, AHubThatFailsDoesNotSpareTheOthers) {
@@ -118,7 +128,7 @@ TEST_F(RootHubs, OneThatDoesNotComeOnAgainIsToldSoAgain) {
     int failures = 0;
     const auto resetFailing = [&](int most) {
         failures = 0;
-        return resetHighSpeedRootHubs(folder.path().string(),
+        return resetHighSpeedRootHubs(folders(),
                                       [&](const std::string& name, char digit) {
                                           const bool fails = name.ends_with("usb1/authorized") &&
                                                              digit == '1' && failures < most;
@@ -139,7 +149,7 @@ TEST_F(RootHubs, OneThatDoesNotComeOnAgainIsToldSoAgain) {
 TEST_F(RootHubs, OneThatCannotBeSwitchedOffIsNotToldMore) {
     addHub("usb1", "480\n");
     std::string written;
-    EXPECT_EQ(resetHighSpeedRootHubs(folder.path().string(),
+    EXPECT_EQ(resetHighSpeedRootHubs(folders(),
                                      [&](const std::string&, char digit) {
                                          written += digit;
                                          return Status(31);
@@ -149,17 +159,64 @@ TEST_F(RootHubs, OneThatCannotBeSwitchedOffIsNotToldMore) {
     EXPECT_EQ(written, "0");
 }
 
+// It is off because of a restart, and not because somebody wants it off.
+TEST_F(RootHubs, OneThatARestartLeftOffIsSwitchedOnByTheNext) {
+    addHubInState("usb1", '1');
+    addHubInState("usb2", '0');
+    addHubInState("usb3", '1');
+    const auto failing = [](const std::string& name, char digit) {
+        const bool fails = name.ends_with("usb1/authorized") && digit == '1';
+        return fails ? Status(31) : writeAttribute(name, digit);
+    };
+    EXPECT_EQ(resetHighSpeedRootHubs(folders(), failing).code(), 31u);
+    EXPECT_EQ(stateOf("usb1"), '0');
+    EXPECT_EQ(stateOf("usb3"), '1');
+    EXPECT_EQ(resetHighSpeedRootHubs(folders(), failing).code(), 31u) << "still so";
+    EXPECT_EQ(reset(), 0u);
+    EXPECT_EQ(stateOf("usb1"), '1');
+    EXPECT_EQ(stateOf("usb2"), '0') << "the administrator's";
+    EXPECT_TRUE(notes.isEmpty());
+    std::ofstream(folder / "usb1" / "authorized") << '0';
+    EXPECT_EQ(reset(), 0u);
+    EXPECT_EQ(stateOf("usb1"), '0') << "the administrator's by now";
+}
+
+// Whoever breaks the command off may have broken off their keyboard.
+TEST_F(RootHubs, OneThatAKilledRestartLeftOffIsSwitchedOnByTheNext) {
+    addHubInState("usb1", '1');
+    addHubInState("usb2", '0');
+    int leftOff = 0;
+    for (int stops = 1;; ++stops) {
+        const bool ended = test::endsWithin(stops, [&] { return reset() == 0; });
+        leftOff += stateOf("usb1") == '0' ? 1 : 0;
+        ASSERT_EQ(reset(), 0u);
+        ASSERT_EQ(stateOf("usb1"), '1') << "killed after " << stops << " stops";
+        ASSERT_EQ(stateOf("usb2"), '0');
+        ASSERT_TRUE(notes.isEmpty());
+        if (ended || HasFailure()) break;
+    }
+    EXPECT_GT(leftOff, 2);  // among them the closing behind the write, and the opening ahead of the next
+}
+
+TEST_F(RootHubs, WithoutAPlaceForNotesTheyAreRestartedAllTheSame) {
+    addHub("usb1", "480\n");
+    EXPECT_EQ(
+        resetHighSpeedRootHubs({folder.path().string(), (folder / "no" / "such" / "place").string()}).code(),
+        0u);
+    EXPECT_EQ(told("usb1"), "01");
+}
+
 // Rights of files do not bind root, so this thread looks at them as nobody.
 TEST_F(RootHubs, WithoutTheRightItFailsWith5AndTouchesNothing) {
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
-    addDevice("usb1", "480\n");
-    std::ofstream(folder / "usb1" / "authorized") << "1";
+    addHubInState("usb1", '1');
     std::filesystem::permissions(folder / "usb1" / "authorized", std::filesystem::perms(0444));
     const int owner = setfsuid(65534);
     const std::uint32_t code = reset();
     setfsuid(static_cast<uid_t>(owner));
     EXPECT_EQ(code, 5u);
-    EXPECT_EQ(test::readFile(folder / "usb1" / "authorized"), (std::vector<std::uint8_t>{'1'}));
+    EXPECT_EQ(stateOf("usb1"), '1');
+    EXPECT_TRUE(notes.isEmpty());
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "platform/whole_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -10,6 +9,7 @@
 #include <csignal>
 
 #include "platform/profile_file.h"
+#include "support/killed_at_system_call.h"
 #include "support/temp_folder.h"
 #include "support/wait_clock_double.h"
 
@@ -27,34 +27,6 @@ const Bytes kNew(70000, 'n');
 
 constexpr int kReplaced = 42;  // exit code of a process that got to its end
 
-// What a process that replaces the file with kNew does, in the process itself.
-[[noreturn]] void replaceTraced(const std::u16string& name) {
-    ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-    ::raise(SIGSTOP);
-    ::_exit(replaceWholeFile(name, kNew).ok() ? kReplaced : 1);
-}
-
-// Lets a process replace the file, and kills it when it has stopped `stops` times: it stops ahead of each
-// system call and behind it. True: it came to its end before.
-bool replaceWithin(int stops, const std::u16string& name) {
-    const pid_t child = ::fork();
-    if (child == 0) replaceTraced(name);
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFSTOPPED(status));
-    for (int i = 0; i < stops; ++i) {
-        EXPECT_EQ(::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr), 0);
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        if (WIFEXITED(status)) {
-            EXPECT_EQ(WEXITSTATUS(status), kReplaced);
-            return true;
-        }
-    }
-    ::kill(child, SIGKILL);
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    return false;
-}
-
 // A file that a crash tore apart would lose what a user had set.
 TEST(LinuxWholeFile, KilledAtAnySystemCallLeavesTheOldFileOrTheNewOne) {
     int sawOld = 0, sawNew = 0;
@@ -62,7 +34,7 @@ TEST(LinuxWholeFile, KilledAtAnySystemCallLeavesTheOldFileOrTheNewOne) {
         const TempFolder folder;
         const std::u16string name = wideName(folder / "settings.ini");
         ASSERT_TRUE(replaceWholeFile(name, kOld).ok());
-        const bool ended = replaceWithin(stops, name);
+        const bool ended = test::endsWithin(stops, [&] { return replaceWholeFile(name, kNew).ok(); });
         const Bytes found = readFile(folder / "settings.ini");
         ASSERT_TRUE(found == kOld || found == kNew) << "torn after " << stops << " stops";
         ++(found == kOld ? sawOld : sawNew);
