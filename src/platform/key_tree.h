@@ -43,7 +43,8 @@ constexpr bool keyPartsFit(std::u16string_view path) {
 }
 
 // One open key. On Linux everything that is done through the object is one transaction, which ends with it:
-// others see all of it or nothing.
+// others see all of it or nothing. Only a key that had to be made to be read has been made in a transaction
+// of its own, so that who reads never holds others up; it is as empty as it was then.
 class TreeKey {
   public:
     enum class Access { Read, Write };
@@ -64,6 +65,8 @@ class TreeKey {
 
     // In the order of their names. 259: there are no more.
     std::uint32_t subKeyName(std::uint32_t index, std::u16string& name);
+    // 2: there is no such key. One with a name of several parts is looked for further down.
+    std::uint32_t findSubKey(const std::u16string& name);
     // 2: there is no such key; 5: it has keys below it.
     std::uint32_t removeSubKey(const std::u16string& name);
 

@@ -34,6 +34,7 @@ class CwRegKey {
     bool isOpen() const { return key_.isOpen(); }
     std::uint32_t openError() const { return openError_; }
 
+    std::uint32_t FindSubKey(const std::u16string& name) { return key_.findSubKey(name); }
     std::uint32_t EnumSubKey(std::uint32_t index, std::u16string& name);
     std::uint32_t EnumValue(std::uint32_t index, platform::TreeValue& value);
 

@@ -346,11 +346,10 @@ Status getDefaultSetting(ISettingCamera& camera, std::u16string& name) {
     if (const std::uint32_t error = key.ReadString(kDefaultValue, name); storeFailed(error)) {
         return statusOf(error);
     }
-    key.Close();
     if (name.empty()) return Status();
-    const CwRegKey named(settingPath(camera, name), CwRegKey::Access::Read, false);
-    if (!named.isOpen()) name.clear();
-    return statusOf(storeFailed(named.openError()) ? named.openError() : 0);
+    const std::uint32_t error = key.FindSubKey(name);
+    if (error != 0) name.clear();
+    return statusOf(storeFailed(error) ? error : 0);
 }
 
 Status listSettings(ISettingCamera& camera, std::vector<std::u16string>& names) {

@@ -108,6 +108,21 @@ TEST_F(KeyTree, KeysAreListedByTheirNames) {
     EXPECT_EQ(below(kPath), (std::vector<std::u16string>{u"Day", u"evening", u"night"}));
 }
 
+TEST_F(KeyTree, KeysBelowAreFound) {
+    make(std::u16string(kPath) + u"\\one\\two");
+    TreeKey key;
+    EXPECT_EQ(key.findSubKey(u"one"), 87u);
+    ASSERT_EQ(key.open(kPath, Access::Read, Missing::Fail), 0u);
+    EXPECT_EQ(key.findSubKey(u"ONE"), 0u);
+    EXPECT_EQ(key.findSubKey(u"one\\two"), 0u);
+    EXPECT_EQ(key.findSubKey(u"two"), 2u);
+    EXPECT_EQ(key.findSubKey(u"one\\three"), 2u);
+    EXPECT_EQ(key.findSubKey(u""), 87u);
+    EXPECT_EQ(key.findSubKey(std::u16string(256, u'n')), 87u);
+    ASSERT_EQ(key.open(std::u16string(kPath) + u"\\new", Access::Read, Missing::Create), 0u);
+    EXPECT_EQ(key.findSubKey(u"one"), 2u) << "it has just been made";
+}
+
 TEST_F(KeyTree, AKeyIsRemovedWithItsValuesUnlessThereAreKeysBelow) {
     make(std::u16string(kPath) + u"\\one");
     make(std::u16string(kPath) + u"\\two\\three");

@@ -16,6 +16,7 @@ constexpr std::uint32_t kNotFound = 2;
 constexpr std::uint32_t kPathNotFound = 3;
 constexpr std::uint32_t kAccessDenied = 5;
 constexpr std::uint32_t kInvalidParameter = 87;
+constexpr std::uint32_t kAlreadyExists = 183;
 constexpr std::uint32_t kNoMoreItems = 259;
 constexpr std::uint32_t kBadDatabase = 1009;
 constexpr std::uint32_t kRevisionMismatch = 1306;
@@ -155,6 +156,7 @@ struct TreeKey::State {
     Database database;
     std::int64_t key = kRoot;
     bool writing = false;
+    bool justMade = false;   // for a reader: there is nothing in it, and no transaction is open
     std::uint32_t lost = 0;  // why the database has taken the transaction back by itself
 
     // Passes the result of a change on. Behind a lost transaction each change would be one of its own.
@@ -167,6 +169,13 @@ struct TreeKey::State {
 
     // Opens the database and begins the transaction.
     std::uint32_t begin(bool write, bool create);
+    // Makes the key of a reader, in a transaction. kAlreadyExists: it is there by now.
+    std::uint32_t makeToRead(std::u16string_view path);
+    // Keeps what was written.
+    std::uint32_t end() {
+        if (justMade) return 0;
+        return lost != 0 ? lost : database.run("COMMIT");
+    }
     std::uint32_t find(std::int64_t parent, std::string_view name, std::int64_t& found) const;
     std::uint32_t make(std::int64_t parent, std::string_view name, std::int64_t& made) const;
     // From `from` down the path.
@@ -225,6 +234,18 @@ std::uint32_t TreeKey::State::walk(std::int64_t from, std::u16string_view path, 
     return 0;
 }
 
+std::uint32_t TreeKey::State::makeToRead(std::u16string_view path) {
+    if (const std::uint32_t error = begin(true, true); error != 0) return error;
+    const std::uint32_t found = walk(kRoot, path, false, key);
+    if (found == 0) return kAlreadyExists;
+    if (found != kNotFound) return found;
+    if (const std::uint32_t error = walk(kRoot, path, true, key); error != 0) return error;
+    if (const std::uint32_t error = database.run("COMMIT"); error != 0) return error;
+    writing = false;
+    justMade = true;
+    return 0;
+}
+
 bool TreeKey::State::hasKeysBelow(std::int64_t parent) const {
     Statement statement(database, "SELECT 1 FROM keys WHERE parent = ? LIMIT 1");
     return statement.bind(parent).step();
@@ -244,12 +265,10 @@ std::uint32_t TreeKey::open(const std::u16string& path, Access access, Missing m
     std::uint32_t error = state->begin(write, create);
     if (error == 0) error = state->walk(kRoot, path, create && write, state->key);
     if (error == kNotFound && create && !write) {
-        // Made in a transaction of its own, so that reading never holds others up.
-        state.reset();
-        TreeKey maker;
-        error = maker.open(path, Access::Write, Missing::Create);
-        if (error == 0) error = maker.close();
-        return error == 0 ? open(path, access, Missing::Fail) : error;
+        state = std::make_unique<State>();
+        error = state->makeToRead(path);
+        // Somebody else was faster.
+        if (error == kAlreadyExists) return open(path, access, Missing::Fail);
     }
     if (error != 0) return error;  // the database rolls back when it closes
     state_ = std::move(state);
@@ -258,7 +277,7 @@ std::uint32_t TreeKey::open(const std::u16string& path, Access access, Missing m
 
 std::uint32_t TreeKey::close() {
     if (!isOpen()) return kInvalidParameter;
-    const std::uint32_t error = state_->lost != 0 ? state_->lost : state_->database.run("COMMIT");
+    const std::uint32_t error = state_->end();
     state_.reset();
     return error;
 }
@@ -269,6 +288,7 @@ void TreeKey::abandon() {
 
 std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
     if (!isOpen()) return kInvalidParameter;
+    if (state_->justMade) return kNoMoreItems;
     Statement statement(state_->database,
                         "SELECT name FROM keys WHERE parent = ? ORDER BY folded LIMIT 1 OFFSET ?");
     if (!statement.bind(state_->key).bind(std::int64_t{index}).step()) {
@@ -276,6 +296,13 @@ std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
     }
     name = widen(statement.text(0));
     return 0;
+}
+
+std::uint32_t TreeKey::findSubKey(const std::u16string& name) {
+    if (!isOpen() || name.empty() || !keyPartsFit(name)) return kInvalidParameter;
+    if (state_->justMade) return kNotFound;
+    std::int64_t key = kRoot;
+    return state_->walk(state_->key, name, false, key);
 }
 
 std::uint32_t TreeKey::removeSubKey(const std::u16string& name) {
@@ -293,6 +320,7 @@ std::uint32_t TreeKey::removeSubKey(const std::u16string& name) {
 
 std::uint32_t TreeKey::value(std::uint32_t index, TreeValue& value) {
     if (!isOpen()) return kInvalidParameter;
+    if (state_->justMade) return kNoMoreItems;
     Statement statement(state_->database,
                         "SELECT name, type, data FROM entries WHERE key = ? ORDER BY id LIMIT 1 OFFSET ?");
     if (!statement.bind(state_->key).bind(std::int64_t{index}).step()) {
@@ -307,6 +335,7 @@ std::uint32_t TreeKey::value(std::uint32_t index, TreeValue& value) {
 
 std::uint32_t TreeKey::read(const std::u16string& name, TreeValue& value) {
     if (!isOpen()) return kInvalidParameter;
+    if (state_->justMade) return kNotFound;
     Statement statement(state_->database, "SELECT type, data FROM entries WHERE key = ? AND folded = ?");
     const std::string key = folded(narrow(name));
     if (!statement.bind(state_->key).bind(key).step()) {

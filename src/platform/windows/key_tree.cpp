@@ -66,6 +66,14 @@ std::uint32_t TreeKey::subKeyName(std::uint32_t index, std::u16string& name) {
     return code(status);
 }
 
+std::uint32_t TreeKey::findSubKey(const std::u16string& name) {
+    if (!isOpen() || name.empty() || !keyPartsFit(name)) return ERROR_INVALID_PARAMETER;
+    HKEY key = nullptr;
+    const LSTATUS status = RegOpenKeyExW(state_->key, systemText(name), 0, KEY_READ, &key);
+    if (status == ERROR_SUCCESS) RegCloseKey(key);
+    return code(status);
+}
+
 std::uint32_t TreeKey::removeSubKey(const std::u16string& name) {
     if (!isOpen() || name.empty() || !keyPartsFit(name)) return ERROR_INVALID_PARAMETER;
     return code(RegDeleteKeyW(state_->key, systemText(name)));

@@ -191,6 +191,22 @@ TEST_F(LinuxKeyTree, AStoreThatIsReleasedInTimeIsWaitedFor) {
     EXPECT_GT(clock.waited(), 0);
 }
 
+// Between the look for the key and its making.
+TEST_F(LinuxKeyTree, AKeyThatAnotherProcessMakesMeanwhileIsReadWithItsValues) {
+    ASSERT_EQ(write(u"b"), 0u);
+    TreeKey other;
+    ASSERT_EQ(other.open(u"a", Access::Write, Missing::Create), 0u);
+    ASSERT_EQ(other.write(u"value", ValueType::Binary, Bytes{7}), 0u);
+    test::WaitClockDouble clock;
+    clock.onNextSleep([&] { EXPECT_EQ(other.close(), 0u); });
+    TreeKey key;
+    TreeValue value;
+    ASSERT_EQ(key.open(u"a", Access::Read, Missing::Create), 0u);
+    EXPECT_FALSE(other.isOpen());
+    ASSERT_EQ(key.read(u"value", value), 0u);
+    EXPECT_EQ(value.data, Bytes{7});
+}
+
 TEST_F(LinuxKeyTree, WhatAKilledProcessHadBegunIsNotThere) {
     ASSERT_EQ(write(u"a", 1), 0u);
     const pid_t child = ::fork();
