@@ -7,6 +7,8 @@ namespace {
 
 using ResetSetting = CameraTest;
 
+constexpr std::uint16_t kWriteSum = 0x802E;  // status word of the binning sum
+
 // A camera with everything that a reset reaches.
 DoubleCamera richCamera() {
     DoubleCamera camera;
@@ -125,6 +127,120 @@ TEST_F(ResetSetting, EndsAtTheFirstSetterThatFails) {
     ASSERT_TRUE(Tavra_GetSharpnessMode(handle, &mode, &gain, &coring));
     EXPECT_EQ(mode, 1);
     EXPECT_EQ(usb.camera().scanRecord[6], 640 & 0xFF) << "nothing behind the clock was set";
+}
+
+// The steps that reach the camera, in their order: clock, size (S), factors (F), sum (B), shutter and gain
+// (E), digital gain (D), gamma (G), V-blank (V).
+std::string stepsIn(const std::vector<ControlTransfer>& traffic) {
+    std::string steps;
+    for (const ControlTransfer& sent : traffic) {
+        if ((sent.requestType & 0x80) != 0) continue;
+        if (sent.request == 34) steps += 'C';
+        if (sent.request == 18) steps += 'S';
+        if (sent.request == 33) steps += 'E';
+        if (sent.request != 128) continue;
+        const std::map<std::uint16_t, char> words{
+            {33, 'F'}, {kWriteSum, 'B'}, {0x8014, 'D'}, {0x804D, 'G'}, {23, 'V'}};
+        const auto word = words.find(sent.value);
+        if (word != words.end()) steps += word->second;
+    }
+    return steps;
+}
+
+TEST_F(ResetSetting, GoesThroughTheCameraInItsOrder) {
+    open(richCamera());
+    expectSuccess(Tavra_ResetSetting(handle));
+    EXPECT_EQ(stepsIn(traffic()), "CSFBEDGV");
+}
+
+// What is behind a step that fails stays, what is ahead of it does not.
+class ResetStep : public CameraTest, public testing::WithParamInterface<std::pair<char, ControlTransfer>> {
+  protected:
+    // Settings that no camera is told, each between two steps that it is told.
+    struct Told {
+        std::uint32_t quality = 0, format = 0;
+        std::uint8_t mirror = 0, sharpness = 0;
+        std::uint16_t suppression = 0, shadingTarget = 0;
+
+        bool operator==(const Told&) const = default;
+    };
+    void change() {
+        ASSERT_TRUE(Tavra_SetAVIQuality(handle, 30));
+        ASSERT_TRUE(Tavra_SetPreviewPixelFormat(handle, TAVRA_PIXEL_BGR_32));
+        ASSERT_TRUE(Tavra_SetMirrorMode(handle, 3));
+        ASSERT_TRUE(Tavra_SetSharpnessMode(handle, 1, 60, 5));
+        ASSERT_TRUE(Tavra_SetHighChromaSuppression(handle, 10, 20));
+        ASSERT_TRUE(Tavra_SetShadingCorrectionTarget(handle, 99));
+    }
+    Told told() {
+        Told now;
+        std::uint8_t coring = 0;
+        std::uint16_t gain = 0, level = 0;
+        EXPECT_TRUE(Tavra_GetAVIQuality(handle, &now.quality));
+        EXPECT_TRUE(Tavra_GetPreviewPixelFormat(handle, &now.format));
+        EXPECT_TRUE(Tavra_GetMirrorMode(handle, &now.mirror));
+        EXPECT_TRUE(Tavra_GetSharpnessMode(handle, &now.sharpness, &gain, &coring));
+        EXPECT_TRUE(Tavra_GetHighChromaSuppression(handle, &level, &now.suppression));
+        EXPECT_TRUE(Tavra_GetShadingCorrectionTarget(handle, &now.shadingTarget));
+        return now;
+    }
+};
+
+TEST_P(ResetStep, ThatFailsEndsTheReset) {
+    const auto& [letter, request] = GetParam();
+    open(richCamera());
+    change();
+    traffic();
+    UsbDouble::Fault fault;
+    fault.request = request.request;
+    fault.requestType = request.requestType;
+    fault.value = request.value;
+    usb.addFault(fault);
+    expectFailure(Tavra_ResetSetting(handle), 0xE0000005);
+    const std::string steps = "CSFBEDGV";
+    EXPECT_EQ(stepsIn(traffic()), steps.substr(0, steps.find(letter) + 1));
+    const bool pastSizes = steps.find(letter) > steps.find('B');
+    const bool pastExposure = steps.find(letter) > steps.find('D');
+    EXPECT_EQ(told(), (Told{75, pastSizes ? 4u : 8u, static_cast<std::uint8_t>(pastExposure ? 0 : 3),
+                            static_cast<std::uint8_t>(pastExposure ? 0 : 1),
+                            static_cast<std::uint16_t>(pastExposure ? 0 : 20), 99}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OfTheCamera, ResetStep,
+    testing::Values(std::pair{'C', toDevice(34, 0, 0)}, std::pair{'S', toDevice(18, 0, 0)},
+                    std::pair{'F', toDevice(128, 33, 0)}, std::pair{'B', toDevice(128, kWriteSum, 0)},
+                    std::pair{'E', toDevice(33, 0, 0)}, std::pair{'D', toDevice(128, 0x8014, 0)},
+                    std::pair{'G', toDevice(128, 0x804D, 0)}, std::pair{'V', toDevice(128, 23, 0)}),
+    [](const auto& tested) { return std::string(1, tested.param.first); });
+
+// The mode as it stands, and no other one with its bits.
+TEST_F(ResetSetting, LeavesOutTheWholeGeometryInOneModeAlone) {
+    using Values = std::vector<std::uint32_t>;
+    for (const std::uint32_t mode : {0xFFFF0000u, 0xFFFF0001u, 0xFFFFFFFFu, 0x10000u, 0xFFFE0000u}) {
+        const bool keepsSizes = mode == 0xFFFF0000u;
+        const bool keepsRotation = (mode & 0x10000) != 0;
+        open(richCamera());
+        ASSERT_TRUE(Tavra_SetRotationMode(handle, 2));
+        ASSERT_TRUE(Tavra_SetSkippingAndBinning(handle, 1, 2, 1, 2));
+        ASSERT_TRUE(Tavra_SetBinningSumMode(handle, 1));
+        ASSERT_TRUE(Tavra_SetPreviewMaskSize(handle, 1, 2, 30, 20));
+        ASSERT_TRUE(Tavra_SetPreviewDestSize(handle, 3, 4, 50, 40));
+        ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 11));
+        ASSERT_TRUE(Tavra_SetAspectMode(handle, 3));
+        ASSERT_TRUE(Tavra_SetSettingFileMode(handle, mode));
+        expectSuccess(Tavra_ResetSetting(handle));
+        const CameraState now = stateOf(handle);
+        EXPECT_EQ(now.at("image size")[3], keepsSizes ? 640u : 0u) << std::hex << mode;
+        EXPECT_EQ(now.at("skipping and binning"), keepsSizes ? (Values{1, 2, 1, 2}) : Values(4)) << mode;
+        EXPECT_EQ(now.at("binning sum"), Values{keepsSizes ? 1u : 0u}) << mode;
+        EXPECT_EQ(now.at("preview mask"), keepsSizes ? (Values{1, 2, 30, 20}) : Values(4)) << mode;
+        EXPECT_EQ(now.at("preview destination"), keepsSizes ? (Values{3, 4, 50, 40}) : Values(4)) << mode;
+        EXPECT_EQ(now.at("magnification, aspect"), keepsSizes ? (Values{11, 3}) : Values(2)) << mode;
+        EXPECT_EQ(now.at("mirror, rotation, interpolation")[1], keepsRotation ? 2u : 0u) << mode;
+        close();
+        usb.reset();
+    }
 }
 
 }  // namespace

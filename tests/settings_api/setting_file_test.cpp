@@ -1,3 +1,4 @@
+#include "settings_api/camera_state.h"
 #include "settings_api/setting_file_fixture.h"
 
 #if !defined(_WIN32)
@@ -527,6 +528,50 @@ TEST_F(SettingFile, WithoutGeometryNeitherSizesNorRotationAreTouched) {
     EXPECT_EQ(valueOf(u"Other-2016", u"RotationMode"), std::nullopt);
 }
 
+// The sections and keys by name; other modes with the same bits have them.
+TEST_F(SettingFile, WithoutGeometryNothingOfThePreviewsShapeIsTouched) {
+    open();
+    const std::u16string text =
+        u"[PreviewMaskSize-2016]\nWidth=30\nHeight=20\n[PreviewDestSize-2016]\nWidth=50\nOffsetX=-7\n"
+        u"[Other-2016]\nMagnificationMode=11\nAspectMode=3\n";
+    const auto shape = [&] {
+        const CameraState now = stateOf(handle);
+        std::vector<std::uint32_t> values = now.at("preview mask");
+        for (const char* const what : {"preview destination", "magnification, aspect"}) {
+            values.insert(values.end(), now.at(what).begin(), now.at(what).end());
+        }
+        return values;
+    };
+    const std::vector<std::uint32_t> before = shape();
+    ASSERT_TRUE(Tavra_SetSettingFileMode(handle, TAVRA_SETTING_FILE_NO_GEOMETRY));
+    load(text);
+    EXPECT_EQ(shape(), before);
+    std::filesystem::remove(path());
+    save();
+    for (const char* const section :
+         {"ImageSize", "PreviewMaskSize", "PreviewDestSize", "PreviewWindowSize"}) {
+        EXPECT_FALSE(hasSection(std::string(section) + "-2016")) << section;
+    }
+    for (const char16_t* const key : {u"MagnificationMode", u"AspectMode", u"RotationMode"}) {
+        EXPECT_EQ(valueOf(u"Other-2016", key), std::nullopt);
+    }
+    EXPECT_NE(valueOf(u"Other-2016", u"DisplayMode"), std::nullopt);
+    for (const std::uint32_t mode : {0xFFFF0001u, 0xFFFFFFFFu, 0xFFFE0000u}) {
+        ASSERT_TRUE(Tavra_SetSettingFileMode(handle, mode));
+        std::filesystem::remove(path());
+        save();
+        for (const char* const section : {"ImageSize", "PreviewMaskSize", "PreviewDestSize"}) {
+            EXPECT_TRUE(hasSection(std::string(section) + "-2016")) << section << std::hex << mode;
+        }
+        EXPECT_NE(valueOf(u"Other-2016", u"AspectMode"), std::nullopt) << mode;
+        EXPECT_EQ(valueOf(u"Other-2016", u"RotationMode").has_value(), mode == 0xFFFE0000u) << mode;
+    }
+    load(text);
+    EXPECT_EQ(shape(),
+              (std::vector<std::uint32_t>{before[0], before[1], 30, 20, static_cast<std::uint32_t>(-7),
+                                          before[5], 50, before[7], 11, 3}));
+}
+
 TEST_F(SettingFile, OtherModesWithBit16LeaveOutTheRotationAlone) {
     open();
     ASSERT_TRUE(Tavra_SetSettingFileMode(handle, 0x30001));
@@ -594,6 +639,20 @@ TEST_F(SettingFile, WhatIsNoFileIsAnError) {
     std::filesystem::create_directory(path());
     expectFailure(Tavra_SaveSettingFileW(handle, name().c_str()), 5);
     expectFailure(Tavra_LoadSettingFileW(handle, name().c_str()), 5);
+}
+
+TEST_F(SettingFile, AFileThatIsMarkedReadOnlyIsLoadedAndNotSaved) {
+    open();
+    writeText(u"[GainShutter-2016]\nCurrentGain=55\n");
+    const auto before = readFile(path());
+    namespace fs = std::filesystem;
+    const auto write = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    fs::permissions(path(), write, fs::perm_options::remove);
+    expectFailure(Tavra_SaveSettingFileW(handle, name().c_str()), 5);
+    EXPECT_EQ(readFile(path()), before);
+    load();
+    EXPECT_EQ(get(handle, Tavra_GetGain), 55);
+    fs::permissions(path(), fs::perms::owner_write, fs::perm_options::add);
 }
 
 TEST_F(SettingFile, AnyGarbageIsNoSetting) {

@@ -60,6 +60,77 @@ TEST_F(SettingNames, ADefaultThatTheCodePageLacksIsNotAnotherName) {
     EXPECT_STREQ(buffer, "lost?") << "a question mark is a character as any other";
 }
 
+// A key has names of up to 255 units; the narrow forms convert up to 258 of them.
+TEST_F(SettingNames, OfAnyLengthAreTakenOrRefusedByEveryCall) {
+    open();
+    const std::string file = (folder_ / "n.reg").string();
+    const std::u16string wideFile = wideName(folder_ / "n.reg");
+    for (const std::size_t length : {0, 1, 255, 256, 258, 259, 260, 10000}) {
+        const std::string narrow(length, 'n');
+        const std::u16string wide(length, u'n');
+        const char* const name = narrow.c_str();
+        const char16_t* const wideName = wide.c_str();
+        const bool isKey = length <= 255;
+        const std::uint32_t tooLong = length <= 258 ? 87 : 122;
+        const auto expect = [&](TavraBool result, bool good, std::uint32_t code) {
+            EXPECT_EQ(result, good ? 1 : 0) << length;
+            EXPECT_EQ(lastError(), good ? 0 : code) << length;
+            record().lastError = 0;
+        };
+        // A save that the store does not take is no failure of the camera.
+        EXPECT_EQ(Tavra_SaveSettingRegW(handle, wideName), 1) << length;
+        EXPECT_EQ(lastError(), isKey ? 0u : 87u) << length;
+        record().lastError = 0;
+        EXPECT_EQ(Tavra_SaveSettingRegA(handle, name), length <= 258 ? 1 : 0) << length;
+        EXPECT_EQ(lastError(), isKey ? 0 : tooLong) << length;
+        record().lastError = 0;
+        expect(Tavra_LoadSettingRegW(handle, wideName), isKey, 87);
+        expect(Tavra_LoadSettingRegA(handle, name), isKey, tooLong);
+        expect(Tavra_ExportSettingRegW(handle, wideName, wideFile.c_str()), isKey, 87);
+        EXPECT_EQ(std::filesystem::remove(folder_ / "n.reg"), isKey) << length;
+        expect(Tavra_ExportSettingRegA(handle, name, file.c_str()), isKey, tooLong);
+        EXPECT_EQ(std::filesystem::remove(folder_ / "n.reg"), isKey) << length;
+        // The mark of the default is a text of any length, and a name only if it is that of a setting.
+        expect(Tavra_SetDefaultSettingRegW(handle, wideName), true, 0);
+        std::vector<char16_t> buffer(length + 1, u'x');
+        expect(Tavra_GetDefaultSettingRegW(handle, buffer.data(), static_cast<std::uint32_t>(2 * length + 2)),
+               true, 0);
+        EXPECT_EQ(std::u16string(buffer.data()), isKey ? wide : std::u16string()) << length;
+        expect(Tavra_SetDefaultSettingRegA(handle, name), length <= 258, 122);
+        const bool isSetting = isKey && length > 0;
+        expect(Tavra_RemoveSettingRegW(handle, wideName), isSetting, 87);
+        expect(Tavra_RemoveSettingRegA(handle, name), false, isSetting ? 2 : tooLong);
+    }
+}
+
+TEST_F(SettingNames, OfFilesThatCannotBeMakeNone) {
+    open();
+    const std::string text = (folder_ / "n.reg").string();
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    expectSuccess(Tavra_ExportSettingRegA(handle, "day", text.c_str()));
+    for (const std::size_t length : {0, 259, 260, 10000}) {
+        const std::string folder = length == 0 ? "" : (folder_ / "").string();
+        const std::string name = folder + std::string(length, 'n');
+        const std::u16string wide(name.begin(), name.end());
+        for (const TavraBool result :
+             {Tavra_SaveSettingFileW(handle, wide.c_str()), Tavra_SaveSettingFileA(handle, name.c_str()),
+              Tavra_ExportSettingRegW(handle, u"day", wide.c_str()),
+              Tavra_ImportSettingRegW(handle, wide.c_str())}) {
+            EXPECT_EQ(result, 0) << length;
+        }
+        record().lastError = 0;
+        expectFailure(Tavra_ExportSettingRegA(handle, "day", name.c_str()), 0xE000000F);
+        expectFailure(Tavra_ImportSettingRegA(handle, name.c_str()), 0xE000000F);
+    }
+    std::filesystem::remove(folder_ / "n.reg");
+    EXPECT_TRUE(folder_.isEmpty());
+    const std::string shortest = (folder_ / "n").string();
+    expectSuccess(Tavra_SaveSettingFileA(handle, shortest.c_str()));
+    expectSuccess(Tavra_LoadSettingFileA(handle, shortest.c_str()));
+    expectSuccess(Tavra_ExportSettingRegA(handle, "day", shortest.c_str()));
+    expectSuccess(Tavra_ImportSettingRegA(handle, shortest.c_str()));
+}
+
 #if !defined(_WIN32)
 // The code page is UTF-8, where a byte 0xFF stands for nothing.
 TEST_F(SettingNames, BytesThatAreNoTextNameNothing) {
