@@ -23,9 +23,10 @@ Status readWholeFile(const std::u16string& name, std::vector<std::uint8_t>& byte
 
 // Makes the file, or replaces what it holds: whoever reads it, and whatever ends the process or the machine,
 // finds either all of the old bytes or all of the new ones. They are written to a temporary file in the same
-// folder and on the disk before that one takes the name. A file that is marked read-only stays (5). Where the
-// name is a link, the file that it leads to is made or replaced, and the link stays; on Windows such a file
-// that is not there yet is empty for a moment.
+// folder and on the disk before that one takes the name. A file that is marked read-only stays (5), and on
+// Windows one that somebody has had open for a second (5 or 32). Where the name is a link, the file that it
+// leads to is made or replaced, and the link stays; on Windows such a file that is not there yet is empty for
+// a moment.
 Status replaceWholeFile(const std::u16string& name, std::span<const std::uint8_t> bytes);
 
 // Holds up everybody else who takes the lock of this file, in this process or another one, for as long as the

@@ -15,6 +15,8 @@ namespace {
 constexpr int kTemporaryNames = 1000;  // tried before giving up; a killed process leaves its own behind
 constexpr std::size_t kMostInOneCall = 1u << 30;
 constexpr DWORD kLongestWaitMs = 5000;
+constexpr int kMostMoves = 100;  // a second, with what lies between them
+constexpr DWORD kBetweenMovesMs = 10;
 constexpr const wchar_t* kUpdateMutex = L"Local\\tavra-file-update";
 
 const wchar_t* systemName(const std::u16string& name) {
@@ -121,16 +123,25 @@ class TemporaryFile {
         return FlushFileBuffers(file_.get()) != 0 && file_.close();
     }
 
+    // The system replaces no file that somebody has open, as who loads it or looks for viruses has for a
+    // moment.
     bool takeThePlaceOf(const std::u16string& name) {
-        if (MoveFileExW(systemName(name_), systemName(name),
-                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-            return false;
+        for (int i = 1; !moveTo(name); ++i) {
+            const DWORD reason = GetLastError();
+            const bool inUse = reason == ERROR_ACCESS_DENIED || reason == ERROR_SHARING_VIOLATION;
+            if (!inUse || i == kMostMoves) return false;
+            Sleep(kBetweenMovesMs);
         }
         name_.clear();
         return true;
     }
 
   private:
+    bool moveTo(const std::u16string& name) const {
+        return MoveFileExW(systemName(name_), systemName(name),
+                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    }
+
     std::u16string name_;
     FileHandle file_;
 };
