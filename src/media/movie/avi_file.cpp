@@ -88,6 +88,7 @@ CAVIFile::FileEnd CAVIFile::writeFrames(FileRecord& record) {
     const std::array<const platform::Event*, 2> events = {&filledFrames->notEmpty(), &stopEvent()};
     const std::uint32_t framesPerFile = std::max(settings.framesPerFile, 1U);
     std::optional<std::uint32_t> first;
+    std::uint32_t next = 0;  // the index of a frame behind which none is missing
     for (;;) {
         if (platform::waitAny(events, platform::kWaitForever) != 0) return {End::Stopped, {}};
         FrameBuffer* const frame = filledFrames->pop();
@@ -98,10 +99,18 @@ CAVIFile::FileEnd CAVIFile::writeFrames(FileRecord& record) {
             filledFrames->pushFront(frame);
             return {End::FileDone, {}};
         }
-        if (settings.swapRedBlue && !encoderOrdersColors_) swapRedBlue(frame->image());
+        const bool swaps = settings.swapRedBlue && !encoderOrdersColors_;
+        if (swaps) swapRedBlue(frame->image());
         const Status written = attempt([&] { return WriteFrame(record, frame->image(), index, frame->tag); });
+        if (written == Status(error::kFileTooLarge) && index > next && fileQueue_.size() > 0) {
+            // It is the gap that the file has no room for. The next file begins with this frame.
+            if (swaps) swapRedBlue(frame->image());
+            filledFrames->pushFront(frame);
+            return {End::FileDone, {}};
+        }
         freeFrames->push(frame);
         if (!written.ok() || IsFileFull()) return {End::FileDone, written};
+        next = std::max(next, index) + 1;
     }
 }
 

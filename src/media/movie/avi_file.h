@@ -85,7 +85,9 @@ class CAVIFile : public TavraTrg::CWorker {
     // On the application's thread. Makes the file and its record; a failure leaves none.
     virtual Status OpenFile(const std::u16string& name, std::unique_ptr<FileRecord>& record) = 0;
     // The 8 bytes ahead of `image` and the spare room behind it are the layout's to use (frame_buffer.h).
-    // `index` counts from 0 in each file and may jump; `tag` came with the frame.
+    // `index` counts from 0 in each file and may jump; `tag` came with the frame. 223 behind a jump, and
+    // nothing written: the file does not hold it; the next file of the queue, if there is one, begins with
+    // this frame.
     virtual Status WriteFrame(FileRecord& record, std::uint8_t* image, std::uint32_t index,
                               std::uint32_t tag) = 0;
     // Completes and closes the file. Reports the first failure that the file has had, also of an earlier

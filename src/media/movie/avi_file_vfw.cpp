@@ -17,6 +17,11 @@ struct CodecRecord final : FileRecord {
     platform::CodecMovie movie;
 };
 
+// Of a file with so many bytes of headers and frames, and so many frames.
+constexpr std::uint64_t projectedSize(std::uint64_t position, std::uint64_t frames) {
+    return (position + 8 + frames * kIndexBytes + kSector - 1) / kSector * kSector;
+}
+
 platform::CodecMovie& movieOf(FileRecord& record) {
     return static_cast<CodecRecord&>(record).movie;
 }
@@ -49,17 +54,21 @@ Status CAVIFileVFW::WriteFrame(FileRecord& record, std::uint8_t* image, std::uin
         frames_ = 0;
     }
     const std::uint32_t place = std::max(index, frames_);  // one that does not advance is next
+    // The platform would fill any gap, as long as the disk lasts.
+    if (place > frames_ && projectedSize(position_, std::uint64_t{place} + 1) > GetMaxFileSize()) {
+        return record.keep(Status(error::kFileTooLarge));
+    }
     std::uint32_t written = 0;
     TAVRA_RETURN_IF_ERROR(movie.write(place, image, settings.imageBytes, written));
     frames_ = place + 1;
     position_ += std::uint64_t{written} + written % 2;
-    const std::uint64_t bytes = position_ + 8 + std::uint64_t{frames_} * kIndexBytes;
-    projectedSize_ = (bytes + kSector - 1) / kSector * kSector;
+    projectedSize_ = projectedSize(position_, frames_);
     return {};
 }
 
 Status CAVIFileVFW::CloseFile(FileRecord& record) {
-    return movieOf(record).close();
+    (void)record.keep(movieOf(record).close());
+    return record.firstFailure;
 }
 
 std::unique_ptr<CAVIFile> makeCodecWriter(MovieFiles& files) {

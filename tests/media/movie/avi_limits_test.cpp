@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "media/movie/avi_layouts.h"
 #include "media/movie/no_files.h"
@@ -293,6 +294,51 @@ TEST(AviLimits, NoJumpFillsTheVolume) {
     }
     EXPECT_GT(whole, 0u);
     EXPECT_GT(ended, 0u);
+}
+
+// With a gap that the file has no room for, a frame belongs to the next one. Its colours were turned for the
+// file that did not take it, and are once more for the other.
+TEST(AviLimits, AFrameWhoseGapDoesNotFitBeginsTheNextFile) {
+    FileBytes images[4], stored[4];
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        images[i] = stored[i] = makeImage(kForm, i);
+        for (std::size_t y = 0; y < kForm.height; ++y) {
+            for (std::size_t x = 0; x < kForm.width; ++x) {
+                std::uint8_t* const pixel = &stored[i][y * strideOf(kForm) + 3 * x];
+                std::swap(pixel[0], pixel[2]);
+            }
+        }
+    }
+    for (const AviLayout& layout : {kAvi10NotCompressed, kAvi10Mjpeg, kAvi20NotCompressed, kAvi20Mjpeg}) {
+        for (const std::size_t queued : {1u, 2u}) {
+            SCOPED_TRACE(::testing::Message() << layout.name << ", files: " << queued);
+            MovieFilesDouble files;
+            if (layout.format == 2) files.free = {.value = 0x101000 + 100000};
+            Recording recording(layout.make(files), kForm);
+            recording.writer().settings.framesPerFile = 0xFFFFFFFF;
+            recording.writer().settings.swapRedBlue = true;
+            // 24 bytes for each frame of 2 GiB, 8 of a small volume.
+            const std::uint32_t jump = layout.format == 1 ? 90'000'000 : 13'000;
+            for (std::uint32_t i = 0; i < 4; ++i) recording.add(i < 2 ? i : jump + i, images[i]);
+            const std::uint32_t code = recording
+                                           .run(queued == 1 ? std::vector<std::u16string>{u"a"}
+                                                            : std::vector<std::u16string>{u"a", u"b"})
+                                           .code();
+            EXPECT_EQ(code, queued == 1 ? 223u : 0u);
+            EXPECT_EQ(recording.free.size(), queued == 1 ? 3u : 4u);
+            const auto file = [&](std::size_t first) {
+                std::vector<MovieFrame> frames;
+                for (std::uint32_t i = 0; i < 2; ++i) {
+                    frames.push_back({i, layout.jpeg() ? encodeJpegFrame(kForm, images[first + i], true)
+                                                       : stored[first + i]});
+                }
+                return layout.build(kForm, frames);
+            };
+            EXPECT_TRUE(equalFiles(files.bytes(u"a"), file(0)));
+            if (queued == 1) continue;
+            EXPECT_TRUE(equalFiles(files.bytes(u"b"), file(2)));
+        }
+    }
 }
 
 TEST(AviLimits, AFileHas65536Segments) {

@@ -281,6 +281,33 @@ TEST_F(CodecWriterTest, ASkippedFrameKeepsItsPlace) {
     }
 }
 
+// FFmpeg would fill the gap with empty frames, 24 bytes each with their entries.
+TEST_F(CodecWriterTest, AGapThatTwoGibibytesDoNotHoldEndsTheFile) {
+    constexpr std::uint32_t kTooFar = 0x80000000 / 24;
+    for (const bool another : {false, true}) {
+        while (filled.pop() != nullptr) {  // what the turn before has left
+        }
+        const auto writer = movie::makeCodecWriter(noFiles);
+        prepare(*writer, fourcc("FFV1"));
+        writer->settings.framesPerFile = 0xFFFFFFFF;
+        ASSERT_TRUE(writer->addFile(name("a.avi")).ok());
+        ASSERT_TRUE(!another || writer->addFile(name("b.avi")).ok());
+        for (const std::uint32_t position : {7u, 8u, 7 + kTooFar, 8 + kTooFar}) {
+            fill(position, picture.noise(position));
+        }
+        EXPECT_EQ(run(*writer).code(), another ? 0u : 223u);
+        const ReadMovie first = read("a.avi");
+        EXPECT_EQ(first.frameCount, 2);
+        ASSERT_EQ(first.frames.size(), 2u);
+        EXPECT_EQ(first.frames[1].pixels, picture.asRead(picture.noise(8)));
+        if (!another) continue;
+        const ReadMovie second = read("b.avi");
+        ASSERT_EQ(second.frames.size(), 2u);
+        EXPECT_EQ(second.frames[0].pixels, picture.asRead(picture.noise(7 + kTooFar)));
+        EXPECT_EQ(second.frames[1].position, 1);
+    }
+}
+
 TEST_F(CodecWriterTest, AFrameThatDoesNotAdvanceIsTheNext) {
     const auto writer = movie::makeCodecWriter(noFiles);
     prepare(*writer, fourcc("FFV1"));
