@@ -423,6 +423,38 @@ TEST_F(CreateAvi, TellsTheReceiverThatWasSetWhileItRecorded) {
     EXPECT_FALSE(first.wait(got, 0));
 }
 
+// Receiver and parameter change while the writer's thread tells: each message goes to somebody, once.
+TEST_F(CreateAvi, TellsWhoeverIsTheReceiverAtThatMoment) {
+    constexpr int kMovies = 40;
+    MessageReceiver receivers[2];
+    std::uint32_t turn = 0;
+    const auto change = [&] {
+        ++turn;
+        EXPECT_EQ(recorder->SetNotifyWindow(receivers[turn % 2].window()), 0u);
+        EXPECT_EQ(recorder->SetNotifyParam(100 + turn % 2), 0u);
+    };
+    change();
+    for (int movie = 0; movie < kMovies; ++movie) {
+        start(1);
+        for (int i = 0; i < 20; ++i) change();
+        recorder.write(image, 0);
+        recorder.write(image, 1);  // ends the file
+        while (recorder.status() == 1) change();
+    }
+    EXPECT_EQ(recorder->SetStatus(0), 0u);
+    int begun = 0, ended = 0;
+    for (MessageReceiver& receiver : receivers) {
+        for (ReceivedMessage got; receiver.wait(got, 0);) {
+            ++(got.message == 45064 ? begun : ended);
+            EXPECT_TRUE(got.message == 45064 || got.message == 45065) << got.message;
+            EXPECT_TRUE(got.parameter1 == 100 || got.parameter1 == 101) << got.parameter1;
+            EXPECT_EQ(got.parameter2, 0u);
+        }
+    }
+    EXPECT_EQ(begun, kMovies);
+    EXPECT_EQ(ended, kMovies);
+}
+
 TEST_F(CreateAvi, RecordsForAReceiverThatIsGone) {
     MessageReceiver receiver;
     EXPECT_EQ(recorder->SetNotifyWindow(receiver.window()), 0u);
