@@ -1,33 +1,16 @@
 // Frames of several regions become one image before any stage.
 #include "capture_api/chain_fixture.h"
+#include "capture_api/region_camera.h"
 
 namespace tavra::test {
 namespace {
 
 class RegionPath : public ChainTest {
   protected:
-    struct Region {
-        std::uint32_t width, height, x, y;
-    };
-
     // The first region is the main image. The frame holds them one after the other.
     void openRegions(const std::vector<Region>& regions, const ChainFrame& frame, std::uint32_t mode = 0) {
         DoubleCamera& camera = describe(frame.transferBits, frame.colorArray);
-        const auto count = static_cast<std::uint32_t>(regions.size());
-        camera.offerRegions(count);
-        camera.setScan32(60, (1u << count) - 1);
-        std::uint32_t bytes = 0;
-        for (std::size_t i = 0; i < regions.size(); ++i) {
-            const Region& region = regions[i];
-            const std::uint32_t fields[] = {region.width, region.height, region.x, region.y};
-            const std::size_t first = i == 0 ? 6 : 64 + 16 * (i - 1);
-            for (std::size_t field = 0; field < 4; ++field) {
-                camera.setScan32(first + 4 * field, fields[field]);
-            }
-            bytes += region.width * transferBitsPerPixel(frame.transferBits) / 8 * region.height;
-        }
-        camera.addRegisterPages();
-        camera.registers[{17, 8}] = bytes;
+        const std::uint32_t bytes = useRegions(camera, regions, transferBitsPerPixel(frame.transferBits) / 8);
         camera.pageRegister(25, 4) = mode;
         StreamTest::open();
         ASSERT_EQ(rawSize, bytes);

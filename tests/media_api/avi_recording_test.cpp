@@ -2,49 +2,15 @@
 #include <tuple>
 #include <utility>
 
-#include "media_api/avi_reader.h"
-#include "media_api/recording_fixture.h"
+#include "media_api/avi_recording_fixture.h"
 
 namespace tavra::test {
 namespace {
 
-constexpr std::uint32_t kMotionJpeg = 'M' | 'J' << 8 | 'P' << 16 | 'G' << 24;
 constexpr std::uint32_t kNoSuchCodec = 'z' | 'z' << 8 | 'z' << 16 | 'z' << 24;
 constexpr std::uint32_t kSkipped = 0x80000000;
 
 constexpr std::uint32_t kWidth = 10, kHeight = 6;
-
-std::uint32_t bytesOf(std::uint32_t previewFormat) {
-    return previewFormat == 1 ? 1 : previewFormat == 4 ? 3 : 4;
-}
-
-// By the rule, pixel after pixel: the last row first, every 2^shift-th row and pixel, no fourth byte, rows
-// filled up to four bytes (here with 0).
-Bytes asStored(const SeenImage& image, unsigned shift = 0) {
-    const std::uint32_t from = bytesOf(image.format), to = from == 1 ? 1 : 3;
-    const std::uint32_t stride = (image.width * from + 3) / 4 * 4;
-    const std::uint32_t width = image.width >> shift, height = image.height >> shift;
-    const std::uint32_t outStride = (width * to + 3) / 4 * 4;
-    Bytes stored(std::size_t{outStride} * height);
-    for (std::uint32_t y = 0; y < height; ++y) {
-        const std::uint32_t row = image.height - 1 - (y << shift);
-        for (std::uint32_t x = 0; x < width; ++x) {
-            for (std::uint32_t i = 0; i < to; ++i) {
-                stored[y * outStride + x * to + i] = image.data[row * stride + (x << shift) * from + i];
-            }
-        }
-    }
-    return stored;
-}
-
-// Nobody says what rows are filled up with.
-Bytes withoutPadding(Bytes stored, std::uint32_t rowBytes) {
-    const std::uint32_t stride = (rowBytes + 3) / 4 * 4;
-    for (std::size_t i = 0; i < stored.size(); ++i) {
-        if (i % stride >= rowBytes) stored[i] = 0;
-    }
-    return stored;
-}
 
 struct Form {
     std::uint32_t previewFormat = 4;
@@ -54,38 +20,16 @@ struct Form {
     std::uint32_t compressor = 0;
 };
 
-class AviRecording : public RecordingTest {
+class AviRecording : public AviRecordingTest {
   protected:
-    // Records frames of these numbers; the images that were to be recorded are `images` then.
     PlainAvi recordMovie(const Form& form, const std::vector<std::uint32_t>& numbers) {
         openCamera(1, form.previewFormat == 1 ? 1 : 5, kWidth, kHeight);
         EXPECT_EQ(Tavra_SetPreviewPixelFormat(handle, form.previewFormat), 1);
         EXPECT_EQ(Tavra_SetRotationMode(handle, form.rotation), 1);
         EXPECT_EQ(Tavra_SetAVIPriorityFileFormat(handle, form.priority), 1);
         EXPECT_EQ(Tavra_SetAVIFrameSize(handle, form.frameSize), 1);
-        forgetPlaces();
-        collectImages();
-        EXPECT_EQ(save("a.avi", 1000, form.compressor), 1) << lastError();
-        expectMessages({{kRecordingStarted, 0}, {TAVRA_MESSAGE_TRANSFER_STARTED, 0}});
-        const std::size_t before = images.count();
-        for (const std::uint32_t number : numbers) sendFrame(number, framePattern(number));
-        // An image's callback is behind the recorder.
-        seen = images.waitFor(before + numbers.size());
-        seen.erase(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(before));
-        EXPECT_EQ(Tavra_StopTransfer(handle), 1);
-        EXPECT_EQ(seen.size(), numbers.size());
-        return PlainAvi(readFile(folder / "a.avi"));
+        return recordImages(numbers, form.compressor);
     }
-
-    // Without cameras, for another recording.
-    void startOver() {
-        Tavra_Close(std::exchange(handle, nullptr));
-        usb.reset();
-        for (ReceivedMessage got; receiver.wait(got, 0);) {
-        }
-    }
-
-    std::vector<SeenImage> seen;
 };
 
 class AviPictures
@@ -103,12 +47,8 @@ TEST_P(AviPictures, AreThePreviewsPixelForPixel) {
     EXPECT_EQ(movie.height(), rotation == 1 ? kWidth : kHeight);
     EXPECT_EQ(movie.bits(), 8 * pixel);
     EXPECT_EQ(movie.length(), 5u) << "from frame 5 to 9";
-    const std::vector<Bytes> pictures = movie.pictures();
-    ASSERT_EQ(pictures.size(), 3u);
-    for (std::size_t i = 0; i < 3; ++i) {
-        ASSERT_EQ(seen[i].width, width);
-        EXPECT_EQ(withoutPadding(pictures[i], width * pixel), asStored(seen[i])) << i;
-    }
+    ASSERT_EQ(seen.size(), 3u);
+    expectSeen(movie);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, AviPictures,
@@ -160,6 +100,28 @@ TEST_F(AviRecording, KeepsThePlaceOfLostFramesInTheIndexOfAvi2) {
     EXPECT_EQ(movie.indexedSizes(), (PlainAvi::IndexedSizes{bytes, bytes, kSkipped, kSkipped, bytes}));
     EXPECT_EQ(movie.totalFrames(), 5u);
 }
+
+// ---- cameras that send no mosaic
+
+class AviTransferFormat : public AviRecording,
+                          public testing::WithParamInterface<std::tuple<std::uint32_t, std::uint32_t>> {};
+
+TEST_P(AviTransferFormat, IsRecordedAsThePreviewShowsIt) {
+    const auto [transferBits, previewFormat] = GetParam();
+    openCamera(transferBits, 1, 8, kHeight);
+    ASSERT_EQ(Tavra_SetPreviewPixelFormat(handle, previewFormat), 1);
+    const PlainAvi movie = recordImages({0, 1});
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_NE(seen[0].data, seen[1].data);
+    EXPECT_EQ(movie.bits(), previewFormat == 1 ? 8u : 24u);
+    expectSeen(movie);
+}
+
+// Mono of 8 bits, 10 bits and packed; BGR of 24 and 32 bits; the six YCbCr layouts.
+INSTANTIATE_TEST_SUITE_P(All, AviTransferFormat,
+                         testing::Combine(testing::Values(32u, 64u, 0x100000u, 1024u, 2048u, 4096u, 8192u,
+                                                          16384u, 0x1000000u, 0x2000000u, 0x4000000u),
+                                          testing::Values(1u, 4u, 8u)));
 
 // ---- compressed
 

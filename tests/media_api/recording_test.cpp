@@ -81,8 +81,10 @@ TEST_F(Recording, KeepsFramesTurned) {
     }
 }
 
-TEST_F(Recording, HasNoRawFramesOfAMonoTransferFormat) {
-    openCamera(32);
+class WithoutMosaic : public Recording, public testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(WithoutMosaic, ThereAreNoRawFrames) {
+    openCamera(GetParam(), 1, 8, 4);
     collectRaw();
     startBoth();
     sendAndAwait(0, 2);
@@ -90,6 +92,11 @@ TEST_F(Recording, HasNoRawFramesOfAMonoTransferFormat) {
     EXPECT_TRUE(movie().frames.empty());
     expectMessages({{kRecordingEnded, 0}});
 }
+
+// Mono, BGR, and YCbCr.
+INSTANTIATE_TEST_SUITE_P(TransferFormats, WithoutMosaic,
+                         testing::Values(32u, 64u, 0x100000u, 1024u, 2048u, 4096u, 8192u, 16384u, 0x1000000u,
+                                         0x2000000u, 0x4000000u));
 
 TEST_F(Recording, ThinsByTheFrameSize) {
     openCamera();
