@@ -1,6 +1,7 @@
 // Finished images from the stream, with a recorder of the test's own put where the capture thread looks for
 // it: what is handed to it, and when.
 #include <thread>
+#include <utility>
 
 #include "media/movie/recorder_support.h"
 #include "media_api/recording_fixture.h"
@@ -132,6 +133,29 @@ TEST_F(ImageRecording, IsNotEndedAheadOfAFrameThatWaits) {
     EXPECT_EQ(status(), 0);
     EXPECT_EQ(written().size(), 2u);
     stopAndExpectCode(0);
+}
+
+// The handle goes while a frame waits for its buffer: the close waits for both, and what was taken is
+// written.
+TEST_F(ImageRecording, IsEndedByACloseWhileTheQueueIsFull) {
+    openCamera(1, 5);
+    collectRaw();
+    start();
+    ASSERT_EQ(recorder->SetBufferCount(1), 0u);
+    attach(1);
+    log.gate.reset();
+    sendFrame(0, framePattern(0));
+    sendFrame(1, framePattern(1));
+    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    EXPECT_EQ(raws.waitFor(2).size(), 2u);
+    while (record().recording.operationMutex.try_lock()) {  // until the second frame is at the recorder
+        record().recording.operationMutex.unlock();
+        std::this_thread::yield();
+    }
+    std::thread closer([this] { Tavra_Close(std::exchange(handle, nullptr)); });
+    log.gate.set();
+    closer.join();
+    EXPECT_EQ(written().size(), 2u);
 }
 
 TEST_F(ImageRecording, IgnoresImagesOfAnotherShape) {

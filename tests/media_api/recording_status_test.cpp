@@ -31,6 +31,35 @@ TEST_F(RecordingStatus, IsNotPausedThoughTheCallSucceeds) {
     expectFailure(Tavra_SetAVIStatus(handle, 0), 87);
 }
 
+// Between the writer's end and the next frame, which would close the recording, a pause is taken: from then
+// on frames are counted, and only an end ends it.
+TEST_F(RecordingStatus, IsPausedBehindTheEndOfItsWriterAlone) {
+    openCamera();
+    collectRaw();
+    startBoth(1);
+    sendFrame(0, framePattern(0));
+    sendFrame(1, framePattern(1));  // ends the file
+    expectMessages({{kRecordingEnded, 0}});
+    EXPECT_EQ(status(), 0);
+    EXPECT_EQ(Tavra_SetAVIStatus(handle, 1), 1);
+    EXPECT_EQ(status(), 0) << "it does not go on";
+    EXPECT_EQ(Tavra_SetAVIStatus(handle, 2), 1);
+    EXPECT_EQ(status(), 2);
+    sendAndAwait(2, 3);
+    EXPECT_EQ(Tavra_SetAVIStatus(handle, 1), 1);
+    std::uint8_t state = 9;
+    std::uint32_t position = 99;
+    ASSERT_EQ(Tavra_GetAVIStatus(handle, &state, nullptr, &position), 1);
+    EXPECT_EQ(state, 2);
+    EXPECT_EQ(position, 1u) << "of the last frame that was not paused";
+    expectFailure(save("b.smf"), 0xE0000008);
+    EXPECT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
+    EXPECT_EQ(status(), 0);
+    EXPECT_EQ(movie().frames.size(), 1u);
+    expectFailure(Tavra_SetAVIStatus(handle, 2), 87);
+    expectNoMessage();
+}
+
 TEST_F(RecordingStatus, RefusesASecondOne) {
     openCamera();
     startBoth();
