@@ -2,6 +2,7 @@
 #include <array>
 
 #include "media_api/recording_fixture.h"
+#include "platform/random_access_file.h"
 
 namespace tavra::test {
 namespace {
@@ -74,6 +75,25 @@ TEST_F(RecordingName, ReplacesAnOldFile) {
     startBoth();
     ASSERT_EQ(Tavra_StopTransfer(handle), 1);
     EXPECT_TRUE(movie().frames.empty());
+}
+
+// Two recordings into one file would be none.
+TEST_F(RecordingName, IsNoOneElsesMeanwhile) {
+    openCamera();
+    for (const char* file : {"a.smf", "a.avi"}) {
+        platform::RandomAccessFile other;
+        ASSERT_TRUE(other.create(name(file)).ok());
+        ASSERT_TRUE(other.write(0, "theirs", 6).ok());
+        for (const std::uint32_t priority : {0u, 1u}) {
+            ASSERT_EQ(Tavra_SetAVIPriorityFileFormat(handle, priority), 1);
+            expectFailure(save(file), 0xE0000009);
+        }
+        ASSERT_TRUE(other.close().ok());
+        EXPECT_EQ(readFile(folder / file), (Bytes{'t', 'h', 'e', 'i', 'r', 's'}));
+        EXPECT_EQ(status(), 0);
+        ASSERT_EQ(save(file), 1);
+        ASSERT_EQ(Tavra_StopTransfer(handle), 1);
+    }
 }
 
 }  // namespace
