@@ -43,10 +43,9 @@ struct Common {
     }
 };
 
-// The frame that comes after this call; one that was under way when a setting changed may be that one.
-void waitForFrame(const StreamSession& stream, FrameTap& tap, TappedFrame& frame, double timeoutSeconds) {
+// The frame that was asked for.
+void awaitAsked(const StreamSession& stream, FrameTap& tap, TappedFrame& frame, double timeoutSeconds) {
     const Clock::time_point start = Clock::now();
-    tap.ask();
     while (!tap.take(frame)) {
         stream.run(kPollMs);
         if (std::chrono::duration<double>(Clock::now() - start).count() > timeoutSeconds) {
@@ -56,6 +55,12 @@ void waitForFrame(const StreamSession& stream, FrameTap& tap, TappedFrame& frame
                 ExitCode::TimedOut);
         }
     }
+}
+
+// The frame that comes after this call; one that was under way when a setting changed may be that one.
+void waitForFrame(const StreamSession& stream, FrameTap& tap, TappedFrame& frame, double timeoutSeconds) {
+    tap.ask();
+    awaitAsked(stream, tap, frame, timeoutSeconds);
 }
 
 // --- shading ---
@@ -217,12 +222,12 @@ void calibrateDark(const DarkOptions& options) {
             camera.check(Tavra_SetNoiseReductionMode(camera.handle(), mode),
                          "cannot set the noise reduction");
             live.show(what);
-            tap.ask();
+            tap.ask();  // ahead of the trigger: there is one frame, and it may come at once
             if (!options.external) {
                 camera.check(Tavra_TriggerSoftware(camera.handle(), TAVRA_TRIGGER_SELECTOR_0),
                              "cannot trigger the camera");
             }
-            waitForFrame(stream, tap, frame, options.timeoutSeconds);
+            awaitAsked(stream, tap, frame, options.timeoutSeconds);
             live.finish();
         };
         askFor("Put the cap on the lens");

@@ -208,6 +208,14 @@ TEST_F(CommandTest, ADarkFrameTakesTheHotPixelsOutOfAPicture) {
     EXPECT_EQ(brightest("less.png"), 0);
 }
 
+TEST_F(CommandTest, ADarkFrameIsTakenHoweverSoonItComesBehindItsTrigger) {
+    environment =
+        "LD_PRELOAD='" TAVRA_LATE_TRIGGER "' ASAN_OPTIONS=\"$ASAN_OPTIONS:verify_asan_link_order=0\"";
+    const Outcome dark = run("calibrate dark --virtual bayer:light=0:noise=off less.png </dev/null");
+    EXPECT_EQ(dark.exitCode, 0) << dark.output;
+    EXPECT_FALSE(picture("less.png").rgb.empty());
+}
+
 TEST_F(CommandTest, DefectsAreCountedAndWrittenOnRequest) {
     const std::string scene =
         "--virtual bayer:light=0:noise=off:hotpixels=12:pace=off --set size=2048x1152 --threshold 20 ";

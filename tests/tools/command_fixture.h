@@ -34,9 +34,9 @@ class CommandTest : public ::testing::Test {
 
     // The same, not waiting for its end.
     FILE* start(const std::string& arguments) const {
-        const std::string line = "cd '" + folder.path().string() +
-                                 "' && env -u TAVRA_VIRTUAL_CAMERAS TAVRA_USBD='" + TAVRA_USBD_LIBRARY +
-                                 "' '" + TAVRA_COMMAND + "' " + arguments + " 2>&1";
+        const std::string line = "cd '" + folder.path().string() + "' && env -u TAVRA_VIRTUAL_CAMERAS " +
+                                 environment + " TAVRA_USBD='" + TAVRA_USBD_LIBRARY + "' '" + TAVRA_COMMAND +
+                                 "' " + arguments + " 2>&1";
         return popen(line.c_str(), "r");
     }
 
@@ -83,6 +83,7 @@ class CommandTest : public ::testing::Test {
     }
 
     TempFolder folder;
+    std::string environment;  // more of it for the command: NAME=VALUE, as the shell takes them
 };
 
 }  // namespace tavra::test
