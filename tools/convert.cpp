@@ -1,7 +1,10 @@
 // `tavra convert`: develops an SMF movie to AVI.
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -114,6 +117,15 @@ MovieReport requireSmf(const Options& options) {
     return report;
 }
 
+// Whether a recording or another conversion has the file: they lock it.
+bool isTaken(const std::string& file) {
+    const int descriptor = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    const bool taken = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    close(descriptor);
+    return taken;
+}
+
 // Why a conversion failed, as far as it can be seen from outside.
 std::string reasonOf(const Options& options, std::uint32_t codec) {
     const auto free = freeBytesAt(options.output);
@@ -125,6 +137,7 @@ std::string reasonOf(const Options& options, std::uint32_t codec) {
     if (access(place.c_str(), W_OK) != 0 || fs::is_directory(options.output)) {
         return "it could not be opened for writing; check the folder and its permissions";
     }
+    if (isTaken(options.output)) return "a recording or another conversion has the file";
     if (codec != TAVRA_AVI_COMPRESSOR_NONE && codec != TAVRA_AVI_COMPRESSOR_MJPG) {
         return "nothing here encodes " + codecName(codec) + "; the codecs none and mjpg are built in";
     }

@@ -54,10 +54,15 @@ constexpr Entry kEntries[] = {
     {TAVRA_ERROR_NO_WINDOW, ExitCode::Failed, "there is no preview window"},
     {TAVRA_ERROR_RECORDING, ExitCode::Failed, "not possible while a recording runs"},
     {TAVRA_ERROR_FILE_STREAM, ExitCode::Failed,
-     "the movie could not be opened for writing; check the folder and its permissions"},
+     "the movie could not be opened for writing; check the folder and its permissions, and whether a "
+     "recording or "
+     "conversion has the file"},
     {TAVRA_ERROR_COMPRESSOR_A, ExitCode::Failed, "no codec of this kind is installed"},
     {TAVRA_ERROR_COMPRESSOR_B, ExitCode::Failed, "the codec does not take pictures of this kind"},
-    {TAVRA_ERROR_COMPRESSOR_C, ExitCode::Failed, "the movie could not be opened for writing"},
+    {TAVRA_ERROR_COMPRESSOR_C, ExitCode::Failed,
+     "the movie could not be opened for writing; check the folder and its permissions, and whether a "
+     "recording or "
+     "conversion has the file"},
     {TAVRA_ERROR_COMPRESSOR_D, ExitCode::Failed, "no codec was chosen"},
     {TAVRA_ERROR_FILE_NAME, ExitCode::Failed,
      "the file name has no known ending; images end in .png, .jpg, .tif, .bmp or .raw, movies in "

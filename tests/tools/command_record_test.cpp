@@ -1,5 +1,9 @@
 // Movies of the command: recorded from virtual cameras, developed, and read back by its own probe and by
 // ffprobe.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -268,6 +272,26 @@ TEST_F(CommandRecordTest, ConvertRefusesInWords) {
         EXPECT_NE(outcome.output.find(refused.words), std::string::npos) << outcome.output;
         EXPECT_FALSE(std::filesystem::exists(folder / "out.avi")) << refused.arguments;
     }
+}
+
+// The test stands for a recording that has the file.
+TEST_F(CommandRecordTest, LeavesTheFileOfAnotherRecordingAsItIs) {
+    ASSERT_EQ(run("record" + kCamera + "--frames 3 raw.smf").exitCode, 0);
+    std::ofstream(folder / "out.avi") << "theirs";
+    const int theirs = ::open((folder / "out.avi").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(theirs, 0);
+    ASSERT_EQ(flock(theirs, LOCK_EX), 0);
+    for (const std::string& arguments :
+         {"record" + kCamera + "--frames 3 out.avi", "record" + kCamera + "--frames 3 --avi 1 out.avi",
+          std::string("convert raw.smf out.avi")}) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 1) << arguments;
+        EXPECT_NE(outcome.output.find("has the file"), std::string::npos) << outcome.output;
+        EXPECT_EQ(std::filesystem::file_size(folder / "out.avi"), 6u) << arguments;
+    }
+    ::close(theirs);
+    EXPECT_EQ(run("convert raw.smf out.avi").exitCode, 0);
+    expectWhole("out.avi", 3);
 }
 
 TEST_F(CommandRecordTest, ProbeTellsManyFilesAndCountsTheBrokenOnes) {
