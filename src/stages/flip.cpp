@@ -7,6 +7,7 @@
 #include "platform/last_error.h"
 #include "stages/flip/mirror.h"
 #include "stages/flip/orientation.h"
+#include "stages/flip/transpose.h"
 
 namespace tavra {
 namespace {
@@ -93,8 +94,7 @@ std::uint32_t CFlip::flip(const Request& request) {
             source = scratch_.get();
         }
         flip::transpose(request.pixelBytes,
-                        transpositionOf(source, destination, width, height, request.pixelBytes, orientation),
-                        tile_);
+                        transpositionOf(source, destination, width, height, request.pixelBytes, orientation));
     }
     std::swap(*request.width, *request.height);
     return error::kNone;

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <memory>
 
-#include "stages/flip/transpose.h"
 #include "stages/unknown.h"
 
 namespace tavra {
@@ -79,7 +78,6 @@ class CFlip final : public CountedStage<CFlip, IFlip> {
 
     std::unique_ptr<std::uint8_t[]> scratch_;
     std::size_t scratchSize_ = 0;
-    flip::WorkTile tile_;
 };
 
 }  // namespace tavra

@@ -87,7 +87,8 @@ std::vector<Sample> noise(std::mt19937& random, std::size_t count) {
     return samples;
 }
 
-// Each operation on one image, into another buffer and in place. Something behind the buffer's end must stay.
+// Each operation on one image, into another buffer and in place. Something behind the buffer's end must stay,
+// and memory behind the source's end is nobody's.
 template <class Sample>
 void checkAllOperations(std::mt19937& random, u32 w, u32 h, u16 samples) {
     constexpr std::size_t kGuard = 8;
@@ -96,10 +97,11 @@ void checkAllOperations(std::mt19937& random, u32 w, u32 h, u16 samples) {
     for (int op = 1; op <= 7; ++op) {
         const auto source = noise<Sample>(random, count + kGuard);
         const auto before = noise<Sample>(random, count + kGuard);
+        const std::vector<Sample> image(source.begin(), source.end() - kGuard);
         auto wanted = before, result = before;
-        plainFlip(op, w, h, source, wanted, samples);
+        plainFlip(op, w, h, image, wanted, samples);
         u32 width = w, height = h;
-        ASSERT_EQ(callFlip(stage, kModesOf[op], width, height, source.data(), result.data(), samples), 0u);
+        ASSERT_EQ(callFlip(stage, kModesOf[op], width, height, image.data(), result.data(), samples), 0u);
         EXPECT_EQ(width, turns(op) ? h : w);
         EXPECT_EQ(height, turns(op) ? w : h);
         ASSERT_EQ(result, wanted) << "op " << op << ", " << w << " x " << h << " x " << samples;
@@ -136,7 +138,7 @@ TYPED_TEST(FlipOf, EveryOperationOnImagesOfSeveralPieces) {
     }
 }
 
-// Images beyond 8 MiB go another way than smaller ones of the same format.
+// Of many bands and stripes.
 TYPED_TEST(FlipOf, AQuarterTurnOfALargeImage) {
     const u32 w = 4101 / sizeof(TypeParam), h = 2055;
     std::vector<TypeParam> source(std::size_t{w} * h);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "stages/byte_lanes.h"
@@ -10,20 +11,15 @@
 namespace tavra::flip {
 namespace {
 
-// The image is worked in bands of columns, a band in pieces of rows, a piece in square blocks that fit in the
-// registers. The rows that a piece becomes are put together in the work tile, and go to the destination in
-// long runs. What decides about the speed of a large image is how often a page of memory is come back to, in
-// the source and in the destination, and that the next lines of both are asked for in time.
+// The image is worked in bands of columns, a band in stripes of rows, as many as make a cache line or more of
+// a row of the destination, a stripe in chunks of columns, a chunk in blocks that fit in the registers. So
+// the lines that a stripe leaves half written are still in a near cache when the next stripe goes on with
+// them, and few pages of memory are in use at a time. The lines of the next stripes are asked for in time.
 constexpr std::size_t kBandColumns = 256;
-constexpr std::size_t kRunBytes = 1024;
+constexpr std::size_t kStripeBytes = 64;  // of a row of the destination, at the least
 constexpr std::size_t kCacheLine = 64;
-constexpr std::size_t kTileStride = kRunBytes + kCacheLine;  // not a power of two, which shares cache sets
-constexpr std::size_t kSourceRowsAhead = 8;
-constexpr std::size_t kResultRowsAhead = 4;
-constexpr std::size_t kCachedBytes = std::size_t{8} << 20;  // of an image that a processor of today keeps
-static_assert(kBandColumns * kTileStride <= sizeof(WorkTile));
 
-// Square blocks, one in each lane of the registers, the second one beside or below the first. Vectors of the
+// Square blocks, one in each lane of the registers, the second one below the first. Vectors of the
 // compiler's own, the same on every processor: it knows an interleaving of two of them as one instruction.
 template <class Word>
 struct Row {
@@ -61,64 +57,117 @@ inline void transposeBlock(Vector* block) {
     for (std::size_t r = 0; r < Row<Word>::kSide; ++r) block[r] = next[r];
 }
 
-// How pixels become a row of words, and how the words of a row become pixels.
-template <class W>
-struct WholeWords {
-    using Word = W;
-    static constexpr std::size_t kPixelBytes = sizeof(Word);
-    static constexpr std::size_t kLeastWidth = Row<Word>::kBoth;
-    static lanes::Vector load(const std::uint8_t* pixels, std::ptrdiff_t apart, bool) {
-        return lanes::load(pixels, apart);
-    }
-    static void store(const Word* words, std::size_t count, std::uint8_t* pixels) {
-        std::memcpy(pixels, words, count * sizeof(Word));
-    }
-};
+// Each format says how a block of kColumns by kRows pixels is turned, which may read, and write with
+// anything, up to kSpare pixels to the right of either block.
 
-// B, G, R and a fourth byte that nobody writes.
-struct Bgr32 {
-    using Word = std::uint32_t;
-    static constexpr std::size_t kPixelBytes = 4;
-    static constexpr std::size_t kLeastWidth = Row<Word>::kBoth;
-    static lanes::Vector load(const std::uint8_t* pixels, std::ptrdiff_t apart, bool) {
-        return lanes::load(pixels, apart);
+// Pixels of a word, of which the bits of `kMoved` move and the others stay as they are in the destination.
+template <class W, W kMoved = static_cast<W>(~W{0})>
+struct Words {
+    using Vector = typename Row<W>::Vector;
+    static constexpr std::size_t kPixelBytes = sizeof(W);
+    static constexpr std::size_t kColumns = Row<W>::kSide, kRows = Row<W>::kBoth, kSpare = 0;
+
+    static void turn(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* destination,
+                     std::ptrdiff_t destinationStride) {
+        constexpr auto kBelow = static_cast<std::ptrdiff_t>(kColumns);
+        Vector block[kColumns];
+        for (Vector& row : block) {
+            row = reinterpret_cast<Vector>(lanes::load(source, kBelow * sourceStride));
+            source += sourceStride;
+        }
+        transposeBlock<W>(block);
+        for (const Vector& row : block) {
+            store(row, destination);
+            destination += destinationStride;
+        }
     }
-    static void store(const Word* __restrict words, std::size_t count, std::uint8_t* __restrict pixels) {
-        for (std::size_t i = 0; i < count; ++i) {
-            Word old;
-            std::memcpy(&old, pixels + 4 * i, sizeof old);
-            const Word pixel = (words[i] & 0x00FFFFFFu) | (old & 0xFF000000u);
-            std::memcpy(pixels + 4 * i, &pixel, sizeof pixel);
+
+  private:
+    static void store(Vector row, std::uint8_t* to) {
+        if constexpr (kMoved == static_cast<W>(~W{0})) {
+            // Lane by lane: where a row begins is anywhere, and whole vectors would lie across two lines more
+            // often.
+            lanes::store(reinterpret_cast<lanes::Vector>(row), to, lanes::kLaneBytes);
+        } else {
+            Vector old;
+            std::memcpy(&old, to, sizeof old);
+            row = (row & kMoved) | (old & ~kMoved);
+            std::memcpy(to, &row, sizeof row);
         }
     }
 };
 
-// B, G, R: a word each in the block, with a byte of no meaning.
-struct Bgr24 {
-    using Word = std::uint32_t;
-    static constexpr std::size_t kPixelBytes = 3;
-    static constexpr std::size_t kLeastWidth = Row<Word>::kBoth + 2;  // four bytes more than the blocks take
+// B, G, R, where bytes can be permuted at will: four pixels are a lane of words, with a byte of no meaning
+// each.
+struct PermutedBgr24 {
+    using Vector = Row<std::uint32_t>::Vector;
+    [[maybe_unused]] static constexpr std::size_t kPixelBytes = 3;
+    [[maybe_unused]] static constexpr std::size_t kColumns = 4, kRows = Row<std::uint32_t>::kBoth, kSpare = 2;
 
-    // Four pixels are 12 bytes. The other four that a lane takes lie ahead of them where there are pixels,
-    // since behind them the image may end.
-    static lanes::Vector load(const std::uint8_t* pixels, std::ptrdiff_t apart, bool first) {
-        if (first) {
-            return lanes::permuted<lanes::Order{0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0}>(
-                lanes::load(pixels, apart));
-        }
-        return lanes::permuted<lanes::Order{4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 0, 13, 14, 15, 0}>(
-            lanes::load(pixels - 4, apart));
-    }
-    static void store(const Word* words, std::size_t count, std::uint8_t* pixels) {
+    static void turn(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* destination,
+                     std::ptrdiff_t destinationStride) {
+        constexpr lanes::Order kExpand = {0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0};
         constexpr lanes::Order kCloseUp = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
-        std::size_t i = 0;
-        // Four pixels are stored as a lane, of which the next pixels replace the last four bytes.
-        for (; 3 * i + lanes::kVectorBytes <= 3 * count; i += 4 * lanes::kLanes) {
-            lanes::Vector bytes;
-            std::memcpy(&bytes, words + i, sizeof bytes);
-            lanes::store(lanes::permuted<kCloseUp>(bytes), pixels + 3 * i, 12);
+        Vector block[kColumns];
+        for (Vector& row : block) {
+            row = reinterpret_cast<Vector>(lanes::permuted<kExpand>(lanes::load(source, 4 * sourceStride)));
+            source += sourceStride;
         }
-        for (; i < count; ++i) std::memcpy(pixels + 3 * i, words + i, 3);
+        transposeBlock<std::uint32_t>(block);
+        for (const Vector& row : block) {
+            // The last four of the 16 bytes of a lane are written again by what follows.
+            lanes::store(lanes::permuted<kCloseUp>(reinterpret_cast<lanes::Vector>(row)), destination, 12);
+            destination += destinationStride;
+        }
+    }
+};
+
+// The same where they cannot: two pixels each in the lower six bytes of two words.
+struct ShiftedBgr24 {
+    using Pairs [[gnu::vector_size(2 * sizeof(std::uint64_t))]] = std::uint64_t;
+    [[maybe_unused]] static constexpr std::size_t kPixelBytes = 3;
+    [[maybe_unused]] static constexpr std::size_t kColumns = 4, kRows = 4, kSpare = 1;
+
+    static void turn(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* destination,
+                     std::ptrdiff_t destinationStride) {
+        constexpr std::uint64_t kFirst = 0xFFFFFF;
+        for (std::size_t y = 0; y < kRows; y += 2) {
+            const Pairs upper = load(source), lower = load(source + sourceStride);
+            store((upper & kFirst) | lower << 24, destination, 2 * destinationStride);
+            store((upper >> 24 & kFirst) | (lower & ~kFirst), destination + destinationStride,
+                  2 * destinationStride);
+            source += 2 * sourceStride;
+            destination += std::ptrdiff_t{2 * kPixelBytes};
+        }
+    }
+
+  private:
+    static Pairs load(const std::uint8_t* pixels) {
+        std::uint64_t first, second;
+        std::memcpy(&first, pixels, sizeof first);
+        std::memcpy(&second, pixels + 2 * kPixelBytes, sizeof second);
+        return Pairs{first, second};
+    }
+    static void store(Pairs pairs, std::uint8_t* to, std::ptrdiff_t apart) {
+        const std::uint64_t first = pairs[0], second = pairs[1];
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + apart, &second, sizeof second);
+    }
+};
+using Bgr24 = std::conditional_t<(lanes::kLanes > 1), PermutedBgr24, ShiftedBgr24>;
+
+// B, G, R of two bytes each: a pixel is moved along with two bytes of the next one, which is written after
+// it.
+struct Bgr48 {
+    static constexpr std::size_t kPixelBytes = 6;
+    static constexpr std::size_t kColumns = 1, kRows = 16, kSpare = 1;
+
+    static void turn(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* destination,
+                     std::ptrdiff_t) {
+        for (std::size_t y = 0; y < kRows; ++y) {
+            std::memcpy(destination + y * kPixelBytes, source, sizeof(std::uint64_t));
+            source += sourceStride;
+        }
     }
 };
 
@@ -131,14 +180,22 @@ std::uint8_t* resultAt(const Transposition& image, std::size_t x, std::size_t y,
     return image.destination + static_cast<std::ptrdiff_t>(x) * image.destinationStride + y * pixelBytes;
 }
 
-// A run of columns or rows, moved back from the edge where less than a block is left: what was done already
-// is done again.
 struct Span {
     std::size_t first, end;
 
-    Span(std::size_t begin, std::size_t length, std::size_t size, std::size_t side)
-        : first(std::min(begin, size - side)), end(std::min(begin + length, size)) {}
+    std::size_t size() const { return end - first; }
 };
+
+// Pixel by pixel: what is too narrow for blocks.
+template <std::size_t kPixelBytes>
+void turnPixels(const Transposition& image, Span columns, Span rows) {
+    constexpr std::size_t kMovedBytes = kPixelBytes % 4 == 0 ? kPixelBytes / 4 * 3 : kPixelBytes;
+    for (std::size_t x = columns.first; x < columns.end; ++x) {
+        for (std::size_t y = rows.first; y < rows.end; ++y) {
+            std::memcpy(resultAt(image, x, y, kPixelBytes), pixelAt(image, x, y, kPixelBytes), kMovedBytes);
+        }
+    }
+}
 
 // Asks for the lines of some rows: to be read (0) or to be written (1).
 template <int kWrite>
@@ -148,152 +205,67 @@ void prefetchRows(const std::uint8_t* row, std::ptrdiff_t stride, std::size_t ro
     }
 }
 
-// Blocks with their upper left corner at (x, y), the second one `apart` bytes behind the first.
+// One row of blocks.
 template <class Format>
-void loadTransposed(const Transposition& image, std::size_t x, std::size_t y, std::ptrdiff_t apart,
-                    typename Row<typename Format::Word>::Vector* block) {
-    using Word = typename Format::Word;
-    const std::uint8_t* pixels = pixelAt(image, x, y, Format::kPixelBytes);
-    for (std::size_t r = 0; r < Row<Word>::kSide; ++r, pixels += image.sourceStride)
-        block[r] = reinterpret_cast<typename Row<Word>::Vector>(Format::load(pixels, apart, x == 0));
-    transposeBlock<Word>(block);
-}
-
-// One row of blocks, two side by side, into the work tile.
-template <class Format>
-void transposeBlocks(const Transposition& image, const Span& columns, std::size_t y, std::uint8_t* out) {
-    using Word = typename Format::Word;
-    constexpr std::size_t kSide = Row<Word>::kSide, kBoth = Row<Word>::kBoth;
-    const std::size_t count = columns.end - columns.first;
-    for (std::size_t start = 0; start < count; start += kBoth) {
-        const std::size_t x = std::min(start, count - kBoth);
-        typename Row<Word>::Vector block[kSide];
-        loadTransposed<Format>(image, columns.first + x, y, kSide * Format::kPixelBytes, block);
-        for (std::size_t r = 0; r < kSide; ++r) {
-            lanes::store(reinterpret_cast<lanes::Vector>(block[r]), out + (x + r) * kTileStride,
-                         kSide * kTileStride);
-        }
+void turnBlocks(const Transposition& image, Span columns, std::size_t y) {
+    const std::uint8_t* source = pixelAt(image, columns.first, y, Format::kPixelBytes);
+    std::uint8_t* destination = resultAt(image, columns.first, y, Format::kPixelBytes);
+    for (std::size_t x = columns.first; x < columns.end; x += Format::kColumns) {
+        Format::turn(source, image.sourceStride, destination, image.destinationStride);
+        source += Format::kColumns * Format::kPixelBytes;
+        destination += static_cast<std::ptrdiff_t>(Format::kColumns) * image.destinationStride;
     }
 }
 
-// The work tile's rows into the destination.
+// The rows of a stripe. Where less than a block is left below, the last block lies across rows that were
+// done.
 template <class Format>
-void storePiece(const Transposition& image, const Span& columns, const Span& rows, const WorkTile& tile) {
-    const std::size_t count = rows.end - rows.first;
-    const std::uint8_t* words = tile.bytes.data();
-    std::uint8_t* pixels = resultAt(image, columns.first, rows.first, Format::kPixelBytes);
-    for (std::size_t x = columns.first; x < columns.end; ++x) {
-        if (x + kResultRowsAhead < columns.end) {
-            const std::ptrdiff_t ahead = kResultRowsAhead * image.destinationStride;
-            prefetchRows<1>(pixels + ahead, 0, count * Format::kPixelBytes, 1);
+void turnStripe(const Transposition& image, Span columns, Span rows) {
+    // Narrow chunks keep the rows of a wide image, whose addresses differ by a power of two, from driving
+    // each other out of the nearest cache; small pixels need so many rows that only few columns were left.
+    constexpr std::size_t kChunkColumns = Format::kPixelBytes < 3 ? kBandColumns : 64;
+    for (std::size_t x = columns.first; x < columns.end; x += kChunkColumns) {
+        const Span chunk = {x, std::min(x + kChunkColumns, columns.end)};
+        if (rows.end + rows.size() <= image.height) {
+            prefetchRows<0>(pixelAt(image, x, rows.end, Format::kPixelBytes), image.sourceStride,
+                            chunk.size() * Format::kPixelBytes, rows.size());
+            prefetchRows<1>(resultAt(image, x, rows.end, Format::kPixelBytes), image.destinationStride,
+                            rows.size() * Format::kPixelBytes, chunk.size());
         }
-        Format::store(static_cast<const typename Format::Word*>(static_cast<const void*>(words)), count,
-                      pixels);
-        pixels += image.destinationStride;
-        words += kTileStride;
-    }
-}
-
-template <class Format>
-void transposePiece(const Transposition& image, const Span& columns, const Span& rows, WorkTile& tile) {
-    using Word = typename Format::Word;
-    constexpr std::size_t kSide = Row<Word>::kSide;
-    for (std::size_t start = rows.first; start < rows.end; start += kSide) {
-        const std::size_t y = std::min(start, rows.end - kSide);
-        if (const std::size_t ahead = y + kSourceRowsAhead; ahead + kSide <= image.height) {
-            prefetchRows<0>(pixelAt(image, columns.first, ahead, Format::kPixelBytes), image.sourceStride,
-                            (columns.end - columns.first) * Format::kPixelBytes, kSide);
-        }
-        transposeBlocks<Format>(image, columns, y, tile.bytes.data() + (y - rows.first) * sizeof(Word));
-    }
-    storePiece<Format>(image, columns, rows, tile);
-}
-
-// Pixel by pixel: what is too narrow for blocks, and the rare formats.
-template <std::size_t kPixelBytes, std::size_t kMoved>
-void transposePixels(const Transposition& image) {
-    constexpr std::size_t kSide = 16;
-    for (std::size_t top = 0; top < image.height; top += kSide) {
-        for (std::size_t x = 0; x < image.width; ++x) {
-            for (std::size_t y = top; y < std::min(top + kSide, image.height); ++y) {
-                std::memcpy(resultAt(image, x, y, kPixelBytes), pixelAt(image, x, y, kPixelBytes), kMoved);
-            }
+        for (std::size_t y = rows.first; y < rows.end; y += Format::kRows) {
+            turnBlocks<Format>(image, chunk, std::min(y, image.height - Format::kSpare - Format::kRows));
         }
     }
 }
 
 template <class Format>
-void transposeBands(const Transposition& image, WorkTile& tile) {
-    using Word = typename Format::Word;
-    constexpr std::size_t kRows = kRunBytes / sizeof(Word);
-    for (std::size_t x = 0; x < image.width; x += kBandColumns) {
-        const Span columns(x, kBandColumns, image.width, Row<Word>::kBoth);
-        for (std::size_t y = 0; y < image.height; y += kRows) {
-            transposePiece<Format>(image, columns, Span(y, kRows, image.height, Row<Word>::kSide), tile);
-        }
+void turnImage(const Transposition& image) {
+    constexpr std::size_t kPixelBytes = Format::kPixelBytes;
+    constexpr std::size_t kStripeRows =
+        (kStripeBytes / kPixelBytes + Format::kRows - 1) / Format::kRows * Format::kRows;
+    if (image.width < Format::kColumns + Format::kSpare || image.height < Format::kRows + Format::kSpare)
+        return turnPixels<kPixelBytes>(image, {0, image.width}, {0, image.height});
+    const std::size_t width = (image.width - Format::kSpare) / Format::kColumns * Format::kColumns;
+    const std::size_t height = image.height - Format::kSpare;
+    for (std::size_t x = 0; x < width; x += kBandColumns) {
+        const Span columns = {x, std::min(x + kBandColumns, width)};
+        for (std::size_t y = 0; y < height; y += kStripeRows)
+            turnStripe<Format>(image, columns, {y, std::min(y + kStripeRows, height)});
+        turnPixels<kPixelBytes>(image, columns, {height, image.height});
     }
-}
-
-// An image of whole words that stays in the caches: without the detour through the work tile, blocks one
-// below the other, as many as fill lines of the destination.
-template <class Word>
-void transposeStripes(const Transposition& image) {
-    constexpr std::size_t kSide = Row<Word>::kSide, kBoth = Row<Word>::kBoth;
-    constexpr std::size_t kRows = kCacheLine / sizeof(Word);
-    const std::ptrdiff_t below = static_cast<std::ptrdiff_t>(kSide) * image.sourceStride;
-    for (std::size_t top = 0; top < image.height; top += kRows) {
-        const Span rows(top, kRows, image.height, kBoth);
-        for (std::size_t start = 0; start < image.width; start += kSide) {
-            const std::size_t x = std::min(start, image.width - kSide);
-            for (std::size_t next = rows.first; next < rows.end; next += kBoth) {
-                const std::size_t y = std::min(next, rows.end - kBoth);
-                typename Row<Word>::Vector block[kSide];
-                loadTransposed<WholeWords<Word>>(image, x, y, below, block);
-                std::uint8_t* pixels = resultAt(image, x, y, sizeof(Word));
-                // Lane by lane: where a row begins is anywhere, and whole vectors would lie across two lines
-                // more often.
-                for (std::size_t r = 0; r < kSide; ++r, pixels += image.destinationStride)
-                    lanes::store(reinterpret_cast<lanes::Vector>(block[r]), pixels, lanes::kLaneBytes);
-            }
-        }
-    }
-}
-
-template <class Format>
-bool fitsBlocks(const Transposition& image) {
-    return image.width >= Format::kLeastWidth && image.height >= Row<typename Format::Word>::kBoth;
-}
-
-template <class Word>
-void transposeWords(const Transposition& image, WorkTile& tile) {
-    if (!fitsBlocks<WholeWords<Word>>(image)) {
-        transposePixels<sizeof(Word), sizeof(Word)>(image);
-    } else if (image.width * image.height * sizeof(Word) <= kCachedBytes) {
-        transposeStripes<Word>(image);
-    } else {
-        transposeBands<WholeWords<Word>>(image, tile);
-    }
-}
-
-template <class Format>
-void transposeColors(const Transposition& image, WorkTile& tile) {
-    if (fitsBlocks<Format>(image)) {
-        transposeBands<Format>(image, tile);
-    } else {
-        transposePixels<Format::kPixelBytes, 3>(image);
-    }
+    turnPixels<kPixelBytes>(image, {width, image.width}, {0, image.height});
 }
 
 }  // namespace
 
-void transpose(std::size_t pixelBytes, const Transposition& image, WorkTile& tile) {
+void transpose(std::size_t pixelBytes, const Transposition& image) {
     switch (pixelBytes) {
-        case 1: return transposeWords<std::uint8_t>(image, tile);
-        case 2: return transposeWords<std::uint16_t>(image, tile);
-        case 3: return transposeColors<Bgr24>(image, tile);
-        case 4: return transposeColors<Bgr32>(image, tile);
-        case 6: return transposePixels<6, 6>(image);
-        default: return transposePixels<8, 6>(image);
+        case 1: return turnImage<Words<std::uint8_t>>(image);
+        case 2: return turnImage<Words<std::uint16_t>>(image);
+        case 3: return turnImage<Bgr24>(image);
+        case 4: return turnImage<Words<std::uint32_t, 0x00FFFFFF>>(image);
+        case 6: return turnImage<Bgr48>(image);
+        default: return turnImage<Words<std::uint64_t, 0x0000FFFFFFFFFFFF>>(image);
     }
 }
 

@@ -1,8 +1,6 @@
-// Exchange of rows and columns of an image. Pure functions but for the work memory, which one call at a time
-// may use.
+// Exchange of rows and columns of an image. Pure functions; any thread.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -19,13 +17,8 @@ struct Transposition {
     std::ptrdiff_t destinationStride;
 };
 
-// Room for a piece of the destination, which stays in a near cache while it is put together.
-struct alignas(64) WorkTile {
-    std::array<std::uint8_t, std::size_t{272} * 1024> bytes;
-};
-
 // Pixels of 1, 2, 3 or 6 bytes, which move whole, and of 4 or 8 bytes, of which the last quarter stays as it
 // is in the destination (but is rewritten with the value it had).
-void transpose(std::size_t pixelBytes, const Transposition& image, WorkTile& tile);
+void transpose(std::size_t pixelBytes, const Transposition& image);
 
 }  // namespace tavra::flip
