@@ -27,11 +27,14 @@ constexpr Size kSizes[] = {{"hd", 1920, 1080}, {"12mp", 4096, 3000}};
 
 struct Format {
     const char* name;
-    std::size_t pixelBytes;
+    std::uint16_t samples;
+    std::size_t sampleBytes;
     int cvType;
+
+    constexpr std::size_t pixelBytes() const { return samples * sampleBytes; }
 };
-constexpr Format kFormats[] = {
-    {"8", 1, CV_8UC1}, {"16", 2, CV_16UC1}, {"24", 3, CV_8UC3}, {"32", 4, CV_8UC4}};
+constexpr Format kFormats[] = {{"8", 1, 1, CV_8UC1},  {"16", 1, 2, CV_16UC1}, {"24", 3, 1, CV_8UC3},
+                               {"32", 4, 1, CV_8UC4}, {"48", 3, 2, CV_16UC3}, {"64", 4, 2, CV_16UC4}};
 
 // Of ours, and of cv::flip or cv::rotate: code 0 flips rows, 1 columns, -1 both.
 struct Operation {
@@ -52,7 +55,7 @@ using Buffer = std::vector<std::uint8_t>;
 
 Buffer& source() {
     static Buffer bytes = [] {
-        Buffer filled(std::size_t{4096} * 3000 * 4);
+        Buffer filled(std::size_t{4096} * 3000 * 8);
         std::uint32_t state = 1;
         for (std::uint8_t& b : filled)
             b = static_cast<std::uint8_t>((state = state * 1664525u + 1013904223u) >> 24);
@@ -69,13 +72,13 @@ Buffer& destination() {
 void flip(const Size& size, const Format& format, const Operation& operation, Buffer& from, Buffer& to) {
     static CFlip stage;
     std::uint32_t width = size.width, height = size.height;
-    if (format.pixelBytes == 2) {
+    if (format.sampleBytes == 2) {
         stage.Flip16(operation.mirror, operation.rotation, &width, &height,
                      static_cast<const std::uint16_t*>(static_cast<const void*>(from.data())),
-                     static_cast<std::uint16_t*>(static_cast<void*>(to.data())), 1);
+                     static_cast<std::uint16_t*>(static_cast<void*>(to.data())), format.samples);
     } else {
         stage.Flip8(operation.mirror, operation.rotation, &width, &height, from.data(), to.data(),
-                    static_cast<std::uint16_t>(format.pixelBytes));
+                    format.samples);
     }
 }
 
@@ -96,7 +99,7 @@ void cvTurn(const Size& size, const Format& format, const Operation& operation) 
 void addFlips(const Size& size, const Format& format, std::vector<Pair>& pairs) {
     const std::string place = std::string(size.name) + " " + format.name + "-bit ";
     const std::string copy = place + "memcpy";
-    const std::size_t bytes = std::size_t{size.width} * size.height * format.pixelBytes;
+    const std::size_t bytes = std::size_t{size.width} * size.height * format.pixelBytes();
     add(copy, [=] { std::memcpy(destination().data(), source().data(), bytes); });
     for (const Operation& operation : kOperations) {
         const std::string name = place + operation.name;
