@@ -4,6 +4,8 @@
 #include <array>
 #include <cstring>
 
+#include "stages/byte_lanes.h"
+
 namespace tavra::flip {
 namespace {
 
@@ -38,28 +40,43 @@ void reverseBytes(const std::uint8_t* __restrict source, std::uint8_t* __restric
     for (; i < count; ++i) destination[i] = source[count - 1 - i];
 }
 
-// Pixels of three or six bytes, as many at a time as 16 bytes hold whole. The rest of the 16 is written too,
-// and written again by what follows.
+// Where bytes can be permuted at will, pixels of three or six bytes are taken as many at a time as 16 bytes
+// hold whole, elsewhere as many as a word does. The rest of the block is written with anything.
+constexpr std::size_t kBlock = lanes::kLanes > 1 ? 16 : sizeof(std::uint64_t);
+
+template <std::size_t kBytes>
+void reverseBlock(const std::uint8_t* __restrict source, std::uint8_t* __restrict destination) {
+    if constexpr (kBlock == sizeof(std::uint64_t)) {
+        constexpr std::uint64_t kFirst = 0xFFFFFF;
+        std::uint64_t pixels;
+        std::memcpy(&pixels, source, sizeof pixels);
+        if constexpr (kBytes == 3) pixels = (pixels >> 24 & kFirst) | (pixels & kFirst) << 24;
+        std::memcpy(destination, &pixels, sizeof pixels);
+    } else {
+        constexpr std::size_t kPixels = kBlock / kBytes;
+        std::uint8_t in[kBlock], out[kBlock];
+        std::memcpy(in, source, kBlock);
+        for (std::size_t b = 0; b < kBlock; ++b) {
+            const std::size_t pixel = b / kBytes;
+            out[b] = in[pixel < kPixels ? (kPixels - 1 - pixel) * kBytes + b % kBytes : b];
+        }
+        std::memcpy(destination, out, kBlock);
+    }
+}
+
 template <std::size_t kBytes>
 void reverseOddPixels(const std::uint8_t* __restrict source, std::uint8_t* __restrict destination,
                       std::size_t count) {
-    constexpr std::size_t kBlock = 16;
     constexpr std::size_t kPixels = kBlock / kBytes;
     const auto copyOne = [&](std::size_t i) {
         copyPixel<kBytes>(source + kBytes * (count - 1 - i), destination + kBytes * i);
     };
     std::size_t i = 0;
-    // The 16 bytes from where the last pixels begin would reach behind the source.
+    // The block from where the last pixels begin would reach behind the source.
     for (; i < count && kBytes * (kPixels + i) < kBlock; ++i) copyOne(i);
-    for (; kBytes * i + kBlock <= kBytes * count; i += kPixels) {
-        std::uint8_t in[kBlock], out[kBlock];
-        std::memcpy(in, source + kBytes * (count - i - kPixels), kBlock);
-        for (std::size_t b = 0; b < kBlock; ++b) {
-            const std::size_t pixel = b / kBytes;
-            out[b] = in[pixel < kPixels ? (kPixels - 1 - pixel) * kBytes + b % kBytes : b];
-        }
-        std::memcpy(destination + kBytes * i, out, kBlock);
-    }
+    // What is left of a block is written again by what follows.
+    for (; kBytes * i + kBlock <= kBytes * count; i += kPixels)
+        reverseBlock<kBytes>(source + kBytes * (count - i - kPixels), destination + kBytes * i);
     for (; i < count; ++i) copyOne(i);
 }
 
