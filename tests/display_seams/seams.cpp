@@ -67,7 +67,8 @@ struct MemoryContext::Native {
     test::RecordingPaint paint;
 };
 
-MemoryContext::MemoryContext(Bitmap& bitmap) : bitmap_(bitmap), native_(std::make_unique<Native>()) {
+MemoryContext::MemoryContext(Bitmap& bitmap, DrawingMemory*)
+    : bitmap_(bitmap), native_(std::make_unique<Native>()) {
     seams().drawing.push_back("context");
 }
 
