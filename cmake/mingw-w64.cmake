@@ -31,4 +31,5 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 set(ZLIB_LIBRARY /usr/${triplet}/lib/libz.a CACHE FILEPATH "The static zlib")
 
-set(CMAKE_CROSSCOMPILING_EMULATOR wine)
+get_filename_component(wine_run ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run ABSOLUTE)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${wine_run})
