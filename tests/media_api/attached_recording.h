@@ -3,7 +3,9 @@
 #pragma once
 
 #include <algorithm>
+#include <mutex>
 #include <ostream>
+#include <thread>
 
 #include "media/movie/create_avi.h"
 #include "media_api/avi_reader.h"
@@ -56,6 +58,17 @@ inline void attachRecorder(TAVRA_COMMON_PARAM& camera, const RecordingLayout& la
     slot.format = layout.format;
     slot.shape = shape;
     slot.put(recorder);
+}
+
+// Until a frame waits at the recorder, which keeps the mutex for as long as the disk stands still; or until
+// `allPassed`, so that none will.
+template <typename AllPassed>
+void awaitWaitingFrame(RecordingSlot& slot, AllPassed allPassed) {
+    constexpr int kForGood = 1000;  // a frame that passes has the mutex, too, but gives it back
+    for (int held = 0; held < kForGood && !allPassed(); std::this_thread::yield()) {
+        const std::unique_lock operation(slot.operationMutex, std::try_to_lock);
+        held = operation.owns_lock() ? 0 : held + 1;
+    }
 }
 
 // Whether the picture of an uncompressed AVI holds the image, its rows of `rowBytes` from the bottom up. What

@@ -21,6 +21,7 @@ class RecordingStall : public AttachedRecording, public testing::WithParamInterf
         files.stallWrites();
         for (std::uint32_t i = 0; i < count; ++i, ++number_) sendFrame(number_, framePattern(number_));
         EXPECT_TRUE(files.stalled().wait(kPatienceMs));
+        awaitWaitingFrame(record().recording, [&] { return images.count() >= kBefore + count; });
         EXPECT_LE(images.count(), kBefore + kBuffers + 1) << "one more where a write is in flight";
         files.releaseWrites();
     }
@@ -108,10 +109,7 @@ class WaitingFrame : public AttachedRecording {
         for (; number_ < 2; ++number_) sendFrame(number_, framePattern(number_));
         EXPECT_TRUE(files.stalled().wait(kPatienceMs));
         EXPECT_EQ(raws.waitFor(2).size(), 2u);
-        while (record().recording.operationMutex.try_lock()) {  // until it is at the recorder
-            record().recording.operationMutex.unlock();
-            std::this_thread::yield();
-        }
+        awaitWaitingFrame(record().recording, [] { return false; });
     }
 
     MovieFilesDouble files;

@@ -90,6 +90,7 @@ TEST_P(TriggeredRecording, OfADiskThatStandsStillHasEveryFrame) {
     files.stallWrites();
     trigger(kWhileStalled);
     EXPECT_TRUE(files.stalled().wait(e2e::kPatienceMs));
+    awaitWaitingFrame(record.recording, [&] { return images.count() >= kBefore + kWhileStalled; });
     EXPECT_LT(images.count(), kBefore + kWhileStalled);
     files.releaseWrites();
     EXPECT_EQ(images.waitFor(kBefore + kWhileStalled).size(), kBefore + kWhileStalled);
