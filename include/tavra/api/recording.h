@@ -40,9 +40,11 @@ extern "C" {
  *      as 1
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_RECORDING a recording exists already; TAVRA_ERROR_FILE_NAME no name, no dot, or
- * another type; TAVRA_ERROR_INVALID_ARGUMENT no writer for the compressor, or thinned to nothing;
- *      TAVRA_ERROR_FILE_STREAM the file cannot be opened; TAVRA_ERROR_OUT_OF_MEMORY no memory for a single
- *      frame buffer; TAVRA_ERROR_COMPRESSOR_A to TAVRA_ERROR_COMPRESSOR_D for a codec of the platform;
+ *      another type; TAVRA_ERROR_INVALID_ARGUMENT no writer for the compressor, or thinned to nothing;
+ *      TAVRA_ERROR_FILE_STREAM the file cannot be opened, or is being recorded or converted elsewhere;
+ *      TAVRA_ERROR_OUT_OF_MEMORY no memory for a single frame buffer; for a codec of the platform
+ *      TAVRA_ERROR_COMPRESSOR_A there is none, _B it does not take the frames, _C the file cannot be opened,
+ *      _D the user chose none, 112 or another code of the operating system the file cannot be written;
  *      TAVRA_ERROR_CONTROL_TRANSFER the frame rate could not be read; the operating system's code if no
  *      stream could be started
  *  \threads any, not in a callback. Starts and ends of recordings of one camera: serialise
@@ -57,7 +59,7 @@ TAVRA_API TavraBool Tavra_SaveAVIW(TavraHandle handle, const TavraWChar* fileNam
  *  \param compressor as Tavra_SaveAVIW()
  *  \param framesPerFile as Tavra_SaveAVIW()
  *  \return 1, or 0 with the last error set
- *  \errors as Tavra_SaveAVIW()
+ *  \errors as Tavra_SaveAVIW(); TAVRA_ERROR_FILE_NAME also for a longer name
  *  \threads as Tavra_SaveAVIW()
  */
 TAVRA_API TavraBool Tavra_SaveAVIA(TavraHandle handle, const char* fileName, uint32_t compressor,
