@@ -25,10 +25,16 @@ std::string keyText(const Key& key, Times times) {
     }
 }
 
-std::string cameras(const Group& group, Times times) {
+std::string ofSome(Times times) {
     if (times == Times::IfSkipping) return "cameras that set skipping and binning";
     if (times == Times::IfSum) return "cameras with a binning sum";
-    return describe(group.condition);
+    return "";
+}
+
+// What a block asks for comes on top of what its group does.
+std::string cameras(const Group& group, Times times) {
+    const std::string some = ofSome(times), when = describe(group.condition);
+    return some.empty() || when.empty() ? some + when : some + ", " + when;
 }
 
 std::string row(const std::string& section, const std::string& key, const std::string& meaning,

@@ -21,6 +21,28 @@ TEST(SettingKeys, OfThePageAreThoseOfTheTable) {
         << "scripts/setting-keys writes it anew";
 }
 
+// The row of a key in the section of sizes.
+std::string rowOf(const std::string& key) {
+    const std::string table = settingKeysTable(), begin = "| `ImageSize` | `" + key + "` |";
+    const std::size_t first = table.find(begin);
+    if (first == table.npos) return "";
+    return table.substr(first, table.find('\n', first) - first);
+}
+
+TEST(SettingKeys, TellBothOfTheCameraAndOfTheModeThatTheyNeed) {
+    for (const char* const key : {"HSkipping", "VSkipping", "HBinning", "VBinning"}) {
+        EXPECT_NE(
+            rowOf(key).find("| cameras that set skipping and binning, unless the mode leaves sizes out |"),
+            std::string::npos)
+            << key << ": " << rowOf(key);
+    }
+    const std::string sum = rowOf("BinningSumMode");
+    EXPECT_NE(sum.find("| cameras with a binning sum, unless the mode leaves sizes out |"), std::string::npos)
+        << sum;
+    const std::string scan = rowOf("ScanMode");
+    EXPECT_NE(scan.find("| unless the mode leaves sizes out |"), std::string::npos) << scan;
+}
+
 TEST(SettingKeys, HaveAMeaningAndAUnit) {
     for (const Group& group : settingWalk()) {
         for (const Block& block : group.blocks) {
