@@ -58,14 +58,15 @@ Line lineAt(std::u16string_view text, std::size_t begin) {
     return {begin, end, next};
 }
 
-// The name in a line [name]; nothing: the line is something else.
+// The name in a line [name], without blanks around it; nothing: the line is something else.
 std::optional<std::u16string_view> headerIn(std::u16string_view text, Line line) {
     trim(text, line.begin, line.end);
     if (line.begin == line.end || text[line.begin] != u'[') return std::nullopt;
     const std::u16string_view inside = text.substr(line.begin + 1, line.end - line.begin - 1);
-    const std::size_t bracket = inside.rfind(u']');
-    if (bracket == inside.npos) return std::nullopt;
-    return inside.substr(0, bracket);
+    std::size_t begin = 0, end = inside.rfind(u']');
+    if (end == inside.npos) return std::nullopt;
+    trim(inside, begin, end);
+    return inside.substr(begin, end - begin);
 }
 
 }  // namespace

@@ -12,8 +12,8 @@
 //   UTF-16, little endian, with a mark. Half a unit at the end, of a file that was cut, is no text, and stays
 //   where it is.
 // - A line ends with CR LF, LF or CR. A section begins with a line [name]; the name ends at the line's last
-//   bracket. The first section of a name counts, and the first key of a name in it. Capitals and small ASCII
-//   letters are the same.
+//   bracket, and blanks around it are no part of it. The first section of a name counts, and the first key of
+//   a name in it. Capitals and small ASCII letters are the same.
 // - A key is what stands ahead of the first "=", without blanks around it; so is the value behind it, which a
 //   pair of quotes may enclose. A line without "=", or that begins with ";", is no key.
 //

@@ -81,6 +81,23 @@ TEST(ProfileText, ABracketCanBePartOfASectionsName) {
     EXPECT_EQ(valueIn(u"[[Clock-0123]\nk=1\n", u"Clock-0123", u"k"), u"(none)");
 }
 
+// People who write the file by hand put them there.
+TEST(ProfileText, BlanksInsideOfTheBracketsAreNoPartOfASectionsName) {
+    for (const std::u16string_view header :
+         {u"[ Clock-2016 ]", u"[Clock-2016 ]", u"[\tClock-2016]", u" [ \tClock-2016\t ] "}) {
+        const std::u16string file = std::u16string(header) + u"\nk=1\n";
+        EXPECT_EQ(valueIn(file, u"Clock-2016", u"k"), u"1");
+        ProfileText text(wide(file));
+        text.set(u"Clock-2016", u"k", u"2");
+        text.set(u"Clock-2016", u"new", u"3");
+        EXPECT_EQ(text.bytes(), wide(std::u16string(header) + u"\nk=2\nnew=3\n")) << "no second section";
+    }
+    EXPECT_EQ(valueIn(u"[ two words ]\nk=1\n", u"two words", u"k"), u"1");
+    EXPECT_EQ(valueIn(u"[ [Clock-2016 ]\nk=1\n", u"[Clock-2016", u"k"), u"1");
+    EXPECT_EQ(valueIn(u"[s]\nk=1\n[ s ]\nk=2\n", u"s", u"k"), u"1") << "the first of a name";
+    EXPECT_EQ(valueIn(u"[s]\n[ ]\nk=1\n", u"s", u"k"), u"(none)") << "a name of nothing ends it, too";
+}
+
 TEST(ProfileText, EveryKindOfLineEndParts) {
     for (const std::u16string end : {u"\r\n", u"\n", u"\r"}) {
         EXPECT_EQ(valueIn(u"[s]" + end + u"a=1" + end + u"k=2", u"s", u"k"), u"2");
