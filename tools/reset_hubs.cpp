@@ -33,10 +33,15 @@ void run(bool isAsked) {
 }  // namespace
 
 Failure hubFailure(std::uint32_t code) {
-    // Of a camera the same code says that it went away.
-    constexpr std::uint32_t kAccessDenied = 5;
-    if (code != kAccessDenied) return failure("cannot restart the USB root hubs", code);
-    return Failure("no permission to restart the USB root hubs (5); run it as root: sudo tavra reset-hubs");
+    // Of a camera the first one says that it went away. The second one is of a container, which sees the
+    // system's hubs as files that nobody can write.
+    constexpr std::uint32_t kAccessDenied = 5, kWriteProtected = 19;
+    if (code != kAccessDenied && code != kWriteProtected) {
+        return failure("cannot restart the USB root hubs", code);
+    }
+    const std::string where = code == kWriteProtected ? ", outside of any container" : "";
+    return Failure("no permission to restart the USB root hubs (" + std::to_string(code) +
+                   "); run it as root" + where + ": sudo tavra reset-hubs");
 }
 
 void addResetHubs(CLI::App& app) {

@@ -33,6 +33,11 @@ TEST(ErrorText, HubsWithoutTheRightSaySoAndNameTheCommand) {
     EXPECT_EQ(std::string(denied.what()),
               "no permission to restart the USB root hubs (5); run it as root: sudo tavra reset-hubs");
     EXPECT_EQ(denied.exitCode(), ExitCode::Failed);
+    const Failure readOnly = hubFailure(19);
+    EXPECT_EQ(std::string(readOnly.what()),
+              "no permission to restart the USB root hubs (19); run it as root, outside of any container: "
+              "sudo tavra reset-hubs");
+    EXPECT_EQ(readOnly.exitCode(), ExitCode::Failed);
     const std::string other = hubFailure(31).what();
     EXPECT_EQ(other.find("cannot restart the USB root hubs: "), 0u) << other;
     EXPECT_NE(other.find("(31)"), std::string::npos) << other;
