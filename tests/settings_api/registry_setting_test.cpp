@@ -192,6 +192,23 @@ TEST_F(RegistrySetting, AnEmptyKeyGivesTheDefaults) {
     EXPECT_EQ(now.at("gains")[1], 33u);
 }
 
+// A curve that is on, and whose gamma has not been stored.
+TEST_F(RegistrySetting, AMissingGammaOfACurveIs100) {
+    const std::u16string curves[] = {u"Y", u"R", u"Gr", u"Gb", u"B"};
+    open();
+    for (std::uint8_t i = 0; i < 5; ++i) {
+        ASSERT_TRUE(Tavra_SetGammaModeEx(handle, i, TAVRA_GAMMA_ON, 150, 0, 0, nullptr));
+        put(u"new", u"Gamma Target " + curves[i] + u" Mode", TAVRA_GAMMA_ON);
+    }
+    put(u"new", u"Gamma Target Gr Value", 70);
+    load(u"new");
+    for (std::uint8_t i = 0; i < 5; ++i) {
+        const auto curve = curveOf(handle, i);
+        EXPECT_EQ(curve[0], std::uint32_t{TAVRA_GAMMA_ON}) << +i;
+        EXPECT_EQ(curve[1], i == 2 ? 70u : 100u) << +i;
+    }
+}
+
 TEST_F(RegistrySetting, LeavesBrightnessAndContrastOfTheCurvesAtZero) {
     open();
     save(u"day");
@@ -265,7 +282,79 @@ TEST_F(RegistrySetting, NothingIsDoneWhileTheStreamRuns) {
     endStream();
 }
 
+// These do not ask the camera for anything.
+TEST_F(RegistrySetting, NamesAndTextAreDealtWithWhileTheStreamRuns) {
+    const TempFolder folder;
+    const std::u16string file = wideName(folder / "day.reg");
+    open();
+    save(u"day");
+    runStream();
+    expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
+    expectSuccess(Tavra_ExportSettingRegA(handle, "day", (folder / "again.reg").string().c_str()));
+    EXPECT_EQ(readFile(folder / "again.reg"), readFile(folder / "day.reg"));
+    expectSuccess(Tavra_SetDefaultSettingRegW(handle, u"day"));
+    EXPECT_EQ(defaultName(), u"day");
+    expectSuccess(Tavra_RemoveSettingRegW(handle, u"day"));
+    EXPECT_FALSE(exists(u"day"));
+    expectSuccess(Tavra_ImportSettingRegW(handle, file.c_str()));
+    EXPECT_TRUE(exists(u"day"));
+    char16_t list[16];
+    std::uint32_t count = 0;
+    expectSuccess(Tavra_GetSettingListRegW(handle, list, sizeof list, &count));
+    EXPECT_EQ(std::u16string(list), u"day\\");
+    EXPECT_EQ(count, 1u);
+    expectSuccess(Tavra_SetDefaultSettingRegA(handle, nullptr));
+    expectSuccess(Tavra_RemoveSettingRegA(handle, "day"));
+    EXPECT_FALSE(exists(u"day"));
+    endStream();
+}
+
 // --- names ---
+
+TEST_F(RegistrySetting, AskingForTheDefaultMakesTheTypesKey) {
+    open();
+    ASSERT_FALSE(exists(u""));
+    EXPECT_EQ(defaultName(), u"");
+    EXPECT_TRUE(exists(u""));
+}
+
+TEST_F(RegistrySetting, AListOfNothingIsEmptyAndMakesTheTypesKey) {
+    open();
+    for (const bool isThere : {false, true}) {
+        EXPECT_EQ(exists(u""), isThere);
+        char16_t buffer[8] = {u'x'};
+        std::uint32_t count = 99;
+        expectSuccess(Tavra_GetSettingListRegW(handle, buffer, sizeof buffer, &count));
+        EXPECT_EQ(buffer[0], 0);
+        EXPECT_EQ(count, 0u);
+        char narrow[8] = {'x'};
+        count = 99;
+        expectSuccess(Tavra_GetSettingListRegA(handle, narrow, sizeof narrow, &count));
+        EXPECT_EQ(narrow[0], 0);
+        EXPECT_EQ(count, 0u);
+    }
+}
+
+#if !defined(_WIN32)
+// The registry of Windows takes the zero behind the text along if there is one.
+TEST_F(RegistrySetting, TheDefaultIsStoredAsTextWithoutItsZero) {
+    open();
+    for (const char16_t* const name : {u"day", u"night shift"}) {
+        expectSuccess(Tavra_SetDefaultSettingRegW(handle, name));
+        platform::TreeKey key;
+        ASSERT_EQ(key.open(kTypePath, platform::TreeKey::Access::Read, platform::TreeKey::Missing::Fail), 0u);
+        platform::TreeValue value;
+        ASSERT_EQ(key.read(u"Default", value), 0u);
+        EXPECT_EQ(value.type, platform::ValueType::String);
+        std::vector<std::uint8_t> units;
+        for (const char16_t unit : std::u16string_view(name)) {
+            units.push_back(static_cast<std::uint8_t>(unit));
+            units.push_back(0);  // the high byte of ASCII
+        }
+        EXPECT_EQ(value.data, units);
+    }
+}
+#endif
 
 TEST_F(RegistrySetting, TheDefaultIsANameThatExists) {
     open();
@@ -398,6 +487,38 @@ TEST_F(RegistrySetting, MovesAsText) {
     for (const auto& [what, values] : saved) EXPECT_EQ(stateOf(handle).at(what), values) << what;
     expectSuccess(Tavra_ExportSettingRegA(handle, "day", (folder / "again.reg").string().c_str()));
     EXPECT_EQ(readFile(folder / "again.reg").size(), readFile(folder / "day.reg").size());
+}
+
+// The type's own key, with the name of the default setting in it.
+TEST_F(RegistrySetting, MovesAsTextWithoutAName) {
+    const TempFolder folder;
+    const std::filesystem::path files[] = {folder / "wide.reg", folder / "narrow.reg"};
+    open();
+    save(u"day");
+    expectSuccess(Tavra_SetDefaultSettingRegW(handle, u"day"));
+    ASSERT_TRUE(Tavra_SetGain(handle, 44));
+    save(nullptr);
+    expectSuccess(Tavra_ExportSettingRegW(handle, nullptr, wideName(files[0]).c_str()));
+    expectSuccess(Tavra_ExportSettingRegA(handle, nullptr, files[1].string().c_str()));
+    EXPECT_EQ(readFile(files[1]), readFile(files[0]));
+    for (const std::filesystem::path& file : files) {
+        ASSERT_TRUE(Tavra_SetGain(handle, 55));
+        save(nullptr);
+        EXPECT_EQ(dword(u"", u"Gain"), 55u);
+        expectSuccess(Tavra_SetDefaultSettingRegW(handle, nullptr));
+        if (&file == &files[0]) {
+            expectSuccess(Tavra_ImportSettingRegW(handle, wideName(file).c_str()));
+        } else {
+            expectSuccess(Tavra_ImportSettingRegA(handle, file.string().c_str()));
+        }
+        EXPECT_EQ(dword(u"", u"Gain"), 44u);
+        EXPECT_EQ(defaultName(), u"day");
+        load(nullptr);
+        std::uint16_t gain = 0;
+        ASSERT_TRUE(Tavra_GetGain(handle, &gain));
+        EXPECT_EQ(gain, 44);
+        EXPECT_TRUE(exists(u"day")) << "settings below it stay";
+    }
 }
 
 TEST_F(RegistrySetting, TextOfAnotherTypeIsRefused) {

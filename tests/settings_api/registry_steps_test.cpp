@@ -1,9 +1,13 @@
 // Named settings step by step: the order of the values, mono cameras, and what a recording holds still.
+#include <set>
+
 #include "api/setting_camera.h"
 #include "camera_api/camera_fixture.h"
 #include "settings/reg_key.h"
+#include "settings/registry_setting.h"
 #include "settings/walk_access.h"
 #include "settings_api/camera_state.h"
+#include "settings_api/setting_camera_wrapper.h"
 #include "support/user_tree.h"
 
 namespace tavra::test {
@@ -91,6 +95,109 @@ TEST_F(RegistrySteps, TheVersionIsThatOfTheLibrary) {
     for (std::size_t i = 0; i < 16; ++i) {
         EXPECT_EQ(bytes[i], version[i / 4] >> 8 * (i % 4) & 255) << i;
     }
+}
+
+// Numbers of the camera's state that a step of a load sets.
+struct Landing {
+    const char* step;
+    const char* state;
+    std::size_t first, count;
+
+    std::vector<std::uint32_t> in(const CameraState& all) const {
+        const auto from = all.at(state).begin() + static_cast<std::ptrdiff_t>(first);
+        return {from, from + static_cast<std::ptrdiff_t>(count)};
+    }
+};
+constexpr Landing kLandings[] = {{"clock", "clock", 0, 1},
+                                 {"scan", "image size", 0, 1},
+                                 {"control", "alc mode", 0, 1},
+                                 {"shutter", "shutter", 0, 2},
+                                 {"gain", "gains", 1, 1},
+                                 {"target", "target brightness", 0, 3},
+                                 {"weights", "alc weights", 0, 16},
+                                 {"gain range", "gain range", 0, 2},
+                                 {"shutter range", "shutter range", 0, 4},
+                                 {"white balance", "white balance", 0, 1},
+                                 {"white gains", "white balance", 1, 4},
+                                 {"white targets", "white balance target", 0, 2},
+                                 {"hue", "hue and saturation", 0, 3},
+                                 {"matrix", "matrix", 0, 13},
+                                 {"curve Y", "gamma 0", 0, 4},
+                                 {"curve R", "gamma 1", 0, 4},
+                                 {"curve Gr", "gamma 2", 0, 4},
+                                 {"curve Gb", "gamma 3", 0, 4},
+                                 {"curve B", "gamma 4", 0, 4},
+                                 {"sharpness", "sharpness", 0, 3},
+                                 {"interpolation", "mirror, rotation, interpolation", 2, 1},
+                                 {"mirror", "mirror, rotation, interpolation", 0, 1},
+                                 {"rotation", "mirror, rotation, interpolation", 1, 1}};
+
+// All that a named setting keeps, otherwise with each `by`, so that every step is seen when it lands.
+void setEach(TavraHandle camera, std::uint8_t by) {
+    const auto word = [by](int value) { return static_cast<std::uint16_t>(value + by); };
+    const auto byte = [by](int value) { return static_cast<std::uint8_t>(value + by); };
+    std::uint16_t scan = 0;
+    std::uint32_t clockMode = 0, clock = 0, x = 0, y = 0, width = 0, height = 0;
+    ASSERT_TRUE(Tavra_GetClock(camera, &clockMode, &clock));
+    ASSERT_TRUE(Tavra_SetClock(camera, by == 0 ? 1 : 4, 30000000));
+    ASSERT_TRUE(Tavra_GetImageSize(camera, 0, &scan, &x, &y, &width, &height));
+    ASSERT_TRUE(Tavra_SetImageSize(camera, 0, by == 0 ? 1 : 4, x, y, width, height));
+    ASSERT_TRUE(Tavra_SetALCMode(camera, byte(1)));
+    ASSERT_TRUE(Tavra_SetShutterSpeed(camera, word(9), 0));
+    ASSERT_TRUE(Tavra_SetGain(camera, word(33)));
+    ASSERT_TRUE(Tavra_SetTargetBrightness(camera, byte(90), byte(7), byte(9)));
+    std::array<std::uint8_t, 16> weights{};
+    weights.fill(byte(3));
+    ASSERT_TRUE(Tavra_SetALCWeight(camera, weights.data()));
+    ASSERT_TRUE(Tavra_SetGainControlRange(camera, word(21), word(60)));
+    ASSERT_TRUE(Tavra_SetShutterControlRange(camera, word(2), 0, word(50), 1));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceMode(camera, byte(1)));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceGain(camera, word(130), word(131), word(132), word(133)));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceTarget(camera, word(90), word(91)));
+    ASSERT_TRUE(Tavra_SetHueSaturationMode(camera, 1, word(30), word(120)));
+    std::array<std::int16_t, 12> matrix{};
+    matrix.fill(static_cast<std::int16_t>(7 + by));
+    ASSERT_TRUE(Tavra_SetColorMatrix(camera, TAVRA_COLOR_MATRIX_ON, matrix.data()));
+    for (std::uint8_t i = 0; i < 5; ++i) {
+        ASSERT_TRUE(Tavra_SetGammaModeEx(camera, i, TAVRA_GAMMA_ON, word(150), 0, 0, nullptr));
+    }
+    ASSERT_TRUE(Tavra_SetSharpnessMode(camera, 1, word(60), byte(5)));
+    ASSERT_TRUE(Tavra_SetColorInterpolationMethod(camera, byte(1)));
+    ASSERT_TRUE(Tavra_SetMirrorMode(camera, byte(1)));
+    ASSERT_TRUE(Tavra_SetRotationMode(camera, byte(1)));
+}
+
+// Looked at each time that the load turns to the camera: every step does so at least once.
+TEST_F(RegistrySteps, AreLoadedInTheirOrder) {
+    DoubleCamera description;
+    description.setIdentity32(40, 5);  // modes of the clock that it offers
+    open(description);
+    setEach(handle, 0);
+    const CameraState wanted = stateOf(handle);
+    expectSuccess(Tavra_SaveSettingRegW(handle, u"day"));
+    setEach(handle, 1);
+    const CameraState before = stateOf(handle);
+    std::vector<std::string> expected;
+    for (const Landing& landing : kLandings) {
+        ASSERT_NE(landing.in(before), landing.in(wanted)) << landing.step;
+        expected.emplace_back(landing.step);
+    }
+
+    std::set<const char*> seen;
+    std::vector<std::string> landed;  // at each look, all that is new
+    const auto look = [&] {
+        const CameraState now = stateOf(handle);
+        std::string fresh;
+        for (const Landing& landing : kLandings) {
+            if (landing.in(now) != landing.in(wanted) || !seen.insert(landing.step).second) continue;
+            fresh += (fresh.empty() ? "" : " and ") + std::string(landing.step);
+        }
+        if (!fresh.empty()) landed.push_back(fresh);
+    };
+    SettingCameraWrapper camera(record(), look);
+    EXPECT_TRUE(loadRegistrySetting(camera, u"day")) << lastError();
+    look();
+    EXPECT_EQ(landed, expected);
 }
 
 // Mono cameras are not told apart: colour is set as far as the camera takes it.
