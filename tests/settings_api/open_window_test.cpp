@@ -72,6 +72,56 @@ TEST_F(OpenWindow, ALoadSizesItAndLeavesItsDisplayMode) {
     EXPECT_EQ(displayMode(), 5) << "without one it counts";
 }
 
+// Its size is the image's by then, which is set ahead of it.
+TEST_F(OpenWindow, ALoadPlacesItOnEitherSideOfTheScreensCorner) {
+    const std::pair<const char16_t*, std::uint32_t> places[] = {
+        {u"30", 30}, {u"-12", 0u - 12u}, {u"7", 7}, {u"-1", 0u - 1u}, {u"0", 0}};
+    for (const auto& [x, left] : places) {
+        for (const auto& [y, top] : {std::pair{u"25", 25u}, {u"-9", 0u - 9u}}) {
+            platform::ProfileText text;
+            text.set(u"PreviewWindowSize-2016", u"PositionX", x);
+            text.set(u"PreviewWindowSize-2016", u"PositionY", y);
+            ASSERT_TRUE(platform::writeProfile(file(), text).ok());
+            ASSERT_TRUE(Tavra_LoadSettingFileW(handle, file().c_str())) << lastError();
+            EXPECT_EQ(place(), (Place{left, top, 6, 4}));
+        }
+    }
+}
+
+// What has something else in it than digits and a minus, or reaches bit 30.
+TEST_F(OpenWindow, ALoadLeavesItWhereItIsForTextThatIsNoPlace) {
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 0u - 5u, 11, 40, 30));
+    for (const char16_t* const none : {u"1073741824", u"-1073741824", u"1.5", u"+3", u"x"}) {
+        platform::ProfileText text;
+        text.set(u"PreviewWindowSize-2016", u"PositionX", none);
+        text.set(u"PreviewWindowSize-2016", u"PositionY", none);
+        ASSERT_TRUE(platform::writeProfile(file(), text).ok());
+        ASSERT_TRUE(Tavra_LoadSettingFileW(handle, file().c_str())) << lastError();
+        EXPECT_EQ(place(), (Place{0u - 5u, 11, 6, 4}));
+    }
+}
+
+TEST_F(OpenWindow, ASaveAndALoadBringItBackToWhereItWas) {
+    const Place kept{0u - 20u, 0u - 3u, 44, 22};
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, kept[0], kept[1], kept[2], kept[3]));
+    ASSERT_TRUE(Tavra_SaveSettingFileW(handle, file().c_str())) << lastError();
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 60, 70, 50, 40));
+    ASSERT_EQ(place(), (Place{60, 70, 50, 40}));
+    ASSERT_TRUE(Tavra_LoadSettingFileW(handle, file().c_str())) << lastError();
+    EXPECT_EQ(place(), kept);
+}
+
+TEST_F(OpenWindow, AResetBringsItToTheScreensCornerUnlessSizesAreLeftOut) {
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 60, 0u - 7u, 50, 40));
+    ASSERT_TRUE(Tavra_SetSettingFileMode(handle, TAVRA_SETTING_FILE_NO_GEOMETRY));
+    ASSERT_TRUE(Tavra_ResetSetting(handle)) << lastError();
+    EXPECT_EQ(place(), (Place{60, 0u - 7u, 50, 40}));
+    ASSERT_TRUE(Tavra_SetSettingFileMode(handle, 0));
+    ASSERT_TRUE(Tavra_ResetSetting(handle)) << lastError();
+    EXPECT_EQ(place()[0], 0u);
+    EXPECT_EQ(place()[1], 0u);
+}
+
 // The double takes the size of nothing, which asks for the whole sensor, as its image's; a window has a pixel
 // at least.
 TEST_F(OpenWindow, AResetGivesItTheSizeOfTheImageUnlessSizesAreLeftOut) {

@@ -19,6 +19,17 @@ DoubleCamera richCamera() {
     return camera;
 }
 
+// The block of shutter and gain, as it is sent.
+Bytes exposureBlock(std::uint8_t line, std::uint8_t clock, std::uint8_t gain) {
+    Bytes block(64);
+    block[0] = 0x40;
+    block[1] = 0x21;
+    block[2] = line;
+    block[4] = clock;
+    block[6] = gain;
+    return block;
+}
+
 TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     open(richCamera());
     Tavra_SetAVIQuality(handle, 30);
@@ -72,7 +83,7 @@ TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     EXPECT_EQ(now.at("matrix")[0], 0u);
     EXPECT_EQ(now.at("chroma suppression"), (Values{255, 0, 0, 0}));
     EXPECT_EQ(now.at("white balance target"), (Values{100, 100, 5, 5}));
-    EXPECT_EQ(usb.camera().status(0x804D), 0) << "gamma of the camera";
+    EXPECT_EQ(usb.camera().status(77), 0) << "gamma of the camera";
     EXPECT_EQ(usb.camera().status(23), 0) << "V-blank";
     std::uint32_t mode = 9;
     std::uint16_t target = 0;
@@ -80,6 +91,112 @@ TEST_F(ResetSetting, GivesEverySettingItsDefault) {
     ASSERT_TRUE(Tavra_GetShadingCorrectionTarget(handle, &target));
     EXPECT_EQ(mode, 0u);
     EXPECT_EQ(target, 128);
+}
+
+TEST_F(ResetSetting, GivesEveryValueOfTheExposureControlItsDefault) {
+    open();  // gain from 20 to 680, digital gain 64, exposures by the clock
+    const std::array<std::uint8_t, 16> weights{9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1, 2, 3, 4, 5, 6};
+    ASSERT_TRUE(Tavra_SetALCMode(handle, 3));
+    ASSERT_TRUE(Tavra_SetTargetBrightness(handle, 1, 2, 3));
+    ASSERT_TRUE(Tavra_SetALCWeight(handle, weights.data()));
+    ASSERT_TRUE(Tavra_SetALCControlSpeed(handle, 11, 12, 13, 14));
+    ASSERT_TRUE(Tavra_SetGainControlRange(handle, 30, 600));
+    ASSERT_TRUE(Tavra_SetShutterControlRange(handle, 2, 3, 50, 4));
+    ASSERT_TRUE(Tavra_SetShutterSpeed(handle, 9, 5));
+    ASSERT_TRUE(Tavra_SetGain(handle, 33));
+    ASSERT_TRUE(Tavra_SetDigitalGain(handle, 100));
+    using Values = std::vector<std::uint32_t>;
+    const CameraState before = stateOf(handle);
+    ASSERT_EQ(before.at("alc weights"), Values(weights.begin(), weights.end()));
+    ASSERT_EQ(before.at("alc speed"), (Values{11, 12, 13, 14}));
+    ASSERT_EQ(before.at("gain range"), (Values{30, 600}));
+    ASSERT_EQ(before.at("shutter range"), (Values{2, 3, 50, 4}));
+    ASSERT_EQ(before.at("gains"), (Values{100, 33}));
+    ASSERT_EQ(usb.camera().status(20), 100);
+    expectSuccess(Tavra_ResetSetting(handle));
+
+    const CameraState now = stateOf(handle);
+    EXPECT_EQ(now.at("alc mode"), (Values{0}));
+    EXPECT_EQ(now.at("target brightness"), (Values{128, 5, 5}));
+    EXPECT_EQ(now.at("alc weights"), Values(16, 1));
+    EXPECT_EQ(now.at("alc speed"), (Values{0, 0, 3, 4}));
+    EXPECT_EQ(now.at("gain range"), (Values{20, 680}));
+    EXPECT_EQ(now.at("shutter range"), (Values{0, 1, 0, 0}));
+    EXPECT_EQ(now.at("shutter")[0], 0u);
+    EXPECT_EQ(now.at("shutter")[1], 0u);
+    EXPECT_EQ(now.at("gains"), (Values{64, 20}));
+    EXPECT_EQ(usb.camera().status(20), 64) << "the camera has been told";
+    EXPECT_EQ(usb.camera().exposureBlock, exposureBlock(0, 0, 20));
+}
+
+TEST_F(ResetSetting, BeginsTheRangeOfTheShutterAtALineWhereThereAreNoClocks) {
+    DoubleCamera camera;
+    camera.setIdentity16(44, 0);
+    open(camera);
+    ASSERT_TRUE(Tavra_SetShutterControlRange(handle, 2, 0, 50, 0));
+    expectSuccess(Tavra_ResetSetting(handle));
+    EXPECT_EQ(stateOf(handle).at("shutter range"), (std::vector<std::uint32_t>{1, 0, 0, 0}));
+}
+
+// The gains are those that the camera has told when it was opened.
+TEST_F(ResetSetting, GivesEveryValueOfTheWhiteBalanceItsDefault) {
+    DoubleCamera camera;
+    for (std::uint8_t i = 0; i < 4; ++i)
+        camera.words35[2 + 2 * std::size_t{i}] = static_cast<std::uint8_t>(140 + i);
+    open(camera);
+    const std::array<std::uint8_t, 16> weights{9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1, 2, 3, 4, 5, 6};
+    ASSERT_TRUE(Tavra_SetWhiteBalanceMode(handle, 1));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceGain(handle, 200, 201, 202, 203));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceTarget(handle, 90, 91));
+    ASSERT_TRUE(Tavra_SetWhiteBalanceToleranceThreshold(handle, 8, 9));
+    ASSERT_TRUE(Tavra_SetAWBWeight(handle, weights.data()));
+    using Values = std::vector<std::uint32_t>;
+    const CameraState before = stateOf(handle);
+    ASSERT_EQ(before.at("white balance"), (Values{1, 200, 201, 202, 203}));
+    ASSERT_EQ(before.at("white balance target"), (Values{90, 91, 8, 9}));
+    ASSERT_EQ(before.at("white balance weights"), Values(weights.begin(), weights.end()));
+    expectSuccess(Tavra_ResetSetting(handle));
+
+    const CameraState now = stateOf(handle);
+    EXPECT_EQ(now.at("white balance"), (Values{2, 140, 141, 142, 143}));
+    EXPECT_EQ(now.at("white balance target"), (Values{100, 100, 5, 5}));
+    EXPECT_EQ(now.at("white balance weights"), Values(16, 1));
+}
+
+// Formats and interpolation go by what the sensor sends: mono, and patterns that are shown as they are, or
+// else a mosaic of one or of four pixels to a color, or YCbCr.
+TEST_F(ResetSetting, FollowsTheColorArrayInFormatAndInterpolation) {
+    for (std::uint16_t array = 1; array <= 19; ++array) {
+        const bool mono = array == 1 || (array >= 12 && array <= 15);
+        DoubleCamera camera;
+        camera.setIdentity16(10, array);
+        open(camera);
+        ASSERT_TRUE(Tavra_SetPreviewPixelFormat(handle, TAVRA_PIXEL_BGR_32)) << array;
+        ASSERT_TRUE(Tavra_SetColorInterpolationMethod(handle, 1)) << array;
+        ASSERT_TRUE(Tavra_SetHueSaturationMode(handle, 1, 30, 50)) << array;
+        expectSuccess(Tavra_ResetSetting(handle));
+        const CameraState now = stateOf(handle);
+        EXPECT_EQ(now.at("preview format"), std::vector<std::uint32_t>{mono ? 1u : 4u}) << array;
+        EXPECT_EQ(now.at("mirror, rotation, interpolation")[2], mono ? 0u : 3u) << array;
+        EXPECT_EQ(now.at("hue and saturation")[2], mono ? 50u : 100u) << array << ": color is reset, or none";
+        close();
+        usb.reset();
+    }
+}
+
+// Function 131, by which other cameras tell that they have one.
+TEST_F(ResetSetting, EndsABinningSumOfEitherKind) {
+    for (const auto& [word, bit] : {std::pair{3u, 13u}, {8u, 3u}}) {
+        DoubleCamera camera;
+        camera.setCapability(word, bit);
+        open(camera);
+        ASSERT_TRUE(Tavra_SetBinningSumMode(handle, 2));
+        ASSERT_EQ(usb.camera().status(46), 2);
+        expectSuccess(Tavra_ResetSetting(handle));
+        EXPECT_EQ(usb.camera().status(46), 0) << word;
+        close();
+        usb.reset();
+    }
 }
 
 TEST_F(ResetSetting, AsksForTheWholeSensorWithNothing) {

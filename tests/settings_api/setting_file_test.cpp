@@ -383,6 +383,48 @@ TEST_F(SettingFile, LinesThatArePresentAreNotSentAgain) {
     EXPECT_GT(writesOf(u"[GainShutter-2016]\nCurrentShutterLine=9\nCurrentShutterClock=0\n"), without);
 }
 
+// Of cameras with this function the file has no gain; one that stands there all the same is another's.
+TEST_F(SettingFile, TheGainOfAFileIsNothingToCamerasWithTheFunctionOfTheGainGroup) {
+    for (const bool has : {false, true}) {
+        DoubleCamera camera;
+        camera.setCapability(16, 4, has);  // function 0x90004
+        open(camera);
+        ASSERT_TRUE(Tavra_SetGain(handle, 33));
+        load(u"[GainShutter-2016]\nCurrentGain=44\nCurrentDigitalGain=70\nAGCMinGain=25\nAGCMaxGain=60\n");
+        EXPECT_EQ(get(handle, Tavra_GetGain), has ? 33 : 44);
+        EXPECT_EQ(get(handle, Tavra_GetDigitalGain), 70) << "its neighbours count";
+        std::uint16_t least = 0, most = 0;
+        ASSERT_TRUE(Tavra_GetGainControlRange(handle, &least, &most));
+        EXPECT_EQ(least, 25);
+        EXPECT_EQ(most, 60);
+        close();
+        usb.reset();
+    }
+}
+
+// Capability word 3 bit 13, or function 131, which is word 8 bit 3.
+TEST_F(SettingFile, ABinningSumIsKeptWhicheverWayTheCameraTellsOfIt) {
+    for (const auto& [word, bit] : {std::pair{3u, 13u}, {8u, 3u}, {8u, 4u}}) {
+        const bool has = word == 3 || bit == 3;
+        DoubleCamera camera;
+        camera.setCapability(word, bit);
+        camera.status(46) = 3;
+        open(camera);
+        std::filesystem::remove(path());
+        save();
+        const auto saved = valueOf(u"ImageSize-2016", u"BinningSumMode");
+        if (has) {
+            EXPECT_EQ(saved, u"3") << word;
+        } else {
+            EXPECT_EQ(saved, std::nullopt);
+        }
+        load(u"[ImageSize-2016]\nBinningSumMode=2\n");
+        EXPECT_EQ(usb.camera().status(46), has ? 2 : 3) << word << ", " << bit;
+        close();
+        usb.reset();
+    }
+}
+
 TEST_F(SettingFile, TheBlankingIsAlsoFoundBehindABracket) {
     DoubleCamera camera;
     camera.setCapability(1, 5);
