@@ -1,16 +1,13 @@
 // Windows that come and go, at any moment and in any order, and servers that go.
-#include <unistd.h>
-
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include "display_x11/preview_on_screen.h"
+#include "display_x11/shared_memory.h"
 
 namespace tavra::test {
 namespace {
@@ -68,23 +65,6 @@ class Life : public PreviewOnScreen {
         for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
             ++count;
         return count;
-    }
-    // Segments of shared memory that this process has made and that still exist.
-    static std::size_t segments() {
-        std::ifstream table("/proc/sysvipc/shm");
-        std::size_t count = 0;
-        for (std::string line; std::getline(table, line);) {
-            std::istringstream words(line);
-            long long key = 0, id = 0, mode = 0, size = 0, maker = 0;
-            if (words >> key >> id >> mode >> size >> maker && maker == getpid()) ++count;
-        }
-        return count;
-    }
-    // The server lets go of the last segment when it reads that it shall.
-    static bool noSegmentStays() {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs);
-        while (segments() != 0 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
-        return segments() == 0;
     }
 };
 
