@@ -89,6 +89,13 @@ std::uint64_t keysOf(std::uint16_t state) {
     return keys;
 }
 
+// A caption is of both bits; one alone is a border.
+std::uint32_t decorationsOf(std::uint32_t style) {
+    constexpr std::uint32_t kNone = 0, kAll = 1, kBorder = 2;
+    const std::uint32_t bits = style & kStyleCaption;
+    return bits == kStyleCaption ? kAll : bits != 0 ? kBorder : kNone;
+}
+
 }  // namespace
 
 X11Window::~X11Window() {
@@ -172,14 +179,14 @@ void X11Window::setStyle(std::uint32_t style) {
     events_.onSize(IWindowEvents::kRestored, client.width, client.height);
 }
 
-// Window managers take the frame from these hints: which functions a window offers, and whether it has a
-// frame.
+// Window managers take the frame from these hints: which functions a window offers, and what of a frame it
+// has.
 void X11Window::applyStyle(std::uint32_t style) {
     constexpr std::uint32_t kFunctions = 1, kDecorations = 2;
-    style_ = style;
     constexpr std::uint32_t kAllFunctions = 1, kWithoutClose = 1 | 32;
+    style_ = style;
     const std::uint32_t hints[5] = {kFunctions | kDecorations, closable_ ? kAllFunctions : kWithoutClose,
-                                    (style & kStyleCaption) != 0 ? 1u : 0u, 0, 0};
+                                    decorationsOf(style), 0, 0};
     const X11Library& x = *connection_.x;
     x.xcb_change_property(connection_.raw, XCB_PROP_MODE_REPLACE, id_, connection_.atoms.motifHints,
                           connection_.atoms.motifHints, 32, 5, hints);
