@@ -222,6 +222,36 @@ TEST_F(Input, BarsGoWhenTheWindowIsLargeEnough) {
     ASSERT_TRUE(Tavra_StopTransfer(handle));
 }
 
+// The pointer stands still: the key alone changes it.
+TEST_F(Input, CursorTellsWhetherAClickShowsLessOrMore) {
+    openMono(64, 48);
+    createWindow({64, 48});
+    user.moveTo(20, 20);
+    const std::vector<std::uint32_t> arrow = user.cursor();
+    ASSERT_FALSE(arrow.empty());
+    user.holdAlt();
+    takeUpUntilSized(65);
+    EXPECT_EQ(user.cursor(), arrow) << "the mode is off";
+    user.letAltGo();
+
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 1));
+    user.moveTo(21, 20);
+    takeUpUntilSized(66);
+    const std::vector<std::uint32_t> less = user.cursor();
+    user.holdAlt();
+    takeUpUntilSized(67);
+    const std::vector<std::uint32_t> more = user.cursor();
+    EXPECT_NE(less, arrow);
+    EXPECT_NE(more, arrow);
+    EXPECT_NE(less, more);
+    user.moveTo(22, 20);
+    takeUpUntilSized(68);
+    EXPECT_EQ(user.cursor(), more) << "still held";
+    user.letAltGo();
+    takeUpUntilSized(69);
+    EXPECT_EQ(user.cursor(), less);
+}
+
 // The application sees what happens in the window it has given as parent, in its own coordinates.
 TEST_F(Input, IsForwardedToTheParent) {
     openMono(64, 48);
