@@ -109,6 +109,29 @@ class DrawingSurface : public StreamTest, public testing::WithParamInterface<int
         EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
     }
 
+    void receive(int messages) {
+        for (int i = 0; i < messages; ++i) {
+            ReceivedMessage got;
+            ASSERT_TRUE(receiver.wait(got, kPatienceMs)) << i;
+        }
+    }
+    // Paints all of the window again, from the background on, and waits for it: what is told of the second
+    // round comes after the painting of the first.
+    void repaint() {
+        std::uint8_t mode = 0;
+        ASSERT_TRUE(Tavra_GetAspectMode(handle, &mode));
+        for (int round = 0; round < 2; ++round) {
+            ASSERT_TRUE(Tavra_SetAspectMode(handle, mode));
+            receive(2);
+        }
+    }
+    void setDestination(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::uint32_t height) {
+        ASSERT_TRUE(Tavra_SetAspectMode(handle, TAVRA_ASPECT_FREE));
+        ASSERT_TRUE(Tavra_SetPreviewDestSize(handle, x, y, width, height));
+        receive(5);  // a size and a destination of each, and the destination itself
+        repaint();
+    }
+
     XServer server;
     xcb_window_t window = 0;
 };
@@ -230,19 +253,60 @@ INSTANTIATE_TEST_SUITE_P(Modes, DrawingOffScreen, testing::Values(1, 3),
 TEST_P(DrawingOffScreen, EmptyDestinationLeavesThePictureAsItWas) {
     showImage();
     EXPECT_TRUE(looksLike(imageAt(1, 3, 2)));
-    ASSERT_TRUE(Tavra_SetAspectMode(handle, TAVRA_ASPECT_FREE));
-    ASSERT_TRUE(Tavra_SetPreviewDestSize(handle, 5, 5, 0, 0));
-    for (const std::uint32_t told : {45061u, 45063u, 45063u, 45061u, 45063u}) {
-        ReceivedMessage got;
-        ASSERT_TRUE(receiver.wait(got, kPatienceMs)) << told;
-    }
+    setDestination(5, 5, 0, 0);
     show(2);
-    record().preview.invalidate();
-    for (int i = 0; i < 2; ++i) {  // each is answered by the thread that paints, between two paintings
-        std::uint32_t place[4] = {};
-        ASSERT_TRUE(Tavra_GetPreviewWindowSize(handle, &place[0], &place[1], &place[2], &place[3]));
-    }
+    repaint();
     EXPECT_EQ(server.pixels(window, 12, 9), imageAt(1, 3, 2));
+    stopAndExpectCode(0);
+}
+
+// The modes with an overlay, which stays where it is on the screen while there is no place for it.
+class DrawingOverlay : public DrawingSurface {
+  protected:
+    void showWithoutDestination() {
+        showImage();
+        EXPECT_TRUE(looksLike(imageAt(1, 3, 2)));
+        repaint();
+        setDestination(5, 5, 0, 0);
+    }
+    // The key in all of the window, and the overlay in a part of it.
+    Picture keyAroundImageAt(std::uint32_t number, std::uint32_t left, std::uint32_t top) const {
+        Picture picture(12 * 9, kMagenta);
+        for (std::uint32_t i = 0; i < 24; ++i) {
+            picture[(i / 6 + top) * 12 + i % 6 + left] = grey(number, i % 6, i / 6);
+        }
+        return picture;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, DrawingOverlay, testing::Values(2, 4),
+                         [](const auto& mode) { return "Mode" + std::to_string(mode.param); });
+
+// And shows what comes.
+TEST_P(DrawingOverlay, EmptyDestinationLeavesOverlayAndStrips) {
+    showWithoutDestination();
+    EXPECT_EQ(server.pixels(window, 12, 9), imageAt(1, 3, 2));
+    show(2);
+    repaint();
+    EXPECT_EQ(server.pixels(window, 12, 9), imageAt(2, 3, 2));
+    show(3);
+    repaint();
+    EXPECT_EQ(server.pixels(window, 12, 9), imageAt(3, 3, 2));
+    stopAndExpectCode(0);
+}
+
+// A move brings the key to all of the client area, and without a destination nothing is painted over it.
+TEST_P(DrawingOverlay, MovedWindowWithoutADestinationHasTheKey) {
+    showWithoutDestination();
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 41, 31, 12, 9));
+    EXPECT_TRUE(looksLike(keyAroundImageAt(1, 2, 1))) << "the overlay has not followed";
+    show(2);
+    repaint();
+    EXPECT_EQ(server.pixels(window, 12, 9), keyAroundImageAt(2, 2, 1));
+    ASSERT_TRUE(Tavra_SetPreviewWindowSize(handle, 90, 70, 12, 9));
+    EXPECT_TRUE(looksLike(Picture(12 * 9, kMagenta))) << "beside the overlay";
+    setDestination(3, 2, 6, 4);
+    EXPECT_TRUE(looksLike(imageAt(2, 3, 2)));
     stopAndExpectCode(0);
 }
 
