@@ -1,6 +1,7 @@
 // The preview window as one of USER: its class, place and messages, and what GDI shows of it.
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <thread>
@@ -95,16 +96,20 @@ class PreviewOfUser : public StreamTest {
         return result;
     }
     // Looks again and again, on top of whatever else is on the screen.
-    bool looksLike(int width, int height, const Pixels& expected) const {
+    template <typename Accepts>
+    bool looks(int width, int height, Accepts accepts) const {
         const ULONGLONG end = GetTickCount64() + kPatienceMs;
         do {
             SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
             InvalidateRect(window, nullptr, TRUE);
             pump();
             UpdateWindow(window);
-            if (pixels(width, height) == expected) return true;
+            if (accepts(pixels(width, height))) return true;
         } while (GetTickCount64() < end);
         return false;
+    }
+    bool looksLike(int width, int height, const Pixels& expected) const {
+        return looks(width, height, [&](const Pixels& seen) { return seen == expected; });
     }
     void show(std::uint32_t number) {
         forgetAll();
@@ -304,6 +309,39 @@ TEST_F(PreviewOfUser, ImageIsStretchedAndPlaced) {
     }
 }
 
+TEST_F(PreviewOfUser, ImageOfItsOwnSizeIsCopiedInTheSmoothModeToo) {
+    openMono();
+    ASSERT_TRUE(Tavra_SetDisplayMode(handle, 8));
+    create(10, 9);
+    show(1);
+    EXPECT_TRUE(looksLike(10, 9, picture(10, 9, 2, 2, 6, 4)));
+}
+
+// How exactly is the system's matter: each pixel lies between the image's around it, and there are shades
+// that the image has not.
+TEST_F(PreviewOfUser, SmoothModeMixesNeighbours) {
+    openMono();
+    ASSERT_TRUE(Tavra_SetDisplayMode(handle, 8));
+    ASSERT_TRUE(Tavra_SetAspectMode(handle, TAVRA_ASPECT_STRETCH));
+    create(48, 32);
+    show(1);
+    const auto isBetween = [this](std::uint32_t seen, int x, int y) {
+        const std::uint32_t least = grey(1, std::max(x - 1, 0), std::max(y - 1, 0));
+        const std::uint32_t most =
+            grey(1, std::min(x + 1, 5), std::min(y + 1, 3));  // they grow to both sides
+        return seen == (seen & 0xFF) * 0x010101 && seen >= least && seen <= most;
+    };
+    EXPECT_TRUE(looks(48, 32, [&](const Pixels& seen) {
+        bool mixed = false;
+        for (int i = 0; i < 48 * 32; ++i) {
+            const std::uint32_t pixel = seen[static_cast<std::size_t>(i)];
+            if (!isBetween(pixel, i % 48 / 8, i / 48 / 8)) return false;
+            mixed = mixed || (pixel & 0xFF) % 3 != 1;  // the image's own are 1, 4, 7 and so on
+        }
+        return mixed;
+    }));
+}
+
 TEST_F(PreviewOfUser, IsBlackWithoutAnImage) {
     openMono();
     create(20, 10);
@@ -399,6 +437,58 @@ TEST_F(PreviewOfUser, MouseIsForwardedToTheParent) {
         EXPECT_EQ(got.lParam, MAKELPARAM(17, 28)) << "the window stands at (10, 20)";
     }
     ASSERT_TRUE(Tavra_DestroyPreviewWindow(handle));
+}
+
+// Its place is one on the screen, for the parent as well.
+TEST_F(PreviewOfUser, WheelIsForwardedToTheParent) {
+    openMono(64, 48);
+    const ParentWindow parent;
+    create(64, 48, WS_CHILD | WS_VISIBLE, parent.window());
+    while (parent.nextMouse().message != 0) {
+    }
+    for (const int turn : {WHEEL_DELTA, -WHEEL_DELTA}) {
+        const WPARAM keys = MAKEWPARAM(MK_SHIFT | MK_LBUTTON, turn);
+        SendMessageW(window, WM_MOUSEWHEEL, keys, MAKELPARAM(57, 58));
+        const MSG got = parent.nextMouse();
+        EXPECT_EQ(got.message, static_cast<UINT>(WM_MOUSEWHEEL));
+        EXPECT_EQ(got.wParam, keys);
+        EXPECT_EQ(got.lParam, MAKELPARAM(57, 58));
+    }
+    EXPECT_EQ(parent.nextMouse().message, 0u);
+    ASSERT_TRUE(Tavra_DestroyPreviewWindow(handle));
+}
+
+// The cursors that stand for the library's own here, which a program has none of that holds the library.
+TEST_F(PreviewOfUser, CursorTellsWhetherAClickShowsLessOrMore) {
+    const HCURSOR arrow = LoadCursorW(nullptr, IDC_ARROW);
+    const HCURSOR less = LoadCursorW(nullptr, IDC_CROSS), more = LoadCursorW(nullptr, IDC_IBEAM);
+    constexpr WPARAM kAnyKey = 'A';
+    const auto holdAlt = [](bool held) {
+        std::array<BYTE, 256> keys{};
+        keys[VK_MENU] = held ? 0x80 : 0;
+        SetKeyboardState(keys.data());
+    };
+    openMono(64, 48);
+    create(64, 48);
+    SetCursor(arrow);
+    for (const UINT message : {WM_SYSKEYDOWN, WM_SYSKEYUP, WM_MOUSEMOVE}) {
+        SendMessageW(window, message, kAnyKey, 0);
+        EXPECT_EQ(GetCursor(), arrow) << "the mode is off";
+    }
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 1));
+    SendMessageW(window, WM_MOUSEMOVE, 0, MAKELPARAM(5, 5));
+    EXPECT_EQ(GetCursor(), less) << "taking the mouse";
+    for (const UINT message : {WM_SYSKEYDOWN, WM_SYSKEYUP, WM_MOUSEMOVE}) {
+        for (const bool held : {true, false}) {
+            holdAlt(held);
+            SetCursor(arrow);
+            SendMessageW(window, message, message == WM_MOUSEMOVE ? 0 : kAnyKey, MAKELPARAM(6, 5));
+            EXPECT_EQ(GetCursor(), held ? more : less) << message;
+        }
+    }
+    SetCursor(arrow);
+    SendMessageW(window, WM_MOUSEMOVE, 0, MAKELPARAM(64, 5));
+    EXPECT_EQ(GetCursor(), arrow) << "outside the client area";
 }
 
 TEST_F(PreviewOfUser, SizeGripOfAChildIsNone) {
