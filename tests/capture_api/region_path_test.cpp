@@ -10,7 +10,7 @@ class RegionPath : public ChainTest {
     // The first region is the main image. The frame holds them one after the other.
     void openRegions(const std::vector<Region>& regions, const ChainFrame& frame, std::uint32_t mode = 0) {
         DoubleCamera& camera = describe(frame.transferBits, frame.colorArray);
-        const std::uint32_t bytes = useRegions(camera, regions, transferBitsPerPixel(frame.transferBits) / 8);
+        const std::uint32_t bytes = useRegions(camera, regions, transferBitsPerPixel(frame.transferBits));
         camera.pageRegister(25, 4) = mode;
         StreamTest::open();
         ASSERT_EQ(rawSize, bytes);

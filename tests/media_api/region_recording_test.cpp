@@ -12,7 +12,7 @@ class RegionRecording : public AviRecordingTest {
 
     void openRegions(std::uint16_t colorArray) {
         DoubleCamera& camera = describe(1, colorArray);
-        const std::uint32_t bytes = useRegions(camera, {{4, 2, 0, 0}, {2, 1, 3, 7}}, 1);
+        const std::uint32_t bytes = useRegions(camera, {{4, 2, 0, 0}, {2, 1, 3, 7}}, 8);
         open();
         ASSERT_EQ(rawSize, bytes);
     }
