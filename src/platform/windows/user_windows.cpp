@@ -341,8 +341,8 @@ class UserWindows final : public IWindowSystem {
     bool altHeld() override { return GetKeyState(VK_MENU) < 0; }
     void forward(TavraWindow window, TavraWindow parent, const MouseMessage& mouse) override {
         POINT point{mouse.x, mouse.y};
-        // By design: the wheel's place stays as it is. It is one on the screen, for the parent as well.
-        if (mouse.message != kMouseWheel) MapWindowPoints(native(window), native(parent), &point, 1);
+        // By design: the wheel's place is turned like all others, though it is one on the screen.
+        MapWindowPoints(native(window), native(parent), &point, 1);
         PostMessageW(native(parent), mouse.message, static_cast<WPARAM>(mouse.keys),
                      MAKELPARAM(point.x, point.y));
     }

