@@ -234,8 +234,9 @@ Status PreviewWindow::setAspectMode(std::uint8_t mode) {
     aspectMode = mode;
     const TavraWindow window = previewWindow;
     if (window == nullptr) return Status();
-    TAVRA_RETURN_IF_ERROR(system_.postResize(window));
-    return system_.invalidate(window, true);
+    Status shown = system_.postResize(window);
+    if (shown.ok()) shown = system_.invalidate(window, true);
+    return alive() ? shown : Status();  // one that the user has closed needs to show nothing
 }
 
 Status PreviewWindow::setDisplayMode(std::uint8_t mode) {
