@@ -13,6 +13,10 @@ struct Entry {
     const char* text;
 };
 
+constexpr const char* kMovieNotOpened =
+    "the movie could not be opened for writing; check the folder and its permissions, and whether a "
+    "recording or conversion has the file";
+
 constexpr Entry kEntries[] = {
     {2, ExitCode::Failed, "there is no such file or setting"},
     {3, ExitCode::Failed, "there is no such folder"},
@@ -40,7 +44,6 @@ constexpr Entry kEntries[] = {
      "TAVRA_USBD=/path"},
     {TAVRA_ERROR_OPERATION_NOT_FOUND, ExitCode::NoCamera,
      "the USB access library lacks an operation; it is not one, or of another version"},
-    {112, ExitCode::Failed, "the disk is full"},
     {223, ExitCode::Failed, "the file has reached the largest size that its file system takes"},
     {TAVRA_ERROR_TIMEOUT, ExitCode::TimedOut,
      "no frame came in time; is the camera waiting for a trigger, or the exposure longer than --timeout?"},
@@ -53,16 +56,10 @@ constexpr Entry kEntries[] = {
     {TAVRA_ERROR_WINDOW_EXISTS, ExitCode::Failed, "not possible while a preview window exists"},
     {TAVRA_ERROR_NO_WINDOW, ExitCode::Failed, "there is no preview window"},
     {TAVRA_ERROR_RECORDING, ExitCode::Failed, "not possible while a recording runs"},
-    {TAVRA_ERROR_FILE_STREAM, ExitCode::Failed,
-     "the movie could not be opened for writing; check the folder and its permissions, and whether a "
-     "recording or "
-     "conversion has the file"},
+    {TAVRA_ERROR_FILE_STREAM, ExitCode::Failed, kMovieNotOpened},
     {TAVRA_ERROR_COMPRESSOR_A, ExitCode::Failed, "no codec of this kind is installed"},
     {TAVRA_ERROR_COMPRESSOR_B, ExitCode::Failed, "the codec does not take pictures of this kind"},
-    {TAVRA_ERROR_COMPRESSOR_C, ExitCode::Failed,
-     "the movie could not be opened for writing; check the folder and its permissions, and whether a "
-     "recording or "
-     "conversion has the file"},
+    {TAVRA_ERROR_COMPRESSOR_C, ExitCode::Failed, kMovieNotOpened},
     {TAVRA_ERROR_COMPRESSOR_D, ExitCode::Failed, "no codec was chosen"},
     {TAVRA_ERROR_FILE_NAME, ExitCode::Failed,
      "the file name has no known ending; images end in .png, .jpg, .tif, .bmp or .raw, movies in "
