@@ -150,13 +150,14 @@ TEST_F(CommandRecordTest, LeavesAWholeMovieWhenTheCameraGoesAway) {
     EXPECT_EQ(probe("out.avi")["whole"], true);
 }
 
-// At the camera's own pace: without one, a pause of this computer's is longer than many frames.
+// Why it was lost is told by the clock, and a busy computer may have been late by itself: see the monitor's
+// own tests for that.
 TEST_F(CommandRecordTest, CountsAFrameThatTheCameraLost) {
     const Outcome outcome =
-        run("record --virtual mono:width=64:height=48:fault.shorten=100@5 --frames 12 out.avi");
+        run("record --virtual mono:width=64:height=48:pace=off:fault.shorten=100@5 --frames 12 out.avi");
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
-    EXPECT_NE(outcome.output.find("11 frames seen, 11 stored, 0 paused, 1 lost (1 damaged on the way"),
-              std::string::npos)
+    EXPECT_NE(outcome.output.find("frame 4 lost: "), std::string::npos) << outcome.output;
+    EXPECT_NE(outcome.output.find("11 frames seen, 11 stored, 0 paused, 1 lost (1 "), std::string::npos)
         << outcome.output;
     const nlohmann::json movie = probe("out.avi");
     EXPECT_EQ(movie["length"], 12);
