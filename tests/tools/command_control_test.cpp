@@ -43,7 +43,7 @@ constexpr double kExposureBand = 10.5;
 constexpr double kBalanceBand = 1.5;
 
 TEST_F(CommandTest, SnapAutoEndsAsAPictureToKeepWhereItBeganDarkAndGreen) {
-    const std::string scene = "--virtual bayer:light=dim:pace=off:vignetting=0 ";
+    const std::string scene = "--virtual bayer:light=dim:pace=off:vignetting=0:width=640 ";
     EXPECT_EQ(run("snap " + scene + "before.png").exitCode, 0);
     const Outcome outcome = run("snap --auto " + scene + "after.png");
     EXPECT_EQ(outcome.exitCode, 0);
@@ -61,9 +61,10 @@ TEST_F(CommandTest, SnapAutoEndsAsAPictureToKeepWhereItBeganDarkAndGreen) {
 
 TEST_F(CommandTest, SnapAutoKeepsToWhatSetSays) {
     // The shutter alone, and a white balance by hand: gain and gains stay.
-    const Outcome outcome = run(
-        "snap --auto --virtual bayer:light=3:pace=off --set alc=shutter --set alc.target=60 --set wb=manual "
-        "--set wb.gains=1.5,1 shutter.png");
+    const Outcome outcome =
+        run("snap --auto --virtual bayer:light=3:pace=off:width=640 --set alc=shutter --set alc.target=60 "
+            "--set wb=manual "
+            "--set wb.gains=1.5,1 shutter.png");
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_NE(outcome.output.find("gain  0.0dB  wb R 1.50 B 1.00\n"), std::string::npos) << outcome.output;
     EXPECT_NEAR(meanOf(picture("shutter.png")).y(), 60, kExposureBand);
@@ -78,18 +79,19 @@ TEST_F(CommandTest, SnapAutoTellsWhatHadNotSettledInTime) {
 }
 
 TEST_F(CommandTest, SnapAutoLeavesTheGainsOfAQuadMosaicAlone) {
-    const Outcome outcome = run("snap --auto --virtual quad:kelvin=3500:pace=off quad.png");
+    const Outcome outcome = run("snap --auto --virtual quad:kelvin=3500:pace=off:width=640 quad.png");
     EXPECT_NE(outcome.output.find("settled in"), std::string::npos) << outcome.output;
     EXPECT_EQ(outcome.output.find("wb R 0.0"), std::string::npos) << outcome.output;
-    EXPECT_EQ(
-        run("watch --frames 100 --every 100 --virtual quad:kelvin=3500:pace=off").output.find("balance move"),
-        std::string::npos);
+    EXPECT_EQ(run("watch --frames 100 --every 100 --virtual quad:kelvin=3500:pace=off:width=640")
+                  .output.find("balance move"),
+              std::string::npos);
 }
 
 // The light is redder than white, so less red and more blue than in white light make grey.
 TEST_F(CommandTest, SnapAutoLetsACameraBalanceItself) {
     const auto gains = [this](const std::string& scene) {
-        const std::string output = run("snap --auto --virtual wb:pace=off:" + scene + " wb.png").output;
+        const std::string output =
+            run("snap --auto --virtual wb:pace=off:width=640:" + scene + " wb.png").output;
         const std::size_t at = output.rfind("wb R ");
         double r = 0, b = 0;
         EXPECT_EQ(std::sscanf(output.c_str() + std::min(at, output.size()), "wb R %lf B %lf", &r, &b), 2)
@@ -102,7 +104,7 @@ TEST_F(CommandTest, SnapAutoLetsACameraBalanceItself) {
 }
 
 TEST_F(CommandTest, SnapAutoSettlesAMonoCameraAndRefusesFinishedFrames) {
-    const Outcome mono = run("snap --auto --virtual mono:light=0.5:pace=off mono.png");
+    const Outcome mono = run("snap --auto --virtual mono:light=0.5:pace=off:width=640 mono.png");
     EXPECT_NE(mono.output.find("settled in"), std::string::npos) << mono.output;
     EXPECT_NEAR(meanOf(picture("mono.png")).y(), 128, kExposureBand);
     const Outcome finished = run("snap --auto --virtual bgr bgr.png");
@@ -140,14 +142,16 @@ std::vector<std::string> faultsOf(const std::vector<nlohmann::json>& readings) {
     return faults;
 }
 
-// The frames come as fast as they are read, so on a machine under load the controls may miss so many of them
-// that a light is over before they are done. That is not so three times running.
+// A narrow image, of as many lines and so of the same frame time as the whole: the sanitizers take long
+// enough. The frames come as fast as they are read, so on a machine under load the controls may miss so many
+// of them that a light is over before they are done. That is not so three times running.
 TEST_F(CommandTest, WatchShowsBothControlsSettleAfterEachStepOfTheScript) {
     std::vector<std::string> faults;
     for (int attempt = 0; attempt < 3; ++attempt) {
         // As many as the frames of the script and a few more, for those on their way as it ends.
         const auto readings =
-            lines(run("watch --json --every 10 --frames 1100 --virtual bayer:light=script:pace=off").output);
+            lines(run("watch --json --every 10 --frames 1100 --virtual bayer:light=script:pace=off:width=640")
+                      .output);
         ASSERT_GE(readings.size(), 108u);
         faults = faultsOf(readings);
         if (faults.empty()) break;
