@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <thread>
 #include <utility>
 
 #include "display_x11/user.h"
@@ -111,6 +112,33 @@ TEST_F(WindowSystem, DestroyReturnsAfterTheWindowWasToldAlsoIfTheUserWasFirst) {
     destroyed.come();
 }
 
+// A new server counts its windows from where the old one did.
+TEST_F(WindowSystem, WindowThatWentWithItsServerIsNoneOfTheNextServers) {
+    Moment destroyed;
+    events.whenDestroyed = [&] { destroyed.come(); };
+    const TavraWindow lost = make(events), closed = make(events);
+    server.destroy(native(closed));
+    ASSERT_TRUE(destroyed.waitFor(kPatience));
+    server.kill();
+    XServer next;
+    ASSERT_TRUE(next.started());
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (system.isWindow(lost) && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ASSERT_TRUE(system.registerClass(false).ok());
+    EventsDouble others;
+    for (int i = 0; i < 20; ++i) {
+        const TavraWindow window = make(others);
+        EXPECT_NE(window, lost);
+        EXPECT_NE(window, closed);
+        EXPECT_FALSE(system.isWindow(lost));
+        EXPECT_FALSE(system.isWindow(closed));
+        EXPECT_TRUE(system.destroy(window).ok());
+    }
+    EXPECT_TRUE(system.unregisterClass(false).ok());
+}
+
 TEST_F(WindowSystem, WindowInsideOfAnotherOfThemHasItsOwnEvents) {
     Moment outerSized, mouse;
     events.whenSized = [&](std::uint32_t width) {
@@ -148,7 +176,8 @@ TEST_F(WindowSystem, EventsAreLostWithoutMemoryAndTheWindowsLiveOn) {
 }
 
 TEST_F(WindowSystem, WorkWithoutMemoryFailsWhereItWasAskedFor) {
-    platform::X11Session session;
+    platform::WindowNumbers numbers;
+    platform::X11Session session(numbers);
     ASSERT_TRUE(session.start().ok());
     EXPECT_THROW(session.run([](platform::X11Connection&) { throw std::bad_alloc(); }), std::bad_alloc);
     EXPECT_TRUE(session.run([](platform::X11Connection&) {}));

@@ -277,7 +277,7 @@ bool X11Session::paintMarked() {
 
 Status X11Session::create(const WindowRequest& request, IWindowEvents& events, TavraWindow& window) {
     auto made = std::make_unique<X11Window>(*connection_, events);
-    TAVRA_RETURN_IF_ERROR(made->create(request));
+    TAVRA_RETURN_IF_ERROR(made->create(request, numbers_));
     window = handleOf(made->id());
     X11Window& created = *made;
     {

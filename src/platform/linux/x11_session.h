@@ -12,6 +12,7 @@
 
 #include "base/status.h"
 #include "platform/event.h"
+#include "platform/linux/window_numbers.h"
 #include "platform/linux/x11_window.h"
 #include "platform/thread.h"
 #include "platform/window.h"
@@ -20,6 +21,8 @@ namespace tavra::platform {
 
 class X11Session {
   public:
+    // numbers: outlive the session.
+    explicit X11Session(WindowNumbers& numbers) : numbers_(numbers) {}
     // Waits until the connection stands, or does not.
     Status start();
     ~X11Session() { stop(); }
@@ -74,6 +77,7 @@ class X11Session {
     bool handleInner(const xcb_generic_event_t& event);
     X11Window* find(TavraWindow window) const;
 
+    WindowNumbers& numbers_;
     Thread thread_;
     Event wake_{Event::Reset::Auto};
     mutable std::mutex mutex_;

@@ -66,11 +66,6 @@ std::string utf8(const std::u16string& wide) {
     return bytes;
 }
 
-xcb_window_t nativeOf(TavraWindow window) {
-    const auto number = reinterpret_cast<std::uintptr_t>(window);
-    return number > 0xFFFFFFFF ? 0 : static_cast<xcb_window_t>(number);
-}
-
 // Messages of the buttons: pressed, released, pressed twice.
 struct ButtonMessages {
     std::uint32_t pressed, released, twice;
@@ -103,7 +98,7 @@ X11Window::~X11Window() {
     if (id_ != 0) connection_.x->xcb_destroy_window(connection_.raw, id_);
 }
 
-Status X11Window::create(const WindowRequest& request) {
+Status X11Window::create(const WindowRequest& request, WindowNumbers& numbers) {
     const bool child = (request.style & kStyleChild) != 0;
     const xcb_window_t parent = nativeOf(request.parent);
     if (request.parent != nullptr && parent == 0) return Status(error::kInvalidWindowHandle);
@@ -116,7 +111,9 @@ Status X11Window::create(const WindowRequest& request) {
     y_ = anywhere ? 0 : placeOf(request.y);
     title_ = request.title;
     closable_ = request.closable;
-    id_ = x.xcb_generate_id(connection_.raw);
+    do {
+        id_ = x.xcb_generate_id(connection_.raw);
+    } while (!numbers.take(id_) && !connection_.broken());
     // A parent of another visual has nothing for the window to take over.
     const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 0, kEventMask, screen.default_colormap};
     const auto asked = x.xcb_create_window_checked(
@@ -126,6 +123,7 @@ Status X11Window::create(const WindowRequest& request) {
         XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, values);
     const Reply<xcb_generic_error_t> refused(x.xcb_request_check(connection_.raw, asked));
     if (refused || connection_.broken()) {
+        numbers.giveBack(id_);
         id_ = 0;
         return Status(error::kInvalidWindowHandle);
     }

@@ -8,11 +8,18 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/linux/window_numbers.h"
 #include "platform/linux/x11_canvas.h"
 #include "platform/linux/x11_connection.h"
 #include "platform/window.h"
 
 namespace tavra::platform {
+
+// 0: none that a server could have.
+inline xcb_window_t nativeOf(TavraWindow window) {
+    const auto number = reinterpret_cast<std::uintptr_t>(window);
+    return number > 0xFFFFFFFF ? 0 : static_cast<xcb_window_t>(number);
+}
 
 class X11Window {
   public:
@@ -25,7 +32,7 @@ class X11Window {
     X11Window& operator=(const X11Window&) = delete;
 
     // 1400: the parent is no window. 1406: a child without a parent.
-    Status create(const WindowRequest& request);
+    Status create(const WindowRequest& request, WindowNumbers& numbers);
     xcb_window_t id() const { return id_; }
     IWindowEvents& events() const { return events_; }
     // The window is no more; nothing of it is asked of the server.

@@ -5,6 +5,7 @@
 
 #include "base/never_destroyed.h"
 #include "platform/last_error.h"
+#include "platform/linux/window_numbers.h"
 #include "platform/linux/x11_session.h"
 #include "platform/window.h"
 
@@ -20,7 +21,7 @@ class X11Windows final : public IWindowSystem {
     Status registerClass(bool) override {
         const std::lock_guard lock(mutex_);
         if (session_ == nullptr || !session_->running()) {
-            auto started = std::make_shared<X11Session>();
+            auto started = std::make_shared<X11Session>(numbers_);
             TAVRA_RETURN_IF_ERROR(started->start());
             session_ = std::move(started);
         }
@@ -31,7 +32,10 @@ class X11Windows final : public IWindowSystem {
         std::shared_ptr<X11Session> last;
         {
             const std::lock_guard lock(mutex_);
-            if (registrations_ > 0 && --registrations_ == 0) last = std::move(session_);
+            if (registrations_ > 0 && --registrations_ == 0) {
+                last = std::move(session_);
+                numbers_.giveAllBack();
+            }
         }
         if (last != nullptr) last->stop();
         return Status();
@@ -59,6 +63,7 @@ class X11Windows final : public IWindowSystem {
             existed = current->isWindow(window);
             current->destroy(window, true);
         });
+        numbers_.giveBack(nativeOf(window));
         return existed ? Status() : kNoSuchWindow;
     }
     bool isWindow(TavraWindow window) override {
@@ -152,10 +157,8 @@ class X11Windows final : public IWindowSystem {
         return held;
     }
     void forward(TavraWindow window, TavraWindow parent, const MouseMessage&) override {
-        const auto number = reinterpret_cast<std::uintptr_t>(parent);
-        if (number > 0xFFFFFFFF) return;
-        static_cast<void>(
-            on(window, [number](X11Window& target) { target.forward(static_cast<xcb_window_t>(number)); }));
+        const xcb_window_t to = nativeOf(parent);
+        if (to != 0) static_cast<void>(on(window, [to](X11Window& target) { target.forward(to); }));
     }
 
   private:
@@ -176,15 +179,14 @@ class X11Windows final : public IWindowSystem {
     // A window of the application's.
     Status foreignOnScreen(TavraWindow window, Rectangle& rectangle) const {
         Status status = kNoSuchWindow;
-        const auto number = reinterpret_cast<std::uintptr_t>(window);
+        const xcb_window_t number = nativeOf(window);
         const auto current = session();
-        if (current == nullptr || number == 0 || number > 0xFFFFFFFF) return status;
-        current->run([&](X11Connection& connection) {
-            status = connection.onScreen(static_cast<xcb_window_t>(number), rectangle);
-        });
+        if (current == nullptr || number == 0) return status;
+        current->run([&](X11Connection& connection) { status = connection.onScreen(number, rectangle); });
         return status;
     }
 
+    WindowNumbers numbers_;  // of all sessions
     mutable std::mutex mutex_;
     std::shared_ptr<X11Session> session_;
     std::uint32_t registrations_ = 0;
