@@ -327,7 +327,7 @@ void FramePath::callPreviewBitmapCallbacks() {
     });
 }
 
-// Without both nothing is published and nothing posted.
+// Without both nothing is published and nothing posted. A window that the user has closed is none.
 bool FramePath::imageIsShown() {
     return camera_.preview.alive() || !camera_.previewGdiCallbacks.empty();
 }
@@ -339,7 +339,6 @@ void FramePath::drawIntoImage() {
     const auto drawOn = [&]() -> platform::MemoryContext& {
         return context ? *context : context.emplace(target_->image(chosen_).bitmap, &drawingMemory_);
     };
-    const std::uint32_t infoMode = camera_.preview.displayInfoMode;
     camera_.previewGdiCallbacks.forEach(
         [&](auto& node) {
             const TavraDC dc = drawOn().dc();
@@ -347,6 +346,7 @@ void FramePath::drawIntoImage() {
             node.function(dc, width_, height_, run_.frameNumber, node.context, node.word);
         },
         [&] {
+            const std::uint32_t infoMode = camera_.preview.displayInfoMode;  // a callback may have set it
             if (infoMode != 0) drawInformation(camera_, drawOn().paint(), infoMode);
         });
 }

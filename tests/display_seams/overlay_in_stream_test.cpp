@@ -79,6 +79,25 @@ TEST_F(OverlayInStream, IsAbsentWithoutWindowAndCallback) {
     EXPECT_THAT(seams().drawing, IsEmpty());
 }
 
+// The mode counts as it is when the callbacks have returned.
+TEST_F(OverlayInStream, CallbackMaySetTheModeForItsFrame) {
+    openMono();
+    createWindow();
+    const TavraPreviewGDICallback askForStatistics = [](TavraDC, std::uint32_t, std::uint32_t, std::uint32_t,
+                                                        void* camera, std::uint32_t) {
+        ASSERT_TRUE(
+            Tavra_SetDisplayInfoMode(static_cast<TavraHandle>(camera), TAVRA_DISPLAY_INFO_STATISTICS));
+    };
+    std::uint32_t identifier = 0;
+    ASSERT_TRUE(Tavra_AddPreviewGDICallback(handle, askForStatistics, handle, &identifier));
+    start();
+    show(1);
+    stopAndExpectCode(0);
+    EXPECT_THAT(seams().drawing, ElementsAre("context", "dc", "paint", StartsWith("text 0,0 Average"),
+                                             StartsWith("text 0,13 WB Gain"), StartsWith("text 0,26 Shutter"),
+                                             StartsWith("text 0,39 CDSGain"), "end"));
+}
+
 // With the window gone a callback is enough.
 TEST_F(OverlayInStream, StaysForACallbackWhenTheWindowIsGone) {
     openMono();
