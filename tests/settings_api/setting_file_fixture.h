@@ -14,6 +14,28 @@ class SettingFileTest : public CameraTest {
     std::filesystem::path path() const { return folder / "settings.ini"; }
     std::u16string name() const { return wideName(path()); }
 
+    // With three HDR parameters, 101 to 103.
+    static DoubleCamera hdrCamera() {
+        DoubleCamera camera = pageCamera();
+        camera.setCapabilityWord(18, 3);
+        camera.pageRegister(27, 0) = 16;
+        for (std::uint32_t i = 1; i < 4; ++i) camera.pageRegister(27, 4 * i) = 100 + i;
+        return camera;
+    }
+
+    template <typename Number>
+    static Number get(TavraHandle handle, TavraBool (*getter)(TavraHandle, Number*)) {
+        Number value = 0;
+        EXPECT_TRUE(getter(handle, &value));
+        return value;
+    }
+    static std::uint8_t sharpnessModeOf(TavraHandle handle) {
+        std::uint8_t mode = 0, coring = 0;
+        std::uint16_t gain = 0;
+        EXPECT_TRUE(Tavra_GetSharpnessMode(handle, &mode, &gain, &coring));
+        return mode;
+    }
+
     void writeText(std::u16string_view text) {
         std::vector<std::uint8_t> bytes{0xFF, 0xFE};
         for (const char16_t unit : text) {
