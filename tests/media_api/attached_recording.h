@@ -14,7 +14,6 @@
 
 namespace tavra::test {
 
-inline constexpr std::uint32_t kMotionJpeg = 'M' | 'J' << 8 | 'P' << 16 | 'G' << 24;
 inline constexpr const char16_t* kAttachedMovie = u"/movie";
 
 struct RecordingLayout {
@@ -53,11 +52,7 @@ inline void attachRecorder(TAVRA_COMMON_PARAM& camera, const RecordingLayout& la
     ASSERT_EQ(recorder->SetNotifyWindow(camera.receiver), 0u);
     ASSERT_EQ(recorder->SetNotifyParam(reinterpret_cast<std::uintptr_t>(&camera)), 0u);
     ASSERT_EQ(recorder->Start(), 0u);
-    RecordingSlot& slot = camera.recording;
-    const std::lock_guard operation(slot.operationMutex);
-    slot.format = layout.format;
-    slot.shape = shape;
-    slot.put(recorder);
+    putRecorder(camera, *recorder, layout.format);
 }
 
 // Until a frame waits at the recorder, which keeps the mutex for as long as the disk stands still; or until

@@ -10,8 +10,6 @@
 
 namespace tavra::test {
 
-inline constexpr std::uint32_t kMotionJpeg = 'M' | 'J' << 8 | 'P' << 16 | 'G' << 24;
-
 inline std::uint32_t bytesOf(std::uint32_t previewFormat) {
     return previewFormat == 1 ? 1 : previewFormat == 4 ? 3 : 4;
 }

@@ -19,11 +19,28 @@ class ImageRecording : public RecordingTest {
         ASSERT_EQ(recorder->AddFile(u"movie"), 0u);
         ASSERT_EQ(recorder->Start(), 0u);
         recorder->AddRef();
-        RecordingSlot& slot = record().recording;
-        const std::lock_guard operation(slot.operationMutex);
-        slot.format = format;
-        slot.shape = record().imagesA.shape();
-        slot.put(&*recorder);
+        putRecorder(record(), *recorder, format);
+    }
+
+    // Frames from 0 on, for a writer that stops in the first of them.
+    void stall(std::uint32_t buffers, std::uint32_t frames) {
+        ASSERT_EQ(recorder->SetBufferCount(buffers), 0u);
+        ASSERT_NO_FATAL_FAILURE(attach(1));
+        log.gate.reset();
+        for (std::uint32_t i = 0; i < frames; ++i) sendFrame(i, framePattern(i));
+        EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    }
+    // Until the second frame is at the recorder, which has no buffer for it.
+    void stallWithAFrameThatWaits() {
+        openCamera(1, 5);
+        collectRaw();
+        start();
+        ASSERT_NO_FATAL_FAILURE(stall(1, 2));
+        EXPECT_EQ(raws.waitFor(2).size(), 2u);
+        while (record().recording.operationMutex.try_lock()) {
+            record().recording.operationMutex.unlock();
+            std::this_thread::yield();
+        }
     }
 
     // The test's own reference keeps the recorder open behind the camera's release, its worker at work.
@@ -74,12 +91,7 @@ TEST_F(ImageRecording, HoldsTheCameraUpWhileTheWriterStalls) {
     openCamera(1, 5);
     collectRaw();
     start();
-    ASSERT_EQ(recorder->SetBufferCount(2), 0u);
-    attach(1);
-    log.gate.reset();
-    constexpr std::uint32_t kFrames = 40;
-    for (std::uint32_t i = 0; i < kFrames; ++i) sendFrame(i, framePattern(i));
-    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    ASSERT_NO_FATAL_FAILURE(stall(2, 40));
     EXPECT_EQ(raws.waitFor(3).size(), 3u) << "two have a buffer, the third waits for one";
     EXPECT_EQ(log.frames().size(), 1u);
     std::thread stopper([&] { EXPECT_EQ(Tavra_StopTransfer(handle), 1); });
@@ -96,12 +108,8 @@ TEST_F(ImageRecording, LosesNothingHoweverLongTheWriterStalls) {
     openCamera(1, 5);
     collectImages();
     start();
-    ASSERT_EQ(recorder->SetBufferCount(3), 0u);
-    attach(1);
-    log.gate.reset();
     constexpr std::uint32_t kFrames = 256;
-    for (std::uint32_t i = 0; i < kFrames; ++i) sendFrame(i, framePattern(i));
-    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
+    ASSERT_NO_FATAL_FAILURE(stall(3, kFrames));
     log.gate.set();
     const std::vector<SeenImage> seen = images.waitFor(kFrames);
     ASSERT_EQ(seen.size(), kFrames);
@@ -113,20 +121,7 @@ TEST_F(ImageRecording, LosesNothingHoweverLongTheWriterStalls) {
 
 // The end of a recording waits until the frame has its buffer, which is then written as well.
 TEST_F(ImageRecording, IsNotEndedAheadOfAFrameThatWaits) {
-    openCamera(1, 5);
-    collectRaw();
-    start();
-    ASSERT_EQ(recorder->SetBufferCount(1), 0u);
-    attach(1);
-    log.gate.reset();
-    sendFrame(0, framePattern(0));
-    sendFrame(1, framePattern(1));
-    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
-    EXPECT_EQ(raws.waitFor(2).size(), 2u);
-    while (record().recording.operationMutex.try_lock()) {  // until the second frame is at the recorder
-        record().recording.operationMutex.unlock();
-        std::this_thread::yield();
-    }
+    ASSERT_NO_FATAL_FAILURE(stallWithAFrameThatWaits());
     std::thread stopper([&] { EXPECT_EQ(Tavra_SetAVIStatus(handle, 0), 1); });
     log.gate.set();
     stopper.join();
@@ -138,20 +133,7 @@ TEST_F(ImageRecording, IsNotEndedAheadOfAFrameThatWaits) {
 // The handle goes while a frame waits for its buffer: the close waits for both, and what was taken is
 // written.
 TEST_F(ImageRecording, IsEndedByACloseWhileTheQueueIsFull) {
-    openCamera(1, 5);
-    collectRaw();
-    start();
-    ASSERT_EQ(recorder->SetBufferCount(1), 0u);
-    attach(1);
-    log.gate.reset();
-    sendFrame(0, framePattern(0));
-    sendFrame(1, framePattern(1));
-    EXPECT_TRUE(log.stopped.wait(kPatienceMs));
-    EXPECT_EQ(raws.waitFor(2).size(), 2u);
-    while (record().recording.operationMutex.try_lock()) {  // until the second frame is at the recorder
-        record().recording.operationMutex.unlock();
-        std::this_thread::yield();
-    }
+    ASSERT_NO_FATAL_FAILURE(stallWithAFrameThatWaits());
     std::thread closer([this] { Tavra_Close(std::exchange(handle, nullptr)); });
     log.gate.set();
     closer.join();

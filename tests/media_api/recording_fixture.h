@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ namespace tavra::test {
 
 inline constexpr std::uint32_t kRecordingStarted = 45064;
 inline constexpr std::uint32_t kRecordingEnded = 45065;
+inline constexpr std::uint32_t kMotionJpeg = 'M' | 'J' << 8 | 'P' << 16 | 'G' << 24;
 
 // A raw movie as it lies in its file.
 struct RawMovie {
@@ -50,6 +52,28 @@ inline RawMovie readRawMovie(const Bytes& bytes) {
                                 Bytes(data, data + static_cast<std::ptrdiff_t>(image))});
     }
     return movie;
+}
+
+// A mosaic of so many bytes a row, turned clockwise: each row becomes a column, the last one first.
+inline Bytes turnedClockwise(const Bytes& upright, std::uint32_t width) {
+    const auto height = static_cast<std::uint32_t>(upright.size() / width);
+    Bytes turned(upright.size());
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x) {
+            turned[x * height + height - 1 - y] = upright[y * width + x];
+        }
+    }
+    return turned;
+}
+
+// Puts a recorder that is at work where the capture thread looks for it, for images of the preview's present
+// size. Its reference is the slot's from now on.
+inline void putRecorder(TAVRA_COMMON_PARAM& camera, movie::ISaveAVIFile& recorder, std::uint16_t format) {
+    RecordingSlot& slot = camera.recording;
+    const std::lock_guard operation(slot.operationMutex);
+    slot.format = format;
+    slot.shape = camera.imagesA.shape();
+    slot.put(&recorder);
 }
 
 // What a test reads of a movie stands in the file when the recording's end was told, or Tavra_SetAVIStatus or
@@ -100,6 +124,14 @@ class RecordingTest : public StreamTest {
         // A raw callback is ahead of the recorder; the next one is behind it.
         sendFrame(first + count, framePattern(first + count));
         EXPECT_EQ(raws.waitFor(before + count + 1).size(), before + count + 1);
+    }
+    // A movie of the open camera with the frames from 0 to `count` - 1; the next one may be in it as well.
+    RawMovie recordRaw(std::uint32_t count) {
+        collectRaw();
+        startBoth();
+        sendAndAwait(0, count);
+        EXPECT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
+        return movie();
     }
     Bytes framePattern(std::uint32_t number) const { return pattern(static_cast<std::uint8_t>(number * 5)); }
 

@@ -51,11 +51,7 @@ TEST_F(Recording, CountsFramesThatTheCameraLost) {
 
 TEST_F(Recording, KeepsBytesOfWiderSamples) {
     openCamera(16, 1, 5, 3);
-    collectRaw();
-    startBoth();
-    sendAndAwait(0, 1);
-    ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
-    const RawMovie recorded = movie();
+    const RawMovie recorded = recordRaw(1);
     ASSERT_GE(recorded.frames.size(), 1u);
     const Bytes raw = framePattern(0);
     for (std::size_t i = 0; i < 15; ++i) EXPECT_EQ(recorded.frames[0].image[i], raw[2 * i + 1]);
@@ -64,32 +60,19 @@ TEST_F(Recording, KeepsBytesOfWiderSamples) {
 TEST_F(Recording, KeepsFramesTurned) {
     openCamera(1, 5);
     ASSERT_EQ(Tavra_SetRotationMode(handle, 1), 1);
-    collectRaw();
-    startBoth();
-    sendAndAwait(0, 1);
-    ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
-    const RawMovie recorded = movie();
+    const RawMovie recorded = recordRaw(1);
     ASSERT_GE(recorded.frames.size(), 1u);
     EXPECT_EQ(recorded.field(8), 4u);
     EXPECT_EQ(recorded.field(12), 6u);
     EXPECT_EQ(recorded.frames[0].tag, 4u) << "B G / G R turned clockwise is G B / R G";
-    const Bytes raw = framePattern(0);
-    for (std::uint32_t y = 0; y < 4; ++y) {
-        for (std::uint32_t x = 0; x < 6; ++x) {
-            EXPECT_EQ(recorded.frames[0].image[x * 4 + 3 - y], raw[y * 6 + x]) << x << ',' << y;
-        }
-    }
+    EXPECT_EQ(recorded.frames[0].image, turnedClockwise(framePattern(0), 6));
 }
 
 class WithoutMosaic : public Recording, public testing::WithParamInterface<std::uint32_t> {};
 
 TEST_P(WithoutMosaic, ThereAreNoRawFrames) {
     openCamera(GetParam(), 1, 8, 4);
-    collectRaw();
-    startBoth();
-    sendAndAwait(0, 2);
-    ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
-    EXPECT_TRUE(movie().frames.empty());
+    EXPECT_TRUE(recordRaw(2).frames.empty());
     expectMessages({{kRecordingEnded, 0}});
 }
 
@@ -101,11 +84,7 @@ INSTANTIATE_TEST_SUITE_P(TransferFormats, WithoutMosaic,
 TEST_F(Recording, ThinsByTheFrameSize) {
     openCamera();
     ASSERT_EQ(Tavra_SetAVIFrameSize(handle, 1), 1);
-    collectRaw();
-    startBoth();
-    sendAndAwait(0, 1);
-    ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
-    const RawMovie recorded = movie();
+    const RawMovie recorded = recordRaw(1);
     EXPECT_EQ(recorded.field(8), 3u);
     EXPECT_EQ(recorded.field(12), 2u);
     ASSERT_GE(recorded.frames.size(), 1u);

@@ -27,11 +27,7 @@ class RegionRecording : public AviRecordingTest {
 
 TEST_F(RegionRecording, KeepsTheComposedMosaic) {
     openRegions(5);
-    collectRaw();
-    startBoth();
-    sendAndAwait(0, 2);
-    ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
-    const RawMovie recorded = movie();
+    const RawMovie recorded = recordRaw(2);
     EXPECT_EQ(recorded.field(8), kWidth);
     EXPECT_EQ(recorded.field(12), kHeight);
     EXPECT_EQ(recorded.field(36), kWidth * kHeight);
@@ -45,21 +41,11 @@ TEST_F(RegionRecording, KeepsTheComposedMosaic) {
 TEST_F(RegionRecording, TurnsTheComposedMosaic) {
     openRegions(5);
     ASSERT_EQ(Tavra_SetRotationMode(handle, 1), 1);
-    collectRaw();
-    startBoth();
-    sendAndAwait(0, 1);
-    ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
-    const RawMovie recorded = movie();
+    const RawMovie recorded = recordRaw(1);
     EXPECT_EQ(recorded.field(8), kHeight);
     EXPECT_EQ(recorded.field(12), kWidth);
     ASSERT_GE(recorded.frames.size(), 1u);
-    const Bytes upright = composed(0);
-    for (std::uint32_t y = 0; y < kHeight; ++y) {
-        for (std::uint32_t x = 0; x < kWidth; ++x) {
-            EXPECT_EQ(recorded.frames[0].image[x * kHeight + kHeight - 1 - y], upright[y * kWidth + x])
-                << x << ',' << y;
-        }
-    }
+    EXPECT_EQ(recorded.frames[0].image, turnedClockwise(composed(0), kWidth));
 }
 
 class RegionImages
