@@ -1,10 +1,7 @@
 // `tavra convert`: develops an SMF movie to AVI.
-#include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -13,6 +10,7 @@
 #include "exit_code.h"
 #include "movie_probe/movie_probe.h"
 #include "movie_text.h"
+#include "platform/linux/file_claim.h"
 #include "progress.h"
 #include "recording_files.h"
 #include "stream_session.h"
@@ -117,15 +115,6 @@ MovieReport requireSmf(const Options& options) {
     return report;
 }
 
-// Whether a recording or another conversion has the file: they lock it.
-bool isTaken(const std::string& file) {
-    const int descriptor = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) return false;
-    const bool taken = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    close(descriptor);
-    return taken;
-}
-
 // Why a conversion failed, as far as it can be seen from outside.
 std::string reasonOf(const Options& options, std::uint32_t codec) {
     const auto free = freeBytesAt(options.output);
@@ -137,7 +126,7 @@ std::string reasonOf(const Options& options, std::uint32_t codec) {
     if (access(place.c_str(), W_OK) != 0 || fs::is_directory(options.output)) {
         return "it could not be opened for writing; check the folder and its permissions";
     }
-    if (isTaken(options.output)) return "a recording or another conversion has the file";
+    if (platform::isClaimed(options.output.c_str())) return "a recording or another conversion has the file";
     if (codec != TAVRA_AVI_COMPRESSOR_NONE && codec != TAVRA_AVI_COMPRESSOR_MJPG) {
         return "nothing here encodes " + codecName(codec) + "; the codecs none and mjpg are built in";
     }

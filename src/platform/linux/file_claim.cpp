@@ -52,4 +52,12 @@ void claimForReading(int descriptor) {
     if (isPlainFile(descriptor)) static_cast<void>(isTaken(descriptor, LOCK_SH));
 }
 
+bool isClaimed(const char* name) {
+    const int descriptor = ::open(name, O_RDONLY | O_NONBLOCK | O_CLOEXEC);  // waits for nobody at a pipe
+    if (descriptor < 0) return false;
+    const bool claimed = isPlainFile(descriptor) && isTaken(descriptor, LOCK_EX);
+    ::close(descriptor);
+    return claimed;
+}
+
 }  // namespace tavra::platform

@@ -2,7 +2,7 @@
 // takes, in any process. Other programs are not held up by them, and where the file system has none nobody
 // is. Only plain files have a writer; devices and pipes are anybody's.
 //
-// Pure functions on a descriptor; any thread. A claim ends with its descriptor.
+// Any thread. A claim ends with its descriptor.
 #pragma once
 
 #include "base/status.h"
@@ -15,5 +15,9 @@ Status createClaimed(const char* name, int flags, int& descriptor);
 
 // Keeps writers off for as long as it is read. A file that is being written is read without.
 void claimForReading(int descriptor);
+
+// Whether somebody writes the file, or keeps writers off, at this moment; false where it cannot be looked at.
+// For telling why a movie could not be made; a writer claims and sees.
+bool isClaimed(const char* name);
 
 }  // namespace tavra::platform

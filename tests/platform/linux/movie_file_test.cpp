@@ -8,6 +8,7 @@
 #include <sys/fsuid.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -19,6 +20,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/linux/file_claim.h"
 #include "platform/page_memory.h"
 #include "platform/random_access_file.h"
 #include "platform/thread.h"
@@ -205,6 +207,27 @@ TEST_F(LinuxMovieFileTest, TheClaimIsALockOfTheSystem) {
     EXPECT_EQ(readFile(folder / "movie"), (Bytes{'a', 'b', 'c'}));
     ::close(other);
     EXPECT_TRUE(ordinary.create(name).ok());
+}
+
+// Whoever could not make the file can tell why; looking makes nothing, and holds nobody off.
+TEST_F(LinuxMovieFileTest, AClaimCanBeSeen) {
+    const std::string file = (folder / "movie").string();
+    EXPECT_FALSE(isClaimed(file.c_str())) << "there is no file";
+    EXPECT_TRUE(folder.isEmpty());
+    ASSERT_TRUE(ordinary.create(name).ok());
+    const std::vector<int> before = openDescriptors();
+    EXPECT_TRUE(isClaimed(file.c_str())) << "it is written";
+    EXPECT_EQ(openDescriptors(), before);
+    ASSERT_TRUE(ordinary.close().ok());
+    EXPECT_FALSE(isClaimed(file.c_str()));
+    RandomAccessFile reader;
+    ASSERT_TRUE(reader.openForReading(name).ok());
+    EXPECT_TRUE(isClaimed(file.c_str())) << "it is read";
+    ASSERT_TRUE(reader.close().ok());
+    EXPECT_TRUE(ordinary.create(name).ok());
+    EXPECT_FALSE(isClaimed(folder.path().c_str()));
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(isClaimed((folder / "pipe").c_str()));
 }
 
 TEST_F(LinuxMovieFileTest, ADeviceHasNoWriterOfItsOwn) {
