@@ -1,7 +1,10 @@
 // Named settings and the store that they are in: others who hold it, and a store that fails. Linux.
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <fstream>
+#include <optional>
+#include <string>
 
 #include "platform/key_tree.h"
 #include "platform/whole_file.h"
@@ -14,6 +17,30 @@
 
 namespace tavra::test {
 namespace {
+
+// Another program that has the store open.
+class OtherProgram {
+  public:
+    explicit OtherProgram(const std::filesystem::path& store) {
+        EXPECT_EQ(sqlite3_open(store.c_str(), &store_), SQLITE_OK);
+    }
+    ~OtherProgram() { sqlite3_close(store_); }
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+
+    void run(const std::string& statements) const {
+        EXPECT_EQ(sqlite3_exec(store_, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+
+  private:
+    sqlite3* store_ = nullptr;
+};
+
+// For a store that does not take values of this name.
+std::string refusalOf(const std::string& value) {
+    return "CREATE TRIGGER refuse BEFORE INSERT ON entries WHEN NEW.name = '" + value +
+           "' BEGIN SELECT RAISE(ABORT, 'no'); END";
+}
 
 // The registry of Windows takes the zero behind the text along if there is one.
 TEST_F(RegistrySetting, TheDefaultIsStoredAsTextWithoutItsZero) {
@@ -67,9 +94,8 @@ TEST_F(RegistrySetting, AStoreThatStaysLockedIsToldAfterFiveSeconds) {
     save(u"day");
     expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
     const std::vector<std::uint8_t> text = readFile(folder / "day.reg");
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    std::optional<OtherProgram> other(tree_.database());
+    other->run("BEGIN EXCLUSIVE");
     WaitClockDouble clock;
     const auto waitsOnce = [&](TavraBool result, TavraBool expected) {
         EXPECT_EQ(result, expected);
@@ -88,7 +114,7 @@ TEST_F(RegistrySetting, AStoreThatStaysLockedIsToldAfterFiveSeconds) {
     waitsOnce(Tavra_ExportSettingRegW(handle, u"day", file.c_str()), 0);
     EXPECT_EQ(readFile(folder / "day.reg"), text);
     waitsOnce(Tavra_ImportSettingRegW(handle, file.c_str()), 0);
-    sqlite3_close(other);
+    other.reset();
     load(u"day");
 }
 
@@ -98,10 +124,7 @@ TEST_F(RegistrySetting, ANewerStoreIsRefusedByEveryCall) {
     open();
     save(u"day");
     expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "PRAGMA user_version = 2", nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(other);
+    OtherProgram(tree_.database()).run("PRAGMA user_version = 2");
     const std::vector<std::uint8_t> before = readFile(tree_.database());
     EXPECT_EQ(Tavra_SaveSettingRegW(handle, u"day"), 1);
     EXPECT_EQ(lastError(), 1306u);
@@ -126,15 +149,11 @@ TEST_F(RegistrySetting, AnImportThatTheStoreDoesNotTakeIsAFailureAndLeavesNothin
         save(u"day");
         expectSuccess(Tavra_ExportSettingRegW(handle, u"day", file.c_str()));
         expectSuccess(Tavra_RemoveSettingRegW(handle, u"day"));
-        sqlite3* other = nullptr;
-        ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
-        const std::string refuse = "CREATE TRIGGER refuse BEFORE INSERT ON entries WHEN NEW.name = '" +
-                                   std::string(value) + "' BEGIN SELECT RAISE(ABORT, 'no'); END";
-        ASSERT_EQ(sqlite3_exec(other, refuse.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+        const OtherProgram other(tree_.database());
+        other.run(refusalOf(value));
         expectFailure(Tavra_ImportSettingRegW(handle, file.c_str()), 1009);
         EXPECT_FALSE(exists(u"day")) << value;
-        ASSERT_EQ(sqlite3_exec(other, "DROP TRIGGER refuse", nullptr, nullptr, nullptr), SQLITE_OK);
-        sqlite3_close(other);
+        other.run("DROP TRIGGER refuse");
     }
 }
 
@@ -146,14 +165,7 @@ TEST_F(RegistrySetting, ASaveOfWhichTheStoreDoesNotTakeAValueKeepsTheOldSetting)
     save(u"day");
     ASSERT_TRUE(Tavra_SetGain(handle, 34));
     ASSERT_TRUE(Tavra_SetMirrorMode(handle, 2));
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other,
-                           "CREATE TRIGGER refuse BEFORE INSERT ON entries WHEN NEW.name = 'Range Weight' "
-                           "BEGIN SELECT RAISE(ABORT, 'no'); END",
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
-    sqlite3_close(other);
+    OtherProgram(tree_.database()).run(refusalOf("Range Weight"));
     EXPECT_EQ(Tavra_SaveSettingRegW(handle, u"day"), 1) << "no failure of the camera";
     EXPECT_EQ(lastError(), 1009u);
     EXPECT_EQ(dword(u"day", u"Gain"), 33u) << "ahead of the value";
@@ -167,16 +179,11 @@ TEST_F(RegistrySetting, ADefaultThatCannotBeLookedForIsAFailure) {
     open();
     save(u"night");
     expectSuccess(Tavra_SetDefaultSettingRegW(handle, u"night"));
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(tree_.database().c_str(), &other), SQLITE_OK);
     // A key whose row is an error when it is read.
-    ASSERT_EQ(sqlite3_exec(other,
-                           "ALTER TABLE keys RENAME TO kept; CREATE VIEW keys AS SELECT CASE folded WHEN "
-                           "'night' THEN abs(-9223372036854775808) ELSE id END AS id, parent, name, folded "
-                           "FROM kept",
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
-    sqlite3_close(other);
+    OtherProgram(tree_.database())
+        .run(
+            "ALTER TABLE keys RENAME TO kept; CREATE VIEW keys AS SELECT CASE folded WHEN "
+            "'night' THEN abs(-9223372036854775808) ELSE id END AS id, parent, name, folded FROM kept");
     char16_t buffer[16] = {u'x'};
     expectFailure(Tavra_GetDefaultSettingRegW(handle, buffer, sizeof buffer), 1009);
     EXPECT_EQ(buffer[0], 0);
