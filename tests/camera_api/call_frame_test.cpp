@@ -195,11 +195,74 @@ std::vector<Call> triggerCalls() {
         CALL(Tavra_GetLEDExistence, longs),
     };
 }
+
+// Exposure control, gain, shutter and the area that the controls measure.
+std::vector<Call> exposureCalls() {
+    return {
+        CALL(Tavra_SetALCMode, 0),
+        CALL(Tavra_GetALCMode, bytes),
+        CALL(Tavra_SetALCControlSpeed, 1, 1, 3, 4),
+        CALL(Tavra_GetALCControlSpeed, bytes, bytes + 1, bytes + 2, bytes + 3),
+        CALL(Tavra_SetTargetBrightness, 100, 5, 5),
+        CALL(Tavra_GetTargetBrightness, bytes, bytes + 1, bytes + 2),
+        CALL(Tavra_SetALCWeight, bytes),
+        CALL(Tavra_GetALCWeight, bytes),
+        CALL(Tavra_SetGain, 0),
+        CALL(Tavra_GetGain, words),
+        CALL(Tavra_GetMaxGain, words),
+        CALL(Tavra_SetGainControlRange, 0, 0),
+        CALL(Tavra_GetGainControlRange, words, words + 1),
+        CALL(Tavra_GetGainDBFromSettingValue, 1, &number),
+        CALL(Tavra_SetDigitalGain, 1),
+        CALL(Tavra_GetDigitalGain, words),
+        CALL(Tavra_SetShutterSpeed, 1, 0),
+        CALL(Tavra_GetShutterSpeed, words, words + 1),
+        CALL(Tavra_SetShutterSpeed2, 1, 0),
+        CALL(Tavra_GetShutterSpeed2, longs, longs + 1),
+        CALL(Tavra_SetExposureClock, 1),
+        CALL(Tavra_GetExposureClock, longs),
+        CALL(Tavra_GetShutterMaxClock, longs),
+        CALL(Tavra_GetMaxLongExposureClock, longs),
+        CALL(Tavra_GetMaxShortExposureClock, longs),
+        CALL(Tavra_GetEnableShutterSpeed, words),
+        CALL(Tavra_SetShutterControlRange, 1, 0, 2, 0),
+        CALL(Tavra_GetShutterControlRange, words, words + 1, words + 2, words + 3),
+        CALL(Tavra_SetShutterControlRange2, 1, 0, 2, 0),
+        CALL(Tavra_GetShutterControlRange2, longs, longs + 1, longs + 2, longs + 3),
+        CALL(Tavra_SetAEMaxExposureClock, 1),
+        CALL(Tavra_GetAEMaxExposureClock, longs),
+        CALL(Tavra_SetAEMinExposureClock, 1),
+        CALL(Tavra_GetAEMinExposureClock, longs),
+        CALL(Tavra_GetExposureClockFromTime, 0.01F, longs),
+        CALL(Tavra_GetExposureTimeFromClock, 1, &number),
+        CALL(Tavra_SetControlArea, words, words + 2),
+        CALL(Tavra_GetControlArea, words, words + 2),
+    };
+}
+
+// White balance by hand, by the controls and of one image.
+std::vector<Call> whiteBalanceCalls() {
+    return {
+        CALL(Tavra_SetWhiteBalanceMode, 0),
+        CALL(Tavra_GetWhiteBalanceMode, bytes),
+        CALL(Tavra_SetWhiteBalanceGain, 128, 128, 128, 128),
+        CALL(Tavra_GetWhiteBalanceGain, words, words + 1, words + 2, words + 3),
+        CALL(Tavra_GetWhiteBalanceMaxGain, words, words + 1, words + 2, words + 3),
+        CALL(Tavra_SetWhiteBalanceTarget, 128, 128),
+        CALL(Tavra_GetWhiteBalanceTarget, words, words + 1),
+        CALL(Tavra_SetWhiteBalanceToleranceThreshold, 1, 1),
+        CALL(Tavra_GetWhiteBalanceToleranceThreshold, words, words + 1),
+        CALL(Tavra_SetAWBWeight, bytes),
+        CALL(Tavra_GetAWBWeight, bytes),
+        CALL(Tavra_RawWhiteBalance, 2, 2, 2, bytes),
+        CALL(Tavra_GetEnableWhiteBalanceMode, longs),
+    };
+}
 #undef CALL
 
 std::vector<Call> everyCall() {
     std::vector<Call> calls = cameraCalls();
-    for (const auto& more : {captureCalls(), triggerCalls()}) {
+    for (const auto& more : {captureCalls(), triggerCalls(), exposureCalls(), whiteBalanceCalls()}) {
         calls.insert(calls.end(), more.begin(), more.end());
     }
     return calls;
