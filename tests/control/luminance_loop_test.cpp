@@ -251,6 +251,28 @@ TEST_F(LuminanceLoop, AResetBeginsAnew) {
     EXPECT_EQ(writes(), 1u) << "and is at rest";
 }
 
+// With the count kept, the fourth frame in all would decide; with the sum kept, those before would darken it.
+TEST_F(LuminanceLoop, AResetForgetsTheFramesInHand) {
+    for (int inHand = 1; inHand <= 3; ++inHand) {
+        for (const std::uint8_t luminance : {kBlack, kWhite}) {
+            SCOPED_TRACE(testing::Message() << inHand << " frames, then " << +luminance);
+            ControlDouble loop;
+            ASSERT_TRUE(loop.setMode(alc_mode::kShutter).ok());
+            loop.shutterInMemory() = {10, 0};
+            for (int i = 0; i < inHand; ++i) EXPECT_TRUE(loop.frame(255 - luminance));
+            loop.restoreDefaults();
+            ASSERT_TRUE(loop.setMode(alc_mode::kShutter).ok());
+            loop.shutterInMemory() = {10, 0};
+            for (int i = 0; i < 3; ++i) EXPECT_TRUE(loop.frame(luminance));
+            EXPECT_TRUE(loop.written.empty());
+            EXPECT_TRUE(loop.frame(luminance));
+            ASSERT_EQ(loop.written.size(), 1u);
+            // From 1000 clocks: the largest step up, and 1000 x 128 / 255.
+            EXPECT_EQ(loop.total(), luminance == kBlack ? 2001u : 501u);
+        }
+    }
+}
+
 // The clamp.
 
 class RangeClamp : public testing::Test {

@@ -152,6 +152,21 @@ TEST_F(ExposureLifecycle, AResetWritesTheDefaults) {
     EXPECT_EQ(control().weights()[7], 1);
 }
 
+// By itself it goes on from the defaults; no request tells it to stop.
+TEST_F(ExposureLifecycle, AResetLeavesTheControlToACameraThatHasIt) {
+    open(controllingCamera());
+    for (const std::uint8_t mode : {0x30, 0x20, 0x10}) {
+        expectSuccess(Tavra_SetALCMode(handle, mode));
+        traffic();
+        EXPECT_TRUE(control().reset().ok());
+        EXPECT_THAT(traffic(), ElementsAre(writeExposure(0, 0, 20), writeStatus(0x8014, le16(64))));
+        expectMode(mode);
+        setBlock(usb.camera(), 12, 3, 45);
+        expectShutter(12, 3);
+        EXPECT_THAT(traffic(), ElementsAre(readExposure())) << "the camera still moves it";
+    }
+}
+
 TEST_F(ExposureLifecycle, AFailedResetHasChangedTheMemory) {
     open(limitedCamera());
     for (std::uint32_t nth = 0; nth < 2; ++nth) {
