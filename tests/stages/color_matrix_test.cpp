@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -272,6 +273,16 @@ TEST_F(ColorMatrixStage, TheLimitFollowsTheDepthWithinTheSample) {
     EXPECT_EQ(pixel[2], 1);
     ASSERT_EQ(stage->Apply16(1, 1, 0, 256, pixel, 10), 0u);
     EXPECT_EQ(pixel[0], 1023);
+    Matrix steep = kIdentity;
+    steep[0] = steep[5] = 2000;
+    set(steep);
+    for (const std::uint8_t bits : {16, 17, 32, 255}) {
+        std::uint16_t words[3] = {4095, 3275, 4000};
+        ASSERT_EQ(stage->Apply16(1, 1, 0, 256, words, bits), 0u);
+        EXPECT_EQ(words[0], 4096) << int{bits};
+        EXPECT_EQ(words[1], 65520) << int{bits};
+        EXPECT_EQ(words[2], 65535) << "80020, more than a word at " << int{bits} << " bits";
+    }
 }
 
 TEST_F(ColorMatrixStage, WordsAbove4095CountAs4095) {
@@ -315,42 +326,70 @@ Matrix randomMatrix(std::mt19937& random, int kind) {
     return matrix;
 }
 
+// An image through the stage, beside the rule.
 template <class Sample>
-void compare(std::mt19937& random, CColorMatrix& stage, const Reference& reference) {
-    constexpr bool kBytes = sizeof(Sample) == 1;
-    const bool four = random() % 2 == 0;
-    const unsigned maximum = kBytes ? 255 : random() % 2 == 0 ? 4095 : 65535;
-    auto image = randomImage<Sample>(random, four ? 4 : 3, maximum);
-    const auto bits = static_cast<std::uint8_t>(kBytes ? 8 : 8 + random() % 9);
-    const std::uint32_t limit = (1u << bits) - 1;
+void compare(std::mt19937& random, CColorMatrix& stage, const Reference& reference,
+             RandomImage<Sample> image) {
+    constexpr unsigned kHeld = 8 * sizeof(Sample);
+    constexpr unsigned kDeepest = kHeld == 8 ? 12 : 20;  // past what a sample holds
+    const auto bits = static_cast<std::uint8_t>(random() % 3 == 0   ? random() % (kDeepest + 1)
+                                                : random() % 8 == 0 ? random() % 256
+                                                                    : kHeld);
+    const std::uint32_t limit = (1u << std::min<unsigned>(bits, kHeld)) - 1;
     const auto wanted = changedPixels(image, [&](Sample* pixel) { reference.change(pixel, limit); });
     const bool byteName = random() % 2 == 0;  // both names of a format are taken
-    const std::uint32_t format = four ? (byteName ? 8 : 512) : (byteName ? 4 : 256);
+    const std::uint32_t format = image.pitch == 4 ? (byteName ? 8 : 512) : (byteName ? 4 : 256);
     std::uint32_t result = 0;
-    if constexpr (kBytes) {
+    if constexpr (kHeld == 8) {
         result = stage.Apply8(image.width, image.height, image.stride, format, image.samples.data(), bits);
     } else {
         result = stage.Apply16(image.width, image.height, image.stride, format, image.samples.data(), bits);
     }
     ASSERT_EQ(result, 0u);
-    ASSERT_EQ(image.samples, wanted) << image.width << " x " << image.height << ", format " << format;
+    ASSERT_EQ(image.samples, wanted) << image.width << " x " << image.height << ", stride " << image.stride
+                                     << ", format " << format << ", bits " << +bits;
 }
 
-TEST_F(ColorMatrixStage, EqualsThePlainRuleOnRandomImages) {
-    std::mt19937 random(33);
-    for (int round = 0; round < 60; ++round) {
-        const Matrix matrix = randomMatrix(random, round % 3);
-        set(matrix);
-        const auto hue = static_cast<std::int16_t>(round % 4 == 0 ? 0 : random());
-        const auto saturation = static_cast<std::uint16_t>(round % 5 == 4 ? random() : random() % 301);
-        ASSERT_EQ(stage->SetHueSaturation(1, hue, saturation), 0u);
-        const auto reference = std::make_unique<Reference>(matrix, hue, saturation);
-        for (int i = 0; i < 3; ++i) {
-            compare<std::uint8_t>(random, *stage, *reference);
-            compare<std::uint16_t>(random, *stage, *reference);
+class RandomColorMatrix : public ColorMatrixStage {
+  protected:
+    // `compareImages()` under so many settings of all kinds.
+    template <class Compare>
+    void underRandomSettings(int rounds, Compare compareImages) {
+        for (int round = 0; round < rounds; ++round) {
+            const Matrix matrix = randomMatrix(random, round % 3);
+            set(matrix);
+            const auto hue = static_cast<std::int16_t>(round % 4 == 0 ? 0 : random());
+            const auto saturation = static_cast<std::uint16_t>(round % 5 == 4 ? random() : random() % 301);
+            ASSERT_EQ(stage->SetHueSaturation(1, hue, saturation), 0u);
+            reference = std::make_unique<Reference>(matrix, hue, saturation);
+            compareImages();
+            ASSERT_FALSE(HasFatalFailure()) << "round " << round;
         }
-        ASSERT_FALSE(HasFatalFailure()) << "round " << round;
     }
+    std::size_t pitch() { return 3 + random() % 2; }
+    unsigned wordMaximum() { return random() % 2 == 0 ? 4095 : 65535; }
+
+    std::mt19937 random{33};
+    std::unique_ptr<Reference> reference;
+};
+
+TEST_F(RandomColorMatrix, EqualsThePlainRuleOnRandomImages) {
+    underRandomSettings(60, [this] {
+        for (int i = 0; i < 20; ++i) {
+            compare(random, *stage, *reference, randomImage<std::uint8_t>(random, pitch(), 255));
+            compare(random, *stage, *reference, randomImage<std::uint16_t>(random, pitch(), wordMaximum()));
+        }
+    });
+}
+
+TEST_F(RandomColorMatrix, RowsThatOverlapAreWorkedOnFromTheTop) {
+    underRandomSettings(12, [this] {
+        for (int i = 0; i < 10; ++i) {
+            compare(random, *stage, *reference, overlappingImage<std::uint8_t>(random, pitch(), 255));
+            compare(random, *stage, *reference,
+                    overlappingImage<std::uint16_t>(random, pitch(), wordMaximum()));
+        }
+    });
 }
 
 // Round hundredths are where the exact product is a whole number at many levels, and the sums just miss it or

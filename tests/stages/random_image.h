@@ -24,13 +24,15 @@ struct RandomImage {
     }
 };
 
-// Widths from 0 to a few hundred, the default stride or a larger one, samples up to `maximum`.
+// Small images of any size from 0 x 0, or a few rows of some hundred pixels; the default stride or a larger
+// one, samples up to `maximum`.
 template <class Sample>
 RandomImage<Sample> randomImage(std::mt19937& random, std::size_t pitch, unsigned maximum) {
     RandomImage<Sample> image;
     const auto upTo = [&random](unsigned largest) { return static_cast<unsigned>(random() % (largest + 1)); };
-    image.width = random() % 3 == 0 ? upTo(5) : upTo(300);
-    image.height = upTo(4);
+    const bool wide = random() % 4 == 0;
+    image.width = upTo(wide ? 300 : 20);
+    image.height = upTo(wide ? 4 : 12);
     image.pitch = pitch;
     const std::size_t rowBytes = image.width * pitch * sizeof(Sample);
     const bool dense = random() % 2 == 0;
@@ -43,7 +45,23 @@ RandomImage<Sample> randomImage(std::mt19937& random, std::size_t pitch, unsigne
     return image;
 }
 
-// What a plain reference makes of each pixel, `change(pixel)` on the first of its samples.
+// Rows that overlap: each begins a sample or more behind the one above, and inside it. Some samples more lie
+// behind the last row.
+template <class Sample>
+RandomImage<Sample> overlappingImage(std::mt19937& random, std::size_t pitch, unsigned maximum) {
+    RandomImage<Sample> image;
+    image.width = 2 + random() % (random() % 4 == 0 ? 200 : 20);
+    image.height = 1 + random() % 12;
+    image.pitch = pitch;
+    const std::size_t row = image.width * pitch;
+    image.rowSamples = 1 + random() % (row - 1);
+    image.stride = static_cast<std::uint32_t>(image.rowSamples * sizeof(Sample));
+    image.samples.resize(image.rowSamples * (image.height - 1) + row + 64);
+    for (Sample& sample : image.samples) sample = static_cast<Sample>(random() % (maximum + 1));
+    return image;
+}
+
+// What a plain reference makes of each pixel, row after row: `change(pixel)` on the first of its samples.
 template <class Sample, class Change>
 std::vector<Sample> changedPixels(RandomImage<Sample> image, Change change) {
     for (std::size_t y = 0; y < image.height; ++y)
