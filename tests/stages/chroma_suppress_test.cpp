@@ -175,30 +175,58 @@ void suppress(const Bands& bands, Sample* pixel) {
     }
 }
 
-TEST(ChromaSuppress, EqualsThePlainRuleOnRandomImages) {
-    std::mt19937 random(39);
-    CChromaSuppress stage;
-    // Thresholds in the range of bytes, of 12 bits and beyond, strengths small, medium and enormous.
-    constexpr unsigned kThresholds[] = {256, 300, 4200, 65536};
-    constexpr unsigned kStrengths[] = {20, 256, 20000, 65536};
-    const auto below = [&random](unsigned end) { return static_cast<std::uint16_t>(random() % end); };
-    for (int round = 0; round < 200; ++round) {
-        const Bands bands = {below(kThresholds[random() % 4]), below(kStrengths[random() % 4]),
-                             below(kThresholds[random() % 4]), below(kStrengths[random() % 4])};
-        set(stage, bands);
-        const bool four = random() % 2 == 0;
-        auto bytes = randomImage<std::uint8_t>(random, four ? 4 : 3, 255);
-        const auto wantedBytes = changedPixels(bytes, [&](std::uint8_t* pixel) { suppress(bands, pixel); });
-        ASSERT_EQ(stage.Apply8(bytes.width, bytes.height, bytes.stride, four ? 8 : 4, bytes.samples.data()),
-                  0u);
-        ASSERT_EQ(bytes.samples, wantedBytes) << "width " << bytes.width;
-        auto words = randomImage<std::uint16_t>(random, four ? 4 : 3, random() % 2 == 0 ? 4095 : 65535);
-        const auto wantedWords = changedPixels(words, [&](std::uint16_t* pixel) { suppress(bands, pixel); });
-        ASSERT_EQ(
-            stage.Apply16(words.width, words.height, words.stride, four ? 512 : 256, words.samples.data()),
-            0u);
-        ASSERT_EQ(words.samples, wantedWords) << "width " << words.width;
+// An image through the stage, beside the rule.
+template <class Sample>
+void compare(CChromaSuppress& stage, const Bands& bands, RandomImage<Sample> image) {
+    const auto wanted = changedPixels(image, [&](Sample* pixel) { suppress(bands, pixel); });
+    const bool four = image.pitch == 4;
+    std::uint32_t result = 99;
+    if constexpr (sizeof(Sample) == 1) {
+        result = stage.Apply8(image.width, image.height, image.stride, four ? 8 : 4, image.samples.data());
+    } else {
+        result =
+            stage.Apply16(image.width, image.height, image.stride, four ? 512 : 256, image.samples.data());
     }
+    ASSERT_EQ(result, 0u);
+    ASSERT_EQ(image.samples, wanted) << image.width << " x " << image.height << ", stride " << image.stride;
+}
+
+class RandomChroma : public testing::Test {
+  protected:
+    // `compareImages(stage, bands)` under so many settings of all kinds.
+    template <class Compare>
+    void underRandomBands(int rounds, Compare compareImages) {
+        // Thresholds in the range of bytes, of 12 bits and beyond, strengths small, medium and enormous.
+        constexpr unsigned kThresholds[] = {256, 300, 4200, 65536};
+        constexpr unsigned kStrengths[] = {20, 256, 20000, 65536};
+        const auto below = [this](unsigned end) { return static_cast<std::uint16_t>(random() % end); };
+        CChromaSuppress stage;
+        for (int round = 0; round < rounds; ++round) {
+            const Bands bands = {below(kThresholds[random() % 4]), below(kStrengths[random() % 4]),
+                                 below(kThresholds[random() % 4]), below(kStrengths[random() % 4])};
+            set(stage, bands);
+            compareImages(stage, bands);
+            ASSERT_FALSE(HasFatalFailure()) << "round " << round;
+        }
+    }
+    std::size_t pitch() { return 3 + random() % 2; }
+    unsigned wordMaximum() { return random() % 2 == 0 ? 4095 : 65535; }
+
+    std::mt19937 random{39};
+};
+
+TEST_F(RandomChroma, EqualsThePlainRuleOnRandomImages) {
+    underRandomBands(1500, [this](CChromaSuppress& stage, const Bands& bands) {
+        compare(stage, bands, randomImage<std::uint8_t>(random, pitch(), 255));
+        compare(stage, bands, randomImage<std::uint16_t>(random, pitch(), wordMaximum()));
+    });
+}
+
+TEST_F(RandomChroma, RowsThatOverlapAreWorkedOnFromTheTop) {
+    underRandomBands(200, [this](CChromaSuppress& stage, const Bands& bands) {
+        compare(stage, bands, overlappingImage<std::uint8_t>(random, pitch(), 255));
+        compare(stage, bands, overlappingImage<std::uint16_t>(random, pitch(), wordMaximum()));
+    });
 }
 
 TEST(ChromaSuppress, EveryLuminanceAndStrengthOfBytes) {
