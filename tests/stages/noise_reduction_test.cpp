@@ -136,8 +136,8 @@ TEST(NoiseReduction, TheMedianLimitEqualsThePlainRule) {
     std::mt19937 random(3);
     CNoiseReduction stage;
     for (std::uint16_t array : {1, 2, 5}) {
-        for (std::uint32_t height = 1; height <= 8; ++height) {
-            for (std::uint32_t width = 1; width <= 12; ++width) {
+        for (std::uint32_t height = 1; height <= 12; ++height) {
+            for (std::uint32_t width = 1; width <= 40; ++width) {
                 Frame frame = randomFrame(random, width, height);
                 const Frame wanted = plainMedian(frame, array);
                 ASSERT_TRUE(process(stage, kMedian, array, frame));
@@ -156,7 +156,7 @@ TEST(NoiseReduction, TheMedianLimitEqualsThePlainRule) {
 TEST(NoiseReduction, TheSubtractionEqualsThePlainRule) {
     std::mt19937 random(5);
     CNoiseReduction stage;
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         const std::uint32_t width = 1 + random() % (i % 4 == 0 ? 200 : 20), height = 1 + random() % 12;
         const auto array = static_cast<std::uint16_t>(1 + random() % 2);
         Frame dark(width, height);
