@@ -50,10 +50,15 @@ TEST_F(DigitalGain, OneFamilyCountsInDecibels) {
     EXPECT_FLOAT_EQ(times(0), 1.0F);
     EXPECT_FLOAT_EQ(times(200), 10.0F);
     EXPECT_FLOAT_EQ(times(400), 100.0F);
+    // The powers of ten, to more digits than a float has.
+    EXPECT_EQ(times(1), static_cast<float>(1.0115794542598985244));
+    EXPECT_EQ(times(37), static_cast<float>(1.5310874616820301419));
     EXPECT_EQ(value(10.0F), 2) << "not the inverse";
     EXPECT_EQ(value(1.0F), 0);
     EXPECT_EQ(value(100.0F), 4);
     EXPECT_EQ(value(20.0F), 3) << "1.30103 x 2 + 0.5 = 3.1";
+    EXPECT_EQ(value(0.1F), 0) << "-2 + 0.5 = -1.5, below the scale";
+    EXPECT_EQ(value(1e-30F), 0);
 }
 
 TEST_F(DigitalGain, AVariantCountsInDecibelsToo) {

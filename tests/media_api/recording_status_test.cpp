@@ -79,10 +79,18 @@ TEST_F(RecordingStatus, HoldsClockRotationAndFrameSizeStill) {
     expectFailure(Tavra_SetClock(handle, 0, 1), 0xE0000008);
     expectFailure(Tavra_SetRotationMode(handle, 1), 0xE0000008);
     expectFailure(Tavra_SetAVIFrameSize(handle, 1), 0xE0000008);
+    std::uint8_t rotation = 9, size = 9;
+    EXPECT_EQ(Tavra_GetRotationMode(handle, &rotation), 1);
+    EXPECT_EQ(rotation, 0) << "not stored";
+    EXPECT_EQ(Tavra_GetAVIFrameSize(handle, &size), 1);
+    EXPECT_EQ(size, 0) << "not stored";
     EXPECT_EQ(Tavra_SetAVIQuality(handle, 10), 1);
     EXPECT_EQ(Tavra_SetAVIPriorityFileFormat(handle, 1), 1);
     ASSERT_EQ(Tavra_SetAVIStatus(handle, 0), 1);
     EXPECT_EQ(Tavra_SetAVIFrameSize(handle, 1), 1);
+    EXPECT_EQ(Tavra_SetRotationMode(handle, 1), 1);
+    EXPECT_EQ(Tavra_GetRotationMode(handle, &rotation), 1);
+    EXPECT_EQ(rotation, 1);
     EXPECT_EQ(Tavra_SetClock(handle, 0, 24545455), 1);
     EXPECT_EQ(loadLe32(&movie().header[48]), 75u) << "the quality of its start";
 }
