@@ -14,12 +14,12 @@
  *
  *  A step of the shutter goes to exposure * target / mean, but no further than exposure / (shutterSpeed + 1)
  *  and one unit more (a clock, or a line where the clock part has no effect). From the longest exposure of
- * all on it becomes (0, 0). Where the clock part has no effect, the exposure goes to a multiple of
- * shutterSpeed + 1 clocks; if that is no whole number of lines, the next decision takes the shutter to the
- * longest exposure that fits a frame. A step of the gain does the same with the gain as a factor, by at least
- * one setting value. While the shutter is below its top, the modes that move both hold the gain at its
- * lowest. One decision costs one request at most, and only when something changes. Shutter and gain outside
- * their ranges are first brought to the nearer end, which is a decision of its own.
+ *  all on it becomes (0, 0). Where the clock part has no effect, the exposure goes to a multiple of
+ *  shutterSpeed + 1 clocks; if that is no whole number of lines, the next decision takes the shutter to the
+ *  longest exposure that fits a frame. A step of the gain does the same with the gain as a factor, by at
+ *  least one setting value. While the shutter is below its top, the modes that move both hold the gain at its
+ *  lowest. One decision costs one request at most, and only when something changes. Shutter and gain outside
+ *  their ranges are first brought to the nearer end, which is a decision of its own.
  *
  *  Calls wait for a step of the loop in work. Where the camera takes part, TAVRA_ERROR_CONTROL_TRANSFER tells
  *  that it did not take or give a value.

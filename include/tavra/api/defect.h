@@ -19,8 +19,8 @@ extern "C" {
  *
  *  The pixels at or above the threshold are taken in the order of rows; when the list is full, one that is
  *  brighter than the dimmest of the list is appended, and the first of the dimmest goes. Entries that stay
- * free are cleared, so an all-dark image clears the list. At the end the camera is told to take the list
- * over; the result is the result of that alone. Does not switch the correction on.
+ *  free are cleared, so an all-dark image clears the list. At the end the camera is told to take the list
+ *  over; the result is the result of that alone. Does not switch the correction on.
  *
  *  \param handle camera
  *  \param width pixels; 0 counts as an all-dark image
@@ -32,7 +32,8 @@ extern "C" {
  *      before it were and are taken over, the rest of the camera's list is as it was
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT the camera has no correction, or no image, nothing is written;
  *      TAVRA_ERROR_OUT_OF_MEMORY no memory, nothing is written; TAVRA_ERROR_CONTROL_TRANSFER the camera did
- * not take the list over \threads any
+ *      not take the list over
+ *  \threads any
  */
 TAVRA_API TavraBool Tavra_DetectDefectPixel(TavraHandle handle, uint32_t width, uint32_t height,
                                             const uint8_t* image, uint16_t threshold);

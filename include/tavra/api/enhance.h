@@ -17,9 +17,9 @@ extern "C" {
  *  added for a brighter and subtracted for a darker pixel, limited to 0 to 255. On a colour image d is taken
  *  on luminance, Y = 0.299 R + 0.587 G + 0.114 B with each term rounded (ITU-R BT.601-7, 2.5.1), and the same
  *  t goes to all three channels. Of t the low byte is used: a gain above 100 on strong edges can wrap (only
- * the darkening of colour images takes it whole). The product with gain is a sum of gain / 100 in single
- * precision, whose rounding can show where t lies half-way. The outermost rows and columns stay. A camera
- * starts with mode 0, gain 0, coring 0; a change takes effect with the next frame.
+ *  the darkening of colour images takes it whole). The product with gain is a sum of gain / 100 in single
+ *  precision, whose rounding can show where t lies half-way. The outermost rows and columns stay. A camera
+ *  starts with mode 0, gain 0, coring 0; a change takes effect with the next frame.
  *
  *  \param handle camera
  *  \param mode 0: off, any other value: on
@@ -50,15 +50,15 @@ TAVRA_API TavraBool Tavra_GetSharpnessMode(TavraHandle handle, uint8_t* mode, ui
  *  TAVRA_NOISE_REDUCTION_MEDIAN lowers a sample to the median of itself and its neighbours if it lies above:
  *  of their values in descending order the third of five, the second of three, the mean of the middle two of
  *  four and of two, cut off. Neighbours are those left, right, above and below on mono frames; on a mosaic
- * those two samples away for R and B, and the four diagonal ones for G; those outside the frame are left out.
- * Dark samples stay.
+ *  those two samples away for R and B, and the four diagonal ones for G; those outside the frame are left
+ *  out. Dark samples stay.
  *
  *  TAVRA_NOISE_REDUCTION_TAKE_DARK_FRAME stores each frame, less the least value of each of the four
- * positions of a 2 x 2 cell, as the dark frame, and gives the frame on as it is: run it for a frame with the
- * lens capped. (An odd last row or column keeps its black level.) TAVRA_NOISE_REDUCTION_DARK_FRAME then
- * subtracts it, not below 0; a sample that was saturated (253 and above) and fell below is raised to the
- * third of itself and four neighbours in descending order, on mono frames the diagonal ones. The dark frame
- * must match the frame in size and colour array, and is lost when the camera is closed.
+ *  positions of a 2 x 2 cell, as the dark frame, and gives the frame on as it is: run it for a frame with the
+ *  lens capped. (An odd last row or column keeps its black level.) TAVRA_NOISE_REDUCTION_DARK_FRAME then
+ *  subtracts it, not below 0; a sample that was saturated (253 and above) and fell below is raised to the
+ *  third of itself and four neighbours in descending order, on mono frames the diagonal ones. The dark frame
+ *  must match the frame in size and colour array, and is lost when the camera is closed.
  *
  *  Only frames of the mosaic transfer formats (TAVRA_TRANSFER_MOSAIC_) come here. The median serves the
  *  colour arrays 1, 2 and 5, saturated samples are raised for 1 and 2; a frame with another one, or without a

@@ -26,9 +26,9 @@ extern "C" {
  *  \param[out] count number of loads that worked; 0 if the camera could not be opened or needed none
  *  \return camera handle, or null
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT count is null; those of Tavra_Open(). A failed load leaves its code
- * in the global last error, with whatever handle there is: TAVRA_ERROR_OUT_OF_MEMORY no memory, or the text
- *      is too long; else a code of the operating system, for example 2 no image, 13 no Intel HEX, 31 refused
- *      by the camera
+ *      in the global last error, with whatever handle there is: TAVRA_ERROR_OUT_OF_MEMORY no memory, or the
+ *      text is too long; else a code of the operating system, for example 2 no image, 13 no Intel HEX, 31
+ *      refused by the camera
  *  \threads any, not in a callback
  */
 TAVRA_API TavraHandle Tavra_OpenFW(uint32_t userId, uint32_t* count);
@@ -39,7 +39,7 @@ TAVRA_API TavraHandle Tavra_OpenFW(uint32_t userId, uint32_t* count);
  *  All devices on these hubs are lost for a moment, open cameras among them: their streams end with
  *  TAVRA_ERROR_DEVICE_GONE. It blocks for as long as the system takes, and needs the right to do this to the
  *  system: on Linux that of root. There a hub that is not authorised stays so, unless an earlier reset left
- * it.
+ *  it.
  *
  *  \return 1, also if there is no such hub; 0 on failure. On Windows a hub that refuses is no failure
  *  \errors the operating system's code, in the global last error; 5 without the right

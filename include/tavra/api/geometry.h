@@ -12,8 +12,8 @@
  *  and for measuring they are composed: each region lands at its place in a canvas from which all rows and
  *  columns that no region covers are removed; what no region covers inside it is 0, and of regions that
  *  overlap the later one is seen. Image sizes are then those of the canvas. A region that is empty in width
- * or height counts as not in use. A frame that is too short for all of its regions lacks those that do not
- * fit.
+ *  or height counts as not in use. A frame that is too short for all of its regions lacks those that do not
+ *  fit.
  */
 #ifndef TAVRA_API_GEOMETRY_H
 #define TAVRA_API_GEOMETRY_H

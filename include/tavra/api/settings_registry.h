@@ -17,10 +17,10 @@
  *
  *  The store is not held while a camera is read or set. The database is shared by all processes of the user,
  *  and a call changes all of what it changes or nothing; the registry takes value after value, so that a
- *  process that ends in the middle of a save leaves new values beside old ones. The database is waited for
- *  up to five seconds in each transaction while another process holds it (then code 170; a call is one
+ *  process that ends in the middle of a save leaves new values beside old ones. The database is waited for up
+ *  to five seconds in each transaction while another process holds it (then code 170; a call is one
  *  transaction, or two if it has to make the key that it reads); one that is damaged or of another form
- * (1009), or of a newer version (1306), is refused and never written.
+ *  (1009), or of a newer version (1306), is refused and never written.
  */
 #ifndef TAVRA_API_SETTINGS_REGISTRY_H
 #define TAVRA_API_SETTINGS_REGISTRY_H

@@ -36,11 +36,12 @@ extern "C" {
  *      minus the quality that other programs ask for); 100 and more are the same as 50; else not used
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_FILE_NAME no name, no dot, or an unknown type; TAVRA_ERROR_INVALID_ARGUMENT data is
- *      null, or the type does not take the format or the size (an empty file is left behind for bmp with
- *      256, 512 or an unknown format and jpg with 2, 256 or 512); TAVRA_ERROR_OPEN_FAILED the file cannot
- *      be opened, or the system cannot express its name; TAVRA_ERROR_WRITE_FAULT it could not be written
- *      whole (raw, bmp, png; not detected for tif and jpg); TAVRA_ERROR_OUT_OF_MEMORY no memory (but bmp
- * succeeds with an empty file) \threads any, not in a callback unless the stream may wait for the disk
+ *      null, or the type does not take the format or the size (an empty file is left behind for bmp with 256,
+ *      512 or an unknown format and jpg with 2, 256 or 512); TAVRA_ERROR_OPEN_FAILED the file cannot be
+ *      opened, or the system cannot express its name; TAVRA_ERROR_WRITE_FAULT it could not be written whole
+ *      (raw, bmp, png; not detected for tif and jpg); TAVRA_ERROR_OUT_OF_MEMORY no memory (but bmp succeeds
+ *      with an empty file)
+ *  \threads any, not in a callback unless the stream may wait for the disk
  */
 TAVRA_API TavraBool Tavra_SaveImageW(TavraHandle handle, uint32_t width, uint32_t height, uint32_t format,
                                      const void* data, const TavraWChar* fileName, uint32_t quality);
