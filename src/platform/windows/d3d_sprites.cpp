@@ -38,12 +38,12 @@ std::uint32_t D3dSurface::releaseDC(TavraDC dc) {
     return codeOf(surface_->UnlockRect());
 }
 
+// All of it is written out: a matrix without arguments, {} or not, has anything in it.
 std::uint32_t D3dSprite::setTransform(const SpriteScale& scale) {
-    D3DXMATRIX matrix{};
-    matrix.m[0][0] = scale.x;
-    matrix.m[1][1] = scale.y;
-    matrix.m[2][2] = 1;
-    matrix.m[3][3] = 1;
+    const D3DXMATRIX matrix(scale.x, 0, 0, 0,  //
+                            0, scale.y, 0, 0,  //
+                            0, 0, 1, 0,        //
+                            0, 0, 0, 1);
     return codeOf(sprite_->SetTransform(&matrix));
 }
 

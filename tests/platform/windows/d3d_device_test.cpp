@@ -129,6 +129,23 @@ TEST_F(D3dSprites, PositionIsScaledWithTheRest) {
     EXPECT_EQ(seen[21 * 32 + 27], 0x0000FFu);
 }
 
+// Where a transform that is made next may stand in memory.
+[[gnu::noinline]] void leaveNumbersBehind() {
+    volatile float memory[512];
+    for (volatile float& number : memory) number = 0.25F;
+}
+
+TEST_F(D3dSprites, TransformIsOnlyTheScaleWhateverWasInItsMemory) {
+    const Rectangle all[] = {{0, 0, 32, 24}, {}, {}, {}};
+    EXPECT_EQ(device->clear(all, kClearTarget | kClearDepth, 0xFF0000FF, 1, 0), 0u);
+    EXPECT_EQ(device->beginScene(), 0u);
+    EXPECT_EQ(sprite->begin(0), 0u);
+    leaveNumbersBehind();
+    EXPECT_EQ(sprite->setTransform({}), 0u);
+    EXPECT_EQ(sprite->draw(*texture, {2, 1, 12, 9}, {5, 7}, 0xFFFFFFFF), 0u);
+    EXPECT_EQ(ended(), image());
+}
+
 TEST_F(D3dSprites, TexturesSurviveAReset) {
     EXPECT_EQ(device->testCooperativeLevel(), 0u);
     sprite.reset();
