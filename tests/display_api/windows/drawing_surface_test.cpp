@@ -1,120 +1,243 @@
 // The display modes that draw through surfaces on the screen of Windows: image, background and the
-// application's drawing.
-#include <windows.h>
+// application's drawing. What an overlay shows cannot be read from the screen: that has the key.
+#include <thread>
 
-#include "capture_api/stream_fixture.h"
-#include "support/drawing.h"
+#include "display_api/windows/preview_on_screen.h"
 
 namespace tavra::test {
 namespace {
 
-constexpr int kTop = 800, kWidth = 12, kHeight = 9;
-constexpr COLORREF kRed = 0x0000FF, kKey = 0xFF00FF;
+constexpr Size kClient{12, 9};  // puts the image of 6 x 4 pixels at (3, 2)
+constexpr std::uint8_t k16BitOffscreen = 1, k16BitOverlay = 2, k32BitOffscreen = 3, k32BitOverlay = 4;
 
-// Shows a mono camera with images of 6 x 4 pixels, which land at (3, 2) of the client area. Each test has a
-// place of its own on the screen, far from those of other tests that run at the same time.
-class DrawingSurface : public StreamTest {
+std::string nameOf(const testing::TestParamInfo<int>& mode) {
+    return "Mode" + std::to_string(mode.param);
+}
+
+class DrawingSurface : public PreviewOnScreen, public testing::WithParamInterface<int> {
   protected:
-    using Picture = std::vector<COLORREF>;
+    explicit DrawingSurface(int top = 760) : PreviewOnScreen(top) {}
 
-    void showImage(std::uint8_t mode, int place) {
-        left_ = place;
-        openCamera(1, 1, 6, 4);
-        ASSERT_TRUE(Tavra_SetPreviewPixelFormat(handle, TAVRA_PIXEL_MONO_8));
-        ASSERT_TRUE(Tavra_SetDisplayMode(handle, mode));
-        ASSERT_TRUE(Tavra_CreatePreviewWindowW(handle, u"Preview", WS_POPUP | WS_VISIBLE,
-                                               static_cast<std::uint32_t>(place), kTop, kWidth, kHeight,
-                                               nullptr, nullptr, 1))
-            << std::hex << lastError();
-        for (ReceivedMessage told; receiver.wait(told, 0);) {  // of the window's creation
-        }
-        start();
-        sendFrame(1, pattern(1));
-        EXPECT_EQ(expectMessage(45067), 1u);
+    std::uint8_t mode() const { return static_cast<std::uint8_t>(GetParam()); }
+    bool isOverlay() const { return mode() == k16BitOverlay || mode() == k32BitOverlay; }
+    void showImage() { PreviewOnScreen::showImage(mode(), kClient); }
+    Picture picture(std::uint32_t number, std::uint32_t left = 3, std::uint32_t top = 2) const {
+        Picture shown = imageAt(number, left, top);
+        if (isOverlay()) paint(shown, {static_cast<int>(left), static_cast<int>(top), 6, 4}, key);
+        return shown;
     }
-    template <typename ColorOf>
-    static Picture pictureOf(ColorOf colorOf) {
-        Picture picture(kWidth * kHeight, 0);
-        for (std::size_t i = 0; i < 24; ++i) {
-            const auto grey = static_cast<COLORREF>(1 + 3 * i);
-            picture[(i / 6 + 2) * kWidth + i % 6 + 3] = colorOf(grey);
-        }
-        return picture;
+    // A red rectangle of 3 x 2 pixels at (1, 1) of the drawing, and where that is in the client area.
+    void drawRed() { drawOn({1, 1, 3, 2}, {255, 0, 0}); }
+    Picture withRed(Picture shown, int left = 3, int top = 2) const {
+        paint(shown, {left + 1, top + 1, 3, 2}, kRed);
+        return shown;
     }
-    static Picture image() {
-        return pictureOf([](COLORREF grey) { return grey * 0x010101; });
-    }
-    void drawRed() {
-        TavraDC dc = nullptr;
-        ASSERT_TRUE(Tavra_GetDCWithReset(handle, &dc));
-        ASSERT_NE(dc, nullptr);
-        EXPECT_TRUE(fillRectangle(dc, {1, 1, 3, 1}, {255, 0, 0}));
-        EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
-    }
-    // Serves the window until the screen looks like this, as far as the bits in `mask` go. False: it did not
-    // within ten seconds.
-    bool looksLike(const Picture& expected, COLORREF mask = 0xFFFFFF) const {
-        const ULONGLONG end = GetTickCount64() + kPatienceMs;
-        while (GetTickCount64() < end) {
-            MSG message;
-            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-            if (screen(mask) == expected) return true;
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-        }
-        return false;
-    }
-    Picture screen(COLORREF mask) const {
-        Picture picture;
-        const HDC dc = GetDC(nullptr);
-        for (int i = 0; i < kWidth * kHeight; ++i) {
-            picture.push_back(GetPixel(dc, left_ + i % kWidth, kTop + i / kWidth) & mask);
-        }
-        ReleaseDC(nullptr, dc);
-        return picture;
-    }
-    static void paintRed(Picture& picture) {
-        for (const int at : {3 * kWidth + 4, 3 * kWidth + 5, 3 * kWidth + 6}) {
-            picture[static_cast<std::size_t>(at)] = kRed;
-        }
+    // How 16 bits are filled up to 24 is the system's matter.
+    bool looksLike(const Picture& expected) const {
+        const COLORREF kept = mode() == k16BitOffscreen ? 0xF8FCF8 : 0xFFFFFF;
+        return looks([&](const Picture& seen) {
+            return std::equal(seen.begin(), seen.end(), expected.begin(), expected.end(),
+                              [kept](COLORREF a, COLORREF b) { return (a & kept) == (b & kept); });
+        });
     }
 
-  private:
-    int left_ = 0;
+    COLORREF key = kMagenta;
 };
 
-TEST_F(DrawingSurface, ImageIsInTheMiddleOfBlackStrips) {
-    showImage(3, 900);
-    EXPECT_TRUE(looksLike(image()));
+INSTANTIATE_TEST_SUITE_P(Modes, DrawingSurface,
+                         testing::Values(k16BitOffscreen, k16BitOverlay, k32BitOffscreen, k32BitOverlay),
+                         nameOf);
+
+TEST_P(DrawingSurface, ImageIsInTheMiddleOfBlackStrips) {
+    showImage();
+    EXPECT_TRUE(looksLike(picture(1)));
+    show(40);
+    EXPECT_TRUE(looksLike(picture(40)));
     stopAndExpectCode(0);
+    endWindow();
 }
 
-TEST_F(DrawingSurface, DrawingShowsOverTheImageUntilItIsReset) {
-    showImage(3, 1000);
-    EXPECT_TRUE(looksLike(image()));
+TEST_P(DrawingSurface, DrawingShowsOverTheImageUntilItIsReset) {
+    showImage();
+    EXPECT_TRUE(looksLike(picture(1)));
     drawRed();
-    Picture drawn = image();
-    paintRed(drawn);
-    EXPECT_TRUE(looksLike(drawn));
+    EXPECT_TRUE(looksLike(withRed(picture(1))));
+    show(40);
+    EXPECT_TRUE(looksLike(withRed(picture(40))));
     EXPECT_TRUE(Tavra_ResetOverlay(handle));
-    EXPECT_TRUE(looksLike(image()));
+    EXPECT_TRUE(looksLike(picture(40)));
+    stopAndExpectCode(0);
+    endWindow();
+}
+
+TEST_P(DrawingSurface, KeyColourIsOfWindowsOrderAndTransparent) {
+    showImage();
+    key = kGreen;
+    ASSERT_TRUE(Tavra_SetColorKey(handle, key));
+    EXPECT_TRUE(looksLike(picture(1)));
+    TavraDC dc = nullptr;
+    ASSERT_TRUE(Tavra_GetDC(handle, &dc));
+    ASSERT_NE(dc, nullptr) << std::hex << lastError();
+    EXPECT_TRUE(fillRectangle(dc, {0, 0, 3, 4}, {0, 0, 255}));
+    EXPECT_TRUE(fillRectangle(dc, {1, 1, 1, 2}, {0, 255, 0}));
+    EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
+    const Picture plain = picture(1);
+    Picture expected = plain;
+    paint(expected, {3, 2, 3, 4}, kBlue);
+    for (const std::size_t at : {3 * 12 + 4, 4 * 12 + 4}) expected[at] = plain[at];
+    EXPECT_TRUE(looksLike(expected));
+    ASSERT_TRUE(Tavra_SetColorKey(handle, key = kBlue));
+    EXPECT_TRUE(looksLike(picture(1))) << "begins the drawing anew";
     stopAndExpectCode(0);
 }
 
-TEST_F(DrawingSurface, FormatsOf16BitsKeepFiveAndSixBits) {
-    showImage(1, 1100);
-    constexpr COLORREF kKept = 0xF8FCF8;  // how the others are filled up is the system's matter
-    EXPECT_TRUE(looksLike(pictureOf([](COLORREF grey) { return grey * 0x010101 & kKept; }), kKept));
+TEST_P(DrawingSurface, ResizeMovesTheImageAndClearsTheDrawing) {
+    showImage();
+    drawRed();
+    EXPECT_TRUE(looksLike(withRed(picture(1))));
+    moveBy(0, 0, {16, 14});
+    show(2);
+    EXPECT_TRUE(looksLike(picture(2, 5, 5)));
     stopAndExpectCode(0);
+    endWindow();
 }
 
-// What an overlay shows cannot be read from the screen: that has the key.
-TEST_F(DrawingSurface, OverlayHasTheKeyAndTheDrawingOnTheScreen) {
-    showImage(2, 1200);
-    Picture expected = pictureOf([](COLORREF) { return kKey; });
+TEST_P(DrawingSurface, WindowThatIsMovedShowsTheNextFrameThere) {
+    showImage();
+    EXPECT_TRUE(looksLike(picture(1)));
+    moveBy(15, 20, kClient);
+    show(2);
+    EXPECT_TRUE(looksLike(picture(2)));
+    stopAndExpectCode(0);
+    endWindow();
+}
+
+TEST_P(DrawingSurface, RotatedImageStandsUpright) {
+    openMode(mode());
+    ASSERT_TRUE(Tavra_SetRotationMode(handle, TAVRA_ROTATION_CLOCKWISE));
+    ASSERT_TRUE(Tavra_SetAspectMode(handle, TAVRA_ASPECT_STRETCH));
+    forgetPlaces();
+    ASSERT_TRUE(Tavra_SetPreviewMaskSize(handle, 0, 0, 4, 6));
+    forgetPlaces();
+    createWindow({4, 6});
+    start();
+    show(1);
+    // What was on the left is above.
+    Picture expected;
+    for (std::uint32_t y = 0; y < 6; ++y) {
+        for (std::uint32_t x = 0; x < 4; ++x) expected.push_back(isOverlay() ? key : grey(1, y, 3 - x));
+    }
     EXPECT_TRUE(looksLike(expected));
     drawRed();
-    paintRed(expected);
-    EXPECT_TRUE(looksLike(expected));
+    EXPECT_TRUE(looksLike(withRed(expected, 0, 0)));
+    stopAndExpectCode(0);
+    endWindow();
+}
+
+TEST_P(DrawingSurface, ClickShowsLessOfTheImage) {
+    openMode(mode());
+    createWindow({6, 4});
+    start();
+    show(1);
+    ASSERT_TRUE(Tavra_SetMagnificationMode(handle, 1));
+    SetActiveWindow(window);
+    ASSERT_EQ(GetActiveWindow(), window);
+    forgetAll();
+    SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(3, 2));
+    expectMessage(45062);
+    // 3 x 2 pixels from (2, 1) on, twice as large. Whether the nearest is taken, or what lies between, is the
+    // system's matter: that is six shades from the nearest at most.
+    Picture expected;
+    for (int y = 0; y < 4; ++y) {
+        for (int x = 0; x < 6; ++x) {
+            const double shade = 1 + 3 * ((1 + (y + 0.5) / 2 - 0.5) * 6 + 2 + (x + 0.5) / 2 - 0.5);
+            expected.push_back(isOverlay() ? key : static_cast<COLORREF>(shade) * 0x010101);
+        }
+    }
+    constexpr int kFilter = 6, kLowBits = 7;
+    EXPECT_TRUE(looksNearly(expected, mode() == k16BitOffscreen ? kFilter + kLowBits : kFilter));
+    stopAndExpectCode(0);
+    endWindow();
+}
+
+TEST_P(DrawingSurface, ModeChangesBetweenTwoWindowsOfOneStream) {
+    showImage();
+    EXPECT_TRUE(looksLike(picture(1)));
+    EXPECT_FALSE(Tavra_SetDisplayMode(handle, 0));
+    EXPECT_EQ(lastError(), TAVRA_ERROR_WINDOW_EXISTS);
+    std::uint32_t number = 1;
+    for (const std::uint8_t next : {std::uint8_t{0}, mode()}) {
+        endWindow();
+        ASSERT_TRUE(Tavra_SetDisplayMode(handle, next));
+        createWindow(kClient);
+        show(++number);
+        EXPECT_TRUE(looksLike(next == 0 ? imageAt(number, 3, 2) : picture(number))) << +next;
+        TavraDC dc = nullptr;
+        EXPECT_EQ(Tavra_GetDC(handle, &dc), next != 0);
+        if (next == 0) {
+            EXPECT_EQ(lastError(), TAVRA_ERROR_LEGACY_CAMERA);
+        } else {
+            EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
+        }
+    }
+    stopAndExpectCode(0);
+}
+
+TEST_P(DrawingSurface, UserClosesItAndTheStreamGoesOn) {
+    showImage();
+    EXPECT_TRUE(looksLike(picture(1)));
+    collectRaw();
+    PostMessageW(window, WM_CLOSE, 0, 0);
+    pump();
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_EQ(expectMessage(45060), 0u);
+    sendFrame(2, pattern(2));
+    EXPECT_EQ(raws.waitFor(1).size(), 1u);
+    TavraDC dc = nullptr;
+    EXPECT_FALSE(Tavra_GetDC(handle, &dc));
+    EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
+    createWindow(kClient);
+    show(3);
+    EXPECT_TRUE(looksLike(picture(3)));
+    stopAndExpectCode(0);
+}
+
+// A context that is out.
+
+TEST_P(DrawingSurface, ContextThatIsOutHoldsUpOnlyThePicture) {
+    showImage();
+    EXPECT_TRUE(looksLike(picture(1)));
+    TavraDC dc = nullptr, second = nullptr;
+    ASSERT_TRUE(Tavra_GetDC(handle, &dc));
+    ASSERT_NE(dc, nullptr);
+    show(2);
+    show(3);
+    pump();
+    EXPECT_EQ(screen().size(), picture(1).size());
+    EXPECT_TRUE(looksLike(picture(1)));
+    ASSERT_TRUE(Tavra_GetDC(handle, &second));
+    EXPECT_EQ(second, nullptr);
+    EXPECT_EQ(lastError(), 1131u);
+    std::thread([&] { EXPECT_TRUE(Tavra_ReleaseDC(handle, dc)); }).join();
+    EXPECT_EQ(lastError(), 288u);
+    ASSERT_TRUE(Tavra_ReleaseDC(handle, dc));
+    EXPECT_TRUE(looksLike(picture(3)));
+    stopAndExpectCode(0);
+}
+
+TEST_P(DrawingSurface, ContextOutlivesTheWindow) {
+    showImage();
+    TavraDC dc = nullptr;
+    ASSERT_TRUE(Tavra_GetDC(handle, &dc));
+    ASSERT_NE(dc, nullptr);
+    endWindow();
+    EXPECT_TRUE(fillRectangle(dc, {0, 0, 6, 4}, {0, 255, 0}));
+    EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
+    EXPECT_FALSE(Tavra_ReleaseDC(handle, dc));
+    EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
+    createWindow(kClient);
+    show(2);
+    EXPECT_TRUE(looksLike(picture(2)));
     stopAndExpectCode(0);
 }
 
