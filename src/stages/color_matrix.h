@@ -32,8 +32,7 @@ class IColorMatrix : public ISUnknown {
     // - width, height: pixels; 0 changes nothing.
     // - stride: bytes from row to row, even in the 16-bit form; 0: width pixels, rounded up to a multiple of
     //   four bytes.
-    // - format: 4 or 256 for three samples a pixel, 8 or 512 for four, of which the last keeps its value.
-    // Mono
+    // - format: 4 or 256 for three samples a pixel, 8 or 512 for four, of which the last stays. Mono
     //   (1, 2, 16, 32, 64) is left as it is.
     // - bits: depth of the samples; results end at 2^bits - 1, or at the largest sample.
     // Words above 4095 count as 4095. Result: 0, or 87 for another format, even with both modes off, which

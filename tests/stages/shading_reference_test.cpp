@@ -110,7 +110,8 @@ class RandomCorrection {
     void compare(u32 rowSamples) {
         const u32 mode = std::array<u32, 3>{2, 4, 255}[random_() % 3];
         const auto bits = static_cast<u16>(random_() % (sizeof(Sample) == 1 ? 10 : 18));
-        std::vector<Sample> frame(std::size_t{rowSamples} * (height_ - 1) + width_ + 32);
+        const std::size_t behind = rowSamples < width_ ? 32 : 0;  // samples after the last row
+        std::vector<Sample> frame(std::size_t{rowSamples} * (height_ - 1) + width_ + behind);
         for (Sample& s : frame) s = static_cast<Sample>(random_());
         const std::int64_t maximum = (1 << std::min<int>(bits, 8 * sizeof(Sample))) - 1;
         auto wanted = frame;

@@ -53,6 +53,7 @@ struct Frame {
     std::uint32_t stride;       // argument, bytes
     std::size_t strideSamples;  // what that means
     std::uint16_t colorArray, bits;
+    std::size_t behind;  // samples after the last row
 };
 
 template <class Sample>
@@ -78,13 +79,13 @@ Frame overlappingFrame(std::mt19937& random, std::uint16_t bits) {
     frame.width += 1;
     frame.strideSamples = 1 + random() % (frame.width - 1);
     frame.stride = static_cast<std::uint32_t>(frame.strideSamples * sizeof(Sample));
+    frame.behind = 32;
     return frame;
 }
 
-// Some samples more behind the last row, as they may be touched just as little as padding.
 template <class Sample>
 std::vector<Sample> randomSamples(std::mt19937& random, const Frame& frame) {
-    std::vector<Sample> samples(frame.strideSamples * (frame.height - 1) + frame.width + 32);
+    std::vector<Sample> samples(frame.strideSamples * (frame.height - 1) + frame.width + frame.behind);
     for (Sample& sample : samples) {
         sample = static_cast<Sample>(random() & ((1u << frame.bits) - 1));
     }
