@@ -9,38 +9,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 #include "stages/sharpness/byte_corrections.h"
-#include "stages/word_lanes.h"
+#include "stages/sharpness/rows.h"
 
 namespace tavra::sharpness {
 
-using Bytes = lanes::Vector;
-using lanes::Words;
-
-inline constexpr std::size_t kChunk = lanes::kVectorBytes;  // columns
-
-template <class Vector = Bytes>
-Vector load(const void* from) {
-    Vector vector;
-    std::memcpy(&vector, from, sizeof vector);
-    return vector;
-}
-
-template <class Vector>
-void store(const Vector& vector, void* to) {
-    std::memcpy(to, &vector, sizeof vector);
-}
-
-inline Bytes larger(Bytes a, Bytes b) {
-    return a > b ? a : b;
-}
-
-inline Bytes smaller(Bytes a, Bytes b) {
-    return a < b ? a : b;
-}
+inline constexpr std::size_t kChunk = kChunkOf<std::uint8_t>;  // columns
 
 struct Parted {
     Words even, odd;
@@ -68,28 +44,10 @@ inline void storeSums(const Parted& sums, std::uint16_t* line) {
 
 // Each sample with its left and its right neighbour.
 inline Parted sumsOfThree(const std::uint8_t* samples) {
-    const Parted left = parted(load(samples - 1)), right = parted(load(samples + 1));
+    const Parted left = parted(load<Bytes>(samples - 1)), right = parted(load<Bytes>(samples + 1));
     const Words shared = left.odd + right.even;
     return {shared + left.even, shared + right.odd};
 }
-
-// Of the eight neighbours, rounded.
-inline Words meanOf(Words above, Words here, Words below, Words value) {
-    return (above + here + below + (4 - value)) >> 3;
-}
-
-// The rows around a chunk: the sums of three, those of the last made here, and the samples of two.
-struct Rows {
-    const std::uint16_t *above, *here;
-    std::uint16_t* below;
-    const std::uint8_t *samples, *next;
-
-    // - sums: where those of the chunk lie in their lines
-    // - column: of the first sample
-    Rows at(std::size_t sums, std::size_t column) const {
-        return {above + sums, here + sums, below + sums, samples + column, next + column};
-    }
-};
 
 // How far samples are from the mean of their neighbours, beyond the coring.
 struct Excess {
@@ -98,11 +56,11 @@ struct Excess {
 };
 
 // Inlined by force: what it takes and gives are registers.
-[[gnu::always_inline]] inline Excess excessAt(const Rows& chunk, Bytes coring) {
+[[gnu::always_inline]] inline Excess excessAt(const Rows<std::uint8_t>& chunk, Bytes coring) {
     const Parted above = loadSums(chunk.above), here = loadSums(chunk.here);
     const Parted below = sumsOfThree(chunk.next);
     storeSums(below, chunk.below);
-    const Bytes samples = load(chunk.samples);
+    const auto samples = load<Bytes>(chunk.samples);
     const Parted values = parted(samples);
     const Bytes means = joined({meanOf(above.even, here.even, below.even, values.even),
                                 meanOf(above.odd, here.odd, below.odd, values.odd)});

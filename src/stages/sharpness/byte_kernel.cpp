@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 
 #include "stages/bgr_reader.h"
 #include "stages/luma_tables.h"
@@ -7,13 +6,10 @@
 #include "stages/sharpness/byte_chunk.h"
 #include "stages/sharpness/grey_kernel.h"
 #include "stages/sharpness/kernel.h"
+#include "stages/sharpness/tiled_kernel.h"
 
 namespace tavra::sharpness {
 namespace {
-
-// Columns that are worked on at a time: what lies between two steps stays in the first-level cache.
-constexpr std::size_t kTile = 256;
-static_assert(kTile % kChunk == 0);
 
 // How many levels the pixels of a tile rise or fall.
 //
@@ -24,7 +20,7 @@ struct Shifts {
 };
 
 template <std::size_t kExceptions>
-void shiftsByLine(const Rows& rows, std::size_t count, std::int16_t coring, bool grey,
+void shiftsByLine(const Rows<std::uint8_t>& rows, std::size_t count, std::int16_t coring, bool grey,
                   const CorrectionLine& shared, Shifts& __restrict shifts) {
     const LineVectors<kExceptions> line(shared);
     const Bytes cored = coringBytes(coring);
@@ -39,7 +35,7 @@ void shiftsByLine(const Rows& rows, std::size_t count, std::int16_t coring, bool
 }
 
 // By look-ups between two passes.
-void shiftsByTable(const Rows& rows, std::size_t count, std::int16_t coring, bool grey,
+void shiftsByTable(const Rows<std::uint8_t>& rows, std::size_t count, std::int16_t coring, bool grey,
                    const WordTable& table, Shifts& __restrict shifts) {
     alignas(kChunk) std::uint8_t excess[kTile] = {}, darker[kTile] = {};
     alignas(kChunk) std::uint16_t correction[kTile];
@@ -66,71 +62,42 @@ void shiftGrey(const Shifts& shifts, std::size_t count, std::uint8_t* __restrict
     }
 }
 
-void lumaRow(const std::uint8_t* row, std::size_t pitch, std::size_t width, std::uint8_t* __restrict luma) {
-    alignas(32) std::uint8_t blue[kTile], green[kTile], red[kTile];
-    alignas(32) std::uint16_t words[kTile];
-    for (std::size_t x = 0; x < width; x += kTile) {
-        const std::size_t count = std::min(kTile, width - x);
-        readBgr(row + x * pitch, pitch, blue, green, red, count);
-        lumaOfPlanes(blue, green, red, words, count);
-        for (std::size_t i = 0; i < count; ++i) luma[x + i] = static_cast<std::uint8_t>(words[i]);
-    }
-}
-
-// Grey or luminance goes through the line store, whose lines have room for the last chunk.
-template <unsigned kChannels>
-class Sharpener {
+template <unsigned kPixel>
+class ByteTile {
   public:
-    Sharpener(const Image<std::uint8_t>& image, const Corrections& corrections, LineStore<std::uint8_t> lines)
-        : image_(image), coring_(corrections.coring()), corrections_(corrections.bytes()), lines_(lines) {}
+    using Sample = std::uint8_t;
+    static constexpr unsigned kChannels = kPixel;
+    static constexpr std::size_t kColumns = kChunk;
 
-    void run() {
-        prepare(0);
-        prepare(1);
-        sumRow(0);
-        sumRow(1);
-        for (std::size_t y = 1; y < image_.height - 1; ++y) {
-            prepare(y + 1);
-            sharpenRow(y);
+    ByteTile(const Corrections& corrections, std::int16_t /*maximum*/)
+        : coring_(corrections.coring()), corrections_(corrections.bytes()) {}
+
+    static void lumaRow(const Sample* row, std::size_t width, Sample* __restrict luma) {
+        alignas(32) Sample blue[kTile], green[kTile], red[kTile];
+        alignas(32) std::uint16_t words[kTile];
+        for (std::size_t x = 0; x < width; x += kTile) {
+            const std::size_t count = std::min(kTile, width - x);
+            readBgr(row + x * kChannels, kChannels, blue, green, red, count);
+            lumaOfPlanes(blue, green, red, words, count);
+            for (std::size_t i = 0; i < count; ++i) luma[x + i] = static_cast<Sample>(words[i]);
+        }
+    }
+
+    static void sum(const Sample* samples, std::uint16_t* sums) { storeSums(sumsOfThree(samples), sums); }
+
+    void sharpen(const Rows<Sample>& rows, std::size_t count, Sample* pixels) {
+        makeShifts(rows, count);
+        if constexpr (kGrey) {
+            shiftGrey(shifts_, count, pixels);
+        } else {
+            shiftPixels(pixels, kChannels, shifts_.rise, shifts_.fall, count);
         }
     }
 
   private:
     static constexpr bool kGrey = kChannels == 1;
 
-    std::size_t columns() const { return image_.width - 2; }
-
-    // What later rows need to know of a row, before it changes.
-    void prepare(std::size_t y) {
-        if constexpr (kGrey) {
-            std::memcpy(lines_.luma(y), image_.row(y), image_.width);
-        } else {
-            lumaRow(image_.row(y), kChannels, image_.width, lines_.luma(y));
-        }
-    }
-
-    void sumRow(std::size_t y) {
-        for (std::size_t x = 0; x < columns(); x += kChunk) {
-            storeSums(sumsOfThree(lines_.luma(y) + 1 + x), lines_.sums(y) + x);
-        }
-    }
-
-    void sharpenRow(std::size_t y) {
-        const Rows rows = {lines_.sums(y - 1), lines_.sums(y), lines_.sums(y + 1), lines_.luma(y) + 1,
-                           lines_.luma(y + 1) + 1};
-        for (std::size_t x = 0; x < columns(); x += kTile) {
-            const std::size_t count = std::min(kTile, columns() - x);
-            makeShifts(rows.at(x, x), count);
-            std::uint8_t* const pixels = image_.row(y) + (1 + x) * kChannels;
-            if constexpr (kGrey) {
-                shiftGrey(shifts_, count, pixels);
-            } else {
-                shiftPixels(pixels, kChannels, shifts_.rise, shifts_.fall, count);
-            }
-        }
-    }
-
-    void makeShifts(const Rows& rows, std::size_t count) {
+    void makeShifts(const Rows<Sample>& rows, std::size_t count) {
         const CorrectionLine* const line = corrections_.line();
         if (line == nullptr) {
             return shiftsByTable(rows, count, coring_, kGrey, corrections_.table(), shifts_);
@@ -140,10 +107,8 @@ class Sharpener {
         });
     }
 
-    const Image<std::uint8_t>& image_;
     const std::int16_t coring_;
     const ByteCorrections& corrections_;
-    LineStore<std::uint8_t> lines_;
     Shifts shifts_;
 };
 
@@ -154,10 +119,10 @@ void sharpen(const Image<std::uint8_t>& image, const Corrections& corrections,
              LineStore<std::uint8_t> lines) {
     if (image.width < 3 || image.height < 3) return;
     const CorrectionLine* const line = corrections.bytes().line();
-    if (kChannels == 1 && line != nullptr && image.width >= kLeastGreyWidth) {
+    if (kChannels == 1 && line != nullptr && image.width >= kLeastGreyWidth<std::uint8_t>) {
         return sharpenGrey(image, *line, corrections.coring(), lines);
     }
-    Sharpener<kChannels>(image, corrections, lines).run();
+    TiledKernel<ByteTile<kChannels>>(image, corrections, lines).run();
 }
 
 template void sharpen<1>(const Image<std::uint8_t>&, const Corrections&, LineStore<std::uint8_t>);

@@ -2,16 +2,12 @@
 // one.
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 
 #include "stages/sharpness/byte_corrections.h"
+#include "stages/sharpness/word_corrections.h"
 
 namespace tavra::sharpness {
-
-// The largest difference that a table has an entry for.
-inline constexpr std::int16_t kLargestDifference = 4095;
 
 class Corrections {
   public:
@@ -20,15 +16,14 @@ class Corrections {
     // A difference of this size is still left alone.
     std::int16_t coring() const { return coring_; }
 
-    // Differences of bytes, by their excess over the coring.
+    // Those of bytes are told by the excess of a difference over the coring.
     const ByteCorrections& bytes() const { return bytes_; }
-    // A table to be read at -4095 to 4095, zero up to the coring.
-    const std::int16_t* words() const { return words_.data() + kLargestDifference; }
+    const WordCorrections& words() const { return words_; }
 
   private:
     std::int16_t coring_ = 0;
     ByteCorrections bytes_;
-    std::array<std::int16_t, 2 * std::size_t{kLargestDifference} + 1> words_{};
+    WordCorrections words_;
 };
 
 }  // namespace tavra::sharpness

@@ -1,55 +1,129 @@
 #include "stages/sharpness/grey_kernel.h"
 
+#include <type_traits>
+
+#include "stages/sharpness/byte_chunk.h"
+#include "stages/sharpness/word_chunk.h"
+
 namespace tavra::sharpness {
 namespace {
 
-// By design: in grey images the low byte of a correction acts, so that one of 300 acts as 44.
-Bytes corrected(Bytes samples, Bytes correction, Bytes darker) {
-    const Bytes mirrored =
-        samples ^ darker;  // to become darker is to become brighter, seen from the other end
-    const Bytes room = ~correction;
-    return (smaller(mirrored, room) + correction) ^ darker;
-}
-
-void sumRow(const std::uint8_t* samples, std::size_t columns, std::uint16_t* sums) {
-    const std::size_t whole = columns / kChunk * kChunk;
-    for (std::size_t x = 0; x < whole; x += kChunk) storeSums(sumsOfThree(samples + x), sums + x);
-    storeSums(sumsOfThree(samples + columns - kChunk), sums + whole);
-}
-
-// The last chunk ends with the row. It overlaps the one ahead of it, so it is stored when that one has been
-// read; its sums lie behind those of the whole chunks.
 template <std::size_t kExceptions>
-void sharpenRow(const Rows& rows, std::uint8_t* samples, std::size_t columns,
-                const LineVectors<kExceptions>& line, Bytes coring) {
-    const auto sharpened = [&](std::size_t sums, std::size_t x) __attribute__((always_inline)) {
-        const Excess excess = excessAt(rows.at(sums, x), coring);
-        return corrected(load(samples + x), joined(line.at(excess.size)), excess.darker);
-    };
-    const std::size_t whole = columns / kChunk * kChunk, last = columns - kChunk;
-    const Bytes end = sharpened(whole, last);
-    for (std::size_t x = 0; x < whole; x += kChunk) store(sharpened(x, x), samples + x);
-    store(end, samples + last);
-}
+class GreyBytes {
+  public:
+    using Sample = std::uint8_t;
 
-template <std::size_t kExceptions>
-void sharpenRows(const Image<std::uint8_t>& image, const CorrectionLine& shared, std::int16_t coring,
-                 LineStore<std::uint8_t> lines) {
-    const std::size_t columns = image.width - 2;
-    const LineVectors<kExceptions> line(shared);
-    for (const std::size_t y : {0, 1}) sumRow(image.row(y) + 1, columns, lines.sums(y));
-    for (std::size_t y = 1; y < image.height - 1; ++y) {
-        const Rows rows = {lines.sums(y - 1), lines.sums(y), lines.sums(y + 1), image.row(y) + 1,
-                           image.row(y + 1) + 1};
-        sharpenRow(rows, image.row(y) + 1, columns, line, coringBytes(coring));
+    GreyBytes(const CorrectionLine& line, std::int16_t coring) : line_(line), coring_(coringBytes(coring)) {}
+
+    void sum(const Sample* samples, std::uint16_t* sums) const { storeSums(sumsOfThree(samples), sums); }
+
+    [[gnu::always_inline]] Excess differenceAt(const Rows<Sample>& chunk) const {
+        return excessAt(chunk, coring_);
     }
-}
+
+    // By design: in grey images the low byte of a correction acts, so that one of 300 acts as 44.
+    [[gnu::always_inline]] Bytes corrected(Bytes samples, const Excess& excess) const {
+        const Bytes correction = joined(line_.at(excess.size));
+        const Bytes mirrored =
+            samples ^ excess.darker;  // to become darker is to become brighter, seen from the other end
+        const Bytes room = ~correction;
+        return (smaller(mirrored, room) + correction) ^ excess.darker;
+    }
+
+  private:
+    LineVectors<kExceptions> line_;
+    Bytes coring_;
+};
+
+class GreyWords {
+  public:
+    using Sample = std::uint16_t;
+
+    GreyWords(const lanes::PiecewiseLine& line, std::int16_t coring, std::int16_t maximum)
+        : coring_(Words{} + static_cast<Sample>(coring)),
+          maximum_(Words{} + static_cast<Sample>(maximum)),
+          line_(line, coring_) {}
+
+    void sum(const Sample* samples, std::uint16_t* sums) const { store(sumsOfThree(samples), sums); }
+
+    [[gnu::always_inline]] Words differenceAt(const Rows<Sample>& chunk) const {
+        return sharpness::differenceAt(chunk);
+    }
+
+    [[gnu::always_inline]] Words corrected(Words samples, Words difference) const {
+        return sharpness::corrected(samples, difference, line_.at(difference), coring_, maximum_);
+    }
+
+  private:
+    Words coring_, maximum_;
+    WordLine line_;
+};
+
+template <class Chunk>
+class GreyKernel {
+  public:
+    using Sample = typename Chunk::Sample;
+
+    GreyKernel(const Image<Sample>& image, const Chunk& chunk, LineStore<Sample> lines)
+        : image_(image), chunk_(chunk), lines_(lines) {}
+
+    void run() const {
+        for (const std::size_t y : {0, 1}) sumRow(image_.row(y) + 1, lines_.sums(y));
+        for (std::size_t y = 1; y < image_.height - 1; ++y) {
+            sharpenRow({lines_.sums(y - 1), lines_.sums(y), lines_.sums(y + 1), image_.row(y) + 1,
+                        image_.row(y + 1) + 1},
+                       image_.row(y) + 1);
+        }
+    }
+
+  private:
+    static constexpr std::size_t kColumns = kChunkOf<Sample>;
+
+    std::size_t columns() const { return image_.width - 2; }
+    std::size_t whole() const { return columns() / kColumns * kColumns; }
+
+    void sumRow(const Sample* samples, std::uint16_t* sums) const {
+        for (std::size_t x = 0; x < whole(); x += kColumns) chunk_.sum(samples + x, sums + x);
+        chunk_.sum(samples + columns() - kColumns, sums + whole());
+    }
+
+    // The difference of a chunk is made while the one ahead of it is corrected: one after the other, the work
+    // on a chunk is a chain longer than what the processor looks ahead. The last chunk ends with the row. It
+    // overlaps the one ahead of it, so it is read before that one is stored; its sums lie behind those of the
+    // whole chunks.
+    void sharpenRow(const Rows<Sample>& rows, Sample* samples) const {
+        using Vector = std::conditional_t<sizeof(Sample) == 1, Bytes, Words>;
+        const Chunk chunk = chunk_;  // in registers
+        const std::size_t end = whole(), last = columns() - kColumns;
+        auto difference = chunk.differenceAt(rows.at(0, 0));
+        std::size_t x = 0;
+        for (; x + kColumns < end; x += kColumns) {
+            const auto next = chunk.differenceAt(rows.at(x + kColumns, x + kColumns));
+            store(chunk.corrected(load<Vector>(samples + x), difference), samples + x);
+            difference = next;
+        }
+        const auto lastSamples = load<Vector>(samples + last);
+        const auto lastDifference = chunk.differenceAt(rows.at(end, last));
+        store(chunk.corrected(load<Vector>(samples + x), difference), samples + x);
+        store(chunk.corrected(lastSamples, lastDifference), samples + last);
+    }
+
+    const Image<Sample>& image_;
+    const Chunk chunk_;
+    LineStore<Sample> lines_;
+};
 
 }  // namespace
 
 void sharpenGrey(const Image<std::uint8_t>& image, const CorrectionLine& line, std::int16_t coring,
                  LineStore<std::uint8_t> lines) {
-    withExceptions(line, [&](auto exceptions) { sharpenRows<exceptions>(image, line, coring, lines); });
+    withExceptions(
+        line, [&](auto exceptions) { GreyKernel(image, GreyBytes<exceptions>(line, coring), lines).run(); });
+}
+
+void sharpenGrey(const Image<std::uint16_t>& image, const lanes::PiecewiseLine& line, std::int16_t coring,
+                 LineStore<std::uint16_t> lines) {
+    GreyKernel(image, GreyWords(line, coring, image.maximum), lines).run();
 }
 
 }  // namespace tavra::sharpness
