@@ -173,10 +173,10 @@ std::uint32_t CDrawImageDirectX::createDrawing() {
 std::uint32_t CDrawImageDirectX::paintKeyColor() {
     TavraDC dc = nullptr;
     if (const std::uint32_t failure = keySurface->getDC(dc); failure != 0) return failure;
-    fillSolid(dc,
-              {0, 0, static_cast<std::int32_t>(drawing_.width), static_cast<std::int32_t>(drawing_.height)},
-              colorKey);
-    return keySurface->releaseDC(dc);
+    const Rectangle whole{0, 0, static_cast<std::int32_t>(drawing_.width),
+                          static_cast<std::int32_t>(drawing_.height)};
+    const Status filled = fillSolid(dc, whole, colorKey);
+    return firstFailure(filled.code(), keySurface->releaseDC(dc));
 }
 
 void CDrawImageDirectX::releaseDrawing() {

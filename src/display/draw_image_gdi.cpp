@@ -4,22 +4,25 @@ namespace tavra {
 
 std::uint32_t CDrawImageGDI::DrawImage(const Rectangle& source, const Rectangle& destination,
                                        const BackgroundRectangles& background, const DrawImageInfo& info) {
-    if (!source.empty() && !destination.empty()) drawBitmap(source, destination, info);
+    Status first;
+    const auto note = [&first](Status drawn) {
+        if (first.ok()) first = drawn;
+    };
+    if (!source.empty() && !destination.empty()) note(drawBitmap(source, destination, info));
     for (const Rectangle& strip : background) {
-        if (!strip.empty()) info.deviceContext->fillBlack(strip);
+        if (!strip.empty()) note(info.deviceContext->fillBlack(strip));
     }
-    return 0;
+    return first.code();
 }
 
-void CDrawImageGDI::drawBitmap(const Rectangle& source, const Rectangle& destination,
-                               const DrawImageInfo& info) const {
+Status CDrawImageGDI::drawBitmap(const Rectangle& source, const Rectangle& destination,
+                                 const DrawImageInfo& info) const {
     platform::IPaint& paint = *info.deviceContext;
     if (source.width() == destination.width() && source.height() == destination.height()) {
-        paint.copy(destination, *info.bitmap, source.left, source.top);
-        return;
+        return paint.copy(destination, *info.bitmap, source.left, source.top);
     }
     using enum platform::StretchQuality;
-    paint.stretch(destination, *info.bitmap, source, stretchMode == kHalftone ? Smooth : Nearest);
+    return paint.stretch(destination, *info.bitmap, source, stretchMode == kHalftone ? Smooth : Nearest);
 }
 
 }  // namespace tavra

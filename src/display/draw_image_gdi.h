@@ -13,11 +13,12 @@ class CDrawImageGDI final : public CDrawImage {
     CDrawImageGDI(platform::IWindowSystem& system, std::uint32_t mode)
         : CDrawImage(system), stretchMode(mode) {}
 
+    // A part that cannot be drawn costs nothing else; of several failures the first is told.
     std::uint32_t DrawImage(const Rectangle& source, const Rectangle& destination,
                             const BackgroundRectangles& background, const DrawImageInfo& info) override;
 
   private:
-    void drawBitmap(const Rectangle& source, const Rectangle& destination, const DrawImageInfo& info) const;
+    Status drawBitmap(const Rectangle& source, const Rectangle& destination, const DrawImageInfo& info) const;
 
     const std::uint32_t stretchMode;
 };

@@ -42,7 +42,10 @@ Status DrawStatisticsText(platform::IPaint& paint, const ControlState& state) {
 }
 
 Status DrawControlGrid(platform::IPaint& paint, platform::Size image, const ControlState& state) {
-    Status printed;
+    Status drawn;
+    const auto note = [&drawn](Status part) {
+        if (!part.ok()) drawn = part;
+    };
     for (std::size_t cell = 0; cell < state.exposureWeights.size(); ++cell) {
         const std::size_t row = cell / 4, column = cell % 4;
         char text[32];
@@ -50,18 +53,17 @@ Status DrawControlGrid(platform::IPaint& paint, platform::Size image, const Cont
                       int{state.whiteBalanceWeights[cell]});
         const std::int32_t x = column == 0 ? 0 : placeOf(state.xBoundary[column - 1], image.width);
         const std::int32_t y = row == 0 ? 0 : placeOf(state.yBoundary[row - 1], image.height);
-        const Status cellPrinted = print(paint, x, y, text);
-        if (!cellPrinted.ok()) printed = cellPrinted;
+        note(print(paint, x, y, text));
     }
     const auto lastX = static_cast<std::int32_t>(image.width - 1);
     const auto lastY = static_cast<std::int32_t>(image.height - 1);
     for (std::size_t i = 0; i < state.xBoundary.size(); ++i) {
         const std::int32_t x = placeOf(state.xBoundary[i], image.width);
         const std::int32_t y = placeOf(state.yBoundary[i], image.height);
-        paint.line(x, 0, x, lastY);
-        paint.line(0, y, lastX, y);
+        note(paint.line(x, 0, x, lastY));
+        note(paint.line(0, y, lastX, y));
     }
-    return printed;
+    return drawn;
 }
 
 }  // namespace tavra

@@ -31,8 +31,8 @@ struct ControlState {
 // Four lines from the left upper corner. A line that fails ends the text.
 Status DrawStatisticsText(platform::IPaint& paint, const ControlState& state);
 
-// The weights of each cell and the lines between the cells, in an image of this size. A weight that cannot be
-// printed costs nothing else; of several failures the last is told.
+// The weights of each cell and the lines between the cells, in an image of this size. A weight or line
+// that cannot be drawn costs nothing else; of several failures the last is told.
 // By design: the boundaries count as they were set; one out of range lies outside the image.
 Status DrawControlGrid(platform::IPaint& paint, platform::Size image, const ControlState& state);
 

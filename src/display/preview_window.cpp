@@ -290,7 +290,8 @@ Status PreviewWindow::getDCWithReset(TavraDC& dc) {
     TAVRA_RETURN_IF_ERROR(getDC(dc));
     if (dc == nullptr) return Status();
     const ImageSize image = camera_.previewImageSize();
-    platform::fillSolid(dc, rectangleOf({0, 0, image.width, image.height}), colorKey);
+    camera_.notePreviewFailure(
+        platform::fillSolid(dc, rectangleOf({0, 0, image.width, image.height}), colorKey));
     return Status();
 }
 
@@ -428,7 +429,7 @@ void PreviewWindow::onPaint(platform::IPaint& paint, Size client) {
     if (object != nullptr) {
         paintImage(*object, paint, client);
     } else {
-        paint.fillBlack(rectangleOf({0, 0, client.width, client.height}));
+        noteDisplayError(paint.fillBlack(rectangleOf({0, 0, client.width, client.height})));
     }
 }
 
@@ -444,7 +445,7 @@ void PreviewWindow::paintImage(CDrawImage& object, platform::IPaint& paint, Size
         Rectangle{to.right, to.top, width, height}, Rectangle{to.left, to.bottom, to.right, height}};
     camera_.previewImages(rotated).drawReady([&](const ImageBufferSet::Image& image) {
         if (image.bitmap.pixels() == nullptr) {
-            paint.fillBlack({0, 0, width, height});
+            noteDisplayError(paint.fillBlack({0, 0, width, height}));
             return;
         }
         const DrawImageInfo info{&paint, &image.bitmap, image.bitmap.pixels(), rotated ? 1u : 0u,

@@ -15,13 +15,17 @@ using testing::IsEmpty;
 
 class DrawImageGdi : public testing::Test {
   protected:
-    void draw(std::uint32_t mode, const Rectangle& source, const Rectangle& destination,
-              const BackgroundRectangles& background = {}) {
+    std::uint32_t resultOf(std::uint32_t mode, const Rectangle& source, const Rectangle& destination,
+                           const BackgroundRectangles& background) {
         CDrawImageGDI object(system, mode);
         DrawImageInfo info;
         info.deviceContext = &paint;
         info.bitmap = &bitmap;
-        EXPECT_EQ(object.DrawImage(source, destination, background, info), 0u);
+        return object.DrawImage(source, destination, background, info);
+    }
+    void draw(std::uint32_t mode, const Rectangle& source, const Rectangle& destination,
+              const BackgroundRectangles& background = {}) {
+        EXPECT_EQ(resultOf(mode, source, destination, background), 0u);
     }
 
     WindowDouble system;
@@ -51,6 +55,25 @@ TEST_F(DrawImageGdi, StripsWithoutASizeAreSkipped) {
     draw(CDrawImageGDI::kColorOnColor, {}, {},
          {Rectangle{0, 0, 0, 80}, {0, 0, 100, 0}, {90, 0, 100, 80}, {0, 70, 90, 80}});
     EXPECT_THAT(paint.log, ElementsAre("black 90,0,100,80", "black 0,70,90,80"));
+}
+
+TEST_F(DrawImageGdi, FailedImageIsTheResultAndItsStripsArePainted) {
+    const BackgroundRectangles strips{Rectangle{0, 0, 9, 80}, {9, 0, 100, 5}, {}, {}};
+    paint.failures = {{"copy", 6}, {"stretch", 8}, {"black 0,0,9,80", 5}};
+    EXPECT_EQ(resultOf(CDrawImageGDI::kColorOnColor, {0, 0, 10, 10}, {9, 5, 19, 15}, strips), 6u);
+    EXPECT_EQ(resultOf(CDrawImageGDI::kColorOnColor, {0, 0, 10, 10}, {9, 5, 29, 15}, strips), 8u);
+    EXPECT_THAT(paint.log,
+                ElementsAre("copy 9,5,19,15 from 0,0", "black 0,0,9,80", "black 9,0,100,5",
+                            "stretch 9,5,29,15 from 0,0,10,10 nearest", "black 0,0,9,80", "black 9,0,100,5"));
+}
+
+TEST_F(DrawImageGdi, FirstStripThatFailsIsTheResultAndTheOthersArePainted) {
+    const BackgroundRectangles strips{
+        Rectangle{0, 0, 9, 80}, {9, 0, 100, 5}, {19, 5, 100, 80}, {9, 15, 19, 80}};
+    paint.failures = {{"black 9,0,100,5", 8}, {"black 19,5,100,80", 6}};
+    EXPECT_EQ(resultOf(CDrawImageGDI::kHalftone, {0, 0, 10, 10}, {9, 5, 19, 15}, strips), 8u);
+    EXPECT_THAT(paint.log, ElementsAre("copy 9,5,19,15 from 0,0", "black 0,0,9,80", "black 9,0,100,5",
+                                       "black 19,5,100,80", "black 9,15,19,80"));
 }
 
 TEST_F(DrawImageGdi, DisplayModesNameTheirBackEnd) {

@@ -30,22 +30,31 @@ TEST(InformationOverlay, StatisticsAreFourLinesFromTheCorner) {
                                        "text 0,39 CDSGain=34, DigitalGain=511"));
 }
 
-// A paint on which some of the texts fail, by their number from 1, each with a code of its own.
+// A paint on which some of the texts and lines fail, by their numbers from 1, each with a code of its own.
 class PaintThatFails final : public platform::IPaint {
   public:
-    void copy(const platform::Rectangle&, const platform::Bitmap&, std::int32_t, std::int32_t) override {}
-    void stretch(const platform::Rectangle&, const platform::Bitmap&, const platform::Rectangle&,
-                 platform::StretchQuality) override {}
-    void fillBlack(const platform::Rectangle&) override {}
-    Status text(std::int32_t, std::int32_t, std::string_view) override {
-        const auto failure = failures.find(++texts);
-        return failure != failures.end() ? Status(failure->second) : Status();
+    Status copy(const platform::Rectangle&, const platform::Bitmap&, std::int32_t, std::int32_t) override {
+        return Status();
     }
+    Status stretch(const platform::Rectangle&, const platform::Bitmap&, const platform::Rectangle&,
+                   platform::StretchQuality) override {
+        return Status();
+    }
+    Status fillBlack(const platform::Rectangle&) override { return Status(); }
+    Status text(std::int32_t, std::int32_t, std::string_view) override { return resultOf(failures, ++texts); }
     std::int32_t textHeight() override { return 13; }
-    void line(std::int32_t, std::int32_t, std::int32_t, std::int32_t) override { ++lines; }
+    Status line(std::int32_t, std::int32_t, std::int32_t, std::int32_t) override {
+        return resultOf(lineFailures, ++lines);
+    }
 
-    std::map<int, std::uint32_t> failures;
+    std::map<int, std::uint32_t> failures, lineFailures;
     int texts = 0, lines = 0;
+
+  private:
+    static Status resultOf(const std::map<int, std::uint32_t>& codes, int number) {
+        const auto failure = codes.find(number);
+        return failure != codes.end() ? Status(failure->second) : Status();
+    }
 };
 
 TEST(InformationOverlay, StatisticsEndWithTheLineThatFails) {
@@ -58,6 +67,15 @@ TEST(InformationOverlay, StatisticsEndWithTheLineThatFails) {
 TEST(InformationOverlay, FailedWeightLeavesTheRestOfTheGrid) {
     PaintThatFails paint;
     paint.failures = {{1, 6}, {7, 8}, {12, 87}};
+    EXPECT_EQ(DrawControlGrid(paint, {100, 100}, {}), Status(87)) << "the last failure";
+    EXPECT_EQ(paint.texts, 16);
+    EXPECT_EQ(paint.lines, 6);
+}
+
+TEST(InformationOverlay, FailedLineLeavesTheRestOfTheGrid) {
+    PaintThatFails paint;
+    paint.failures = {{7, 8}};
+    paint.lineFailures = {{1, 6}, {4, 87}};
     EXPECT_EQ(DrawControlGrid(paint, {100, 100}, {}), Status(87)) << "the last failure";
     EXPECT_EQ(paint.texts, 16);
     EXPECT_EQ(paint.lines, 6);

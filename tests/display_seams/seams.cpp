@@ -19,6 +19,8 @@ Seams& seams() {
 void Seams::reset() {
     drawing.clear();
     textResult = Status();
+    fillResult = Status();
+    lineResult = Status();
     window.reset();
     surfaces.log.clear();
     sprites.log.clear();
@@ -80,6 +82,7 @@ TavraDC MemoryContext::dc() {
 IPaint& MemoryContext::paint() {
     seams().drawing.push_back("paint");
     native_->paint.textResult = seams().textResult;
+    if (!seams().lineResult.ok()) native_->paint.failures["line"] = seams().lineResult.code();
     return native_->paint;
 }
 
@@ -89,10 +92,11 @@ MemoryContext::~MemoryContext() {
     drawing.push_back("end");
 }
 
-void fillSolid(TavraDC, const Rectangle& rectangle, std::uint32_t color) {
+Status fillSolid(TavraDC, const Rectangle& rectangle, std::uint32_t color) {
     char text[16];
     std::snprintf(text, sizeof text, " %06x", static_cast<unsigned>(color));
     seams().drawing.push_back("fill " + test::textOf(rectangle) + text);
+    return seams().fillResult;
 }
 
 }  // namespace tavra::platform

@@ -153,6 +153,8 @@ struct Seams {
     // thread that draws; a test looks when the stream has ended.
     std::vector<std::string> drawing;
     Status textResult;  // of all texts
+    Status lineResult;  // of all lines
+    Status fillResult;  // of all fills of a device context
 
     SharedWindow window;
     SurfaceSystemDouble surfaces;

@@ -118,7 +118,7 @@ TAVRA_API TavraBool Tavra_ReleaseDC(TavraHandle handle, TavraDC dc);
  *  \param handle camera
  *  \param[out] dc receives the context; null if the back-end could not give one
  *  \return 1, also if the back-end could not give one
- *  \errors as Tavra_GetDC()
+ *  \errors as Tavra_GetDC(). With a return of 1 and a context: the system's error if it could not be cleared
  *  \threads as Tavra_GetDC()
  */
 TAVRA_API TavraBool Tavra_GetDCWithReset(TavraHandle handle, TavraDC* dc);

@@ -166,6 +166,14 @@ class Canvas {
     std::uint32_t* copy_ = nullptr;
 };
 
+Status statusOf(cairo_status_t status) {
+    switch (status) {
+        case CAIRO_STATUS_SUCCESS: return Status();
+        case CAIRO_STATUS_NO_MEMORY: return Status(error::kOutOfMemory);
+        default: return Status(error::kDeviceNotFunctioning);
+    }
+}
+
 // Largest side of an image surface.
 constexpr std::uint32_t kMostPixels = 32767;
 
@@ -262,8 +270,9 @@ MemoryContext::~MemoryContext() {
 
 // NOLINTEND(clang-analyzer-core.CallAndMessage)
 
-void fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
-    if (!cairo().complete) return;
+// A context that has failed once draws nothing from then on, and says so here.
+Status fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
+    if (!cairo().complete) return Status(error::kModuleNotFound);
     auto* const context = static_cast<cairo_t*>(dc);
     const auto channel = [color](unsigned shift) { return (color >> shift & 0xFF) / 255.0; };
     cairo().save(context);
@@ -275,6 +284,7 @@ void fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
                       static_cast<double>(rectangle.height()));
     cairo().fill(context);
     cairo().restore(context);
+    return statusOf(cairo().status(context));
 }
 
 }  // namespace tavra::platform

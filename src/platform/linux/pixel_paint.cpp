@@ -117,8 +117,8 @@ std::uint8_t* PixelPaint::pixel(std::int64_t x, std::int64_t y) const {
            static_cast<std::size_t>(x - area_.left) * area_.pixelBytes;
 }
 
-void PixelPaint::copy(const Rectangle& destination, const Bitmap& bitmap, std::int32_t sourceX,
-                      std::int32_t sourceY) {
+Status PixelPaint::copy(const Rectangle& destination, const Bitmap& bitmap, std::int32_t sourceX,
+                        std::int32_t sourceY) {
     const Source source(bitmap);
     const Rectangle drawn = inside(destination);
     for (std::int64_t y = drawn.top; y < drawn.bottom; ++y) {
@@ -130,10 +130,11 @@ void PixelPaint::copy(const Rectangle& destination, const Bitmap& bitmap, std::i
             }
         }
     }
+    return Status();
 }
 
-void PixelPaint::stretch(const Rectangle& destination, const Bitmap& bitmap, const Rectangle& part,
-                         StretchQuality quality) {
+Status PixelPaint::stretch(const Rectangle& destination, const Bitmap& bitmap, const Rectangle& part,
+                           StretchQuality quality) {
     const Source source(bitmap);
     const Rectangle drawn = inside(destination);
     for (std::int64_t y = drawn.top; y < drawn.bottom; ++y) {
@@ -151,6 +152,7 @@ void PixelPaint::stretch(const Rectangle& destination, const Bitmap& bitmap, con
             store(pixel(x, y), area_.pixelBytes, bgr.data());
         }
     }
+    return Status();
 }
 
 void PixelPaint::fill(const Rectangle& rectangle, std::uint32_t color) {
@@ -162,8 +164,9 @@ void PixelPaint::fill(const Rectangle& rectangle, std::uint32_t color) {
     }
 }
 
-void PixelPaint::fillBlack(const Rectangle& rectangle) {
+Status PixelPaint::fillBlack(const Rectangle& rectangle) {
     fill(rectangle, kBlack);
+    return Status();
 }
 
 Status PixelPaint::text(std::int32_t x, std::int32_t y, std::string_view line) {
@@ -191,11 +194,12 @@ std::int32_t PixelPaint::textHeight() {
     return kCellHeight;
 }
 
-void PixelPaint::line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) {
+Status PixelPaint::line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) {
     const auto behind = [](std::int32_t value) { return value == INT32_MAX ? value : value + 1; };
     fill({std::min(fromX, toX), std::min(fromY, toY), behind(std::max(fromX, toX)),
           behind(std::max(fromY, toY))},
          kBlack);
+    return Status();
 }
 
 }  // namespace tavra::platform

@@ -25,17 +25,17 @@ class PixelPaint final : public IPaint {
   public:
     explicit PixelPaint(const PixelArea& area) : area_(area) {}
 
-    void copy(const Rectangle& destination, const Bitmap& bitmap, std::int32_t sourceX,
-              std::int32_t sourceY) override;
+    Status copy(const Rectangle& destination, const Bitmap& bitmap, std::int32_t sourceX,
+                std::int32_t sourceY) override;
     // Nearest: the source pixel under the middle of each pixel. Smooth: the two by two pixels around it,
     // weighted by their distance, or the mean of all that it covers where it covers more.
-    void stretch(const Rectangle& destination, const Bitmap& bitmap, const Rectangle& source,
-                 StretchQuality quality) override;
-    void fillBlack(const Rectangle& rectangle) override;
+    Status stretch(const Rectangle& destination, const Bitmap& bitmap, const Rectangle& source,
+                   StretchQuality quality) override;
+    Status fillBlack(const Rectangle& rectangle) override;
     // In the library's own font, a cell of 7 by 16 pixels for each character.
     Status text(std::int32_t x, std::int32_t y, std::string_view line) override;
     std::int32_t textHeight() override;
-    void line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) override;
+    Status line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) override;
 
     const PixelArea& area() const { return area_; }
 

@@ -144,11 +144,12 @@ class Surface final : public ISurface {
         TAVRA_RETURN_IF_ERROR(resultOf(surface_->GetSurfaceDesc(&description)));
         HDC context = nullptr;
         TAVRA_RETURN_IF_ERROR(resultOf(surface_->GetDC(&context)));
-        fillSolid(context,
-                  {0, 0, static_cast<std::int32_t>(description.dwWidth),
-                   static_cast<std::int32_t>(description.dwHeight)},
-                  color);
-        return resultOf(surface_->ReleaseDC(context));
+        const Status filled = fillSolid(context,
+                                        {0, 0, static_cast<std::int32_t>(description.dwWidth),
+                                         static_cast<std::int32_t>(description.dwHeight)},
+                                        color);
+        const Status released = resultOf(surface_->ReleaseDC(context));
+        return filled.ok() ? released : filled;
     }
 
   private:

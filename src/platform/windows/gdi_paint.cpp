@@ -9,11 +9,24 @@ int sideOf(std::int64_t size) {
     return static_cast<int>(size);
 }
 
+// What an operation says of itself: it has drawn, or not. GDI does not always tell why, and leaves the error
+// of somebody else then; what has failed must not pass for drawn.
+template <typename Operation>
+Status tried(Operation operation) {
+    setLastSystemError(error::kNone);
+    if (operation()) return Status();
+    const std::uint32_t reason = lastSystemError();
+    return Status(reason != error::kNone ? reason : error::kDeviceNotFunctioning);
+}
+
 // A memory context with a bitmap selected.
 class Selected {
   public:
-    Selected(HDC compatible, const Bitmap& bitmap) : dc_(CreateCompatibleDC(compatible)) {
-        if (dc_ != nullptr) before_ = SelectObject(dc_, static_cast<HBITMAP>(bitmap.native()));
+    Selected(HDC compatible, const Bitmap& bitmap) {
+        status_ = tried([&] { return (dc_ = CreateCompatibleDC(compatible)) != nullptr; });
+        if (dc_ == nullptr) return;
+        const auto section = static_cast<HBITMAP>(bitmap.native());
+        status_ = tried([&] { return (before_ = SelectObject(dc_, section)) != nullptr; });
     }
     ~Selected() {
         if (before_ != nullptr) SelectObject(dc_, before_);
@@ -22,39 +35,45 @@ class Selected {
     Selected(const Selected&) = delete;
     Selected& operator=(const Selected&) = delete;
 
-    HDC dc() const { return before_ != nullptr ? dc_ : nullptr; }
+    Status status() const { return status_; }
+    HDC dc() const { return dc_; }
 
   private:
-    HDC dc_;
+    Status status_;
+    HDC dc_ = nullptr;
     HGDIOBJ before_ = nullptr;
 };
 
 }  // namespace
 
-void GdiPaint::copy(const Rectangle& to, const Bitmap& bitmap, std::int32_t sourceX, std::int32_t sourceY) {
+Status GdiPaint::copy(const Rectangle& to, const Bitmap& bitmap, std::int32_t sourceX, std::int32_t sourceY) {
     const Selected source(dc_, bitmap);
-    if (source.dc() == nullptr) return;
-    BitBlt(dc_, to.left, to.top, sideOf(to.width()), sideOf(to.height()), source.dc(), sourceX, sourceY,
-           SRCCOPY);
+    TAVRA_RETURN_IF_ERROR(source.status());
+    return tried([&] {
+        return BitBlt(dc_, to.left, to.top, sideOf(to.width()), sideOf(to.height()), source.dc(), sourceX,
+                      sourceY, SRCCOPY);
+    });
 }
 
 // By design: the stretch mode stays on the context.
-void GdiPaint::stretch(const Rectangle& to, const Bitmap& bitmap, const Rectangle& from,
-                       StretchQuality quality) {
+Status GdiPaint::stretch(const Rectangle& to, const Bitmap& bitmap, const Rectangle& from,
+                         StretchQuality quality) {
     const Selected source(dc_, bitmap);
-    if (source.dc() == nullptr) return;
+    TAVRA_RETURN_IF_ERROR(source.status());
     SetStretchBltMode(dc_, quality == StretchQuality::Smooth ? HALFTONE : COLORONCOLOR);
-    StretchBlt(dc_, to.left, to.top, sideOf(to.width()), sideOf(to.height()), source.dc(), from.left,
-               from.top, sideOf(from.width()), sideOf(from.height()), SRCCOPY);
+    return tried([&] {
+        return StretchBlt(dc_, to.left, to.top, sideOf(to.width()), sideOf(to.height()), source.dc(),
+                          from.left, from.top, sideOf(from.width()), sideOf(from.height()), SRCCOPY);
+    });
 }
 
-void GdiPaint::fillBlack(const Rectangle& r) {
-    PatBlt(dc_, r.left, r.top, sideOf(r.width()), sideOf(r.height()), BLACKNESS);
+Status GdiPaint::fillBlack(const Rectangle& r) {
+    return tried(
+        [&] { return PatBlt(dc_, r.left, r.top, sideOf(r.width()), sideOf(r.height()), BLACKNESS); });
 }
 
 Status GdiPaint::text(std::int32_t x, std::int32_t y, std::string_view line) {
-    const BOOL printed = TextOutA(dc_, x, y, line.data(), static_cast<int>(line.size()));
-    return printed ? Status() : Status(lastSystemError());
+    return tried([&] { return TextOutA(dc_, x, y, line.data(), static_cast<int>(line.size())); });
 }
 
 std::int32_t GdiPaint::textHeight() {
@@ -63,17 +82,18 @@ std::int32_t GdiPaint::textHeight() {
 }
 
 // The system leaves the end of a line out.
-void GdiPaint::line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) {
-    MoveToEx(dc_, fromX, fromY, nullptr);
-    LineTo(dc_, toX + (toX > fromX ? 1 : 0), toY + (toX > fromX ? 0 : 1));
+Status GdiPaint::line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, std::int32_t toY) {
+    TAVRA_RETURN_IF_ERROR(tried([&] { return MoveToEx(dc_, fromX, fromY, nullptr); }));
+    return tried([&] { return LineTo(dc_, toX + (toX > fromX ? 1 : 0), toY + (toX > fromX ? 0 : 1)); });
 }
 
-void fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
+Status fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
     const RECT area{rectangle.left, rectangle.top, rectangle.right, rectangle.bottom};
-    const HBRUSH brush = CreateSolidBrush(color);
-    if (brush == nullptr) return;
-    FillRect(static_cast<HDC>(dc), &area, brush);
+    HBRUSH brush = nullptr;
+    TAVRA_RETURN_IF_ERROR(tried([&] { return (brush = CreateSolidBrush(color)) != nullptr; }));
+    const Status filled = tried([&] { return FillRect(static_cast<HDC>(dc), &area, brush); });
     DeleteObject(brush);
+    return filled;
 }
 
 }  // namespace tavra::platform

@@ -1,5 +1,7 @@
 #include "platform/bitmap.h"
 
+#include <cairo/cairo.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -138,13 +140,31 @@ TEST(MemoryContext, ASolidFillCoversItsAreaAndNoMore) {
     {
         platform::MemoryContext context(bitmap);
         ASSERT_NE(context.dc(), nullptr);
-        platform::fillSolid(context.dc(), {1, 1, 3, 2}, 0x00332211);
+        EXPECT_TRUE(platform::fillSolid(context.dc(), {1, 1, 3, 2}, 0x00332211).ok());
     }
     for (std::size_t i = 0; i < 36; ++i) {
         const bool inside = i >= 12 + 3 && i < 12 + 9;
         const std::uint8_t expected = i % 3 == 0 ? 0x33 : i % 3 == 1 ? 0x22 : 0x11;
         EXPECT_EQ(bitmap.pixels()[i], inside ? expected : 0) << i;
     }
+}
+
+// A context that an application has driven into an error draws nothing any more.
+TEST(MemoryContext, ASolidFillOfAContextInErrorFails) {
+    platform::Bitmap bitmap;
+    ASSERT_TRUE(bitmap.create({2, 1, 32}).ok());
+    {
+        platform::MemoryContext context(bitmap);
+        ASSERT_NE(context.dc(), nullptr);
+        void* const cairo = dlopen("libcairo.so.2", RTLD_NOW | RTLD_NOLOAD);
+        ASSERT_NE(cairo, nullptr);
+        const auto restore = reinterpret_cast<decltype(&cairo_restore)>(dlsym(cairo, "cairo_restore"));
+        ASSERT_NE(restore, nullptr);
+        restore(static_cast<cairo_t*>(context.dc()));  // nothing was saved
+        dlclose(cairo);
+        EXPECT_EQ(platform::fillSolid(context.dc(), {0, 0, 2, 1}, 0xFFFFFF), Status(31));
+    }
+    EXPECT_EQ(bitmap.pixels()[0], 0);
 }
 
 // The library's own drawing lies over what was drawn through the context, and the other way round.
@@ -154,9 +174,9 @@ TEST(MemoryContext, PaintAndContextDrawOnTheSamePixels) {
     {
         platform::MemoryContext context(bitmap);
         ASSERT_NE(context.dc(), nullptr);
-        platform::fillSolid(context.dc(), {0, 0, 3, 1}, 0xFFFFFF);
-        context.paint().fillBlack({0, 0, 2, 1});
-        platform::fillSolid(context.dc(), {0, 0, 1, 1}, 0xFFFFFF);
+        EXPECT_TRUE(platform::fillSolid(context.dc(), {0, 0, 3, 1}, 0xFFFFFF).ok());
+        EXPECT_TRUE(context.paint().fillBlack({0, 0, 2, 1}).ok());
+        EXPECT_TRUE(platform::fillSolid(context.dc(), {0, 0, 1, 1}, 0xFFFFFF).ok());
     }
     const std::uint8_t expected[] = {255, 0, 255, 0};
     for (std::size_t x = 0; x < 4; ++x) EXPECT_EQ(bitmap.pixels()[x], expected[x]) << x;

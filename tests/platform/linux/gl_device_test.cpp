@@ -231,7 +231,7 @@ TEST_F(GlSprites, SurfaceInMemoryIsDrawnOnAndRead) {
     TavraDC dc = nullptr, second = nullptr;
     ASSERT_EQ(surface->getDC(dc), 0u);
     EXPECT_NE(surface->getDC(second), 0u);
-    fillSolid(dc, {1, 0, 3, 2}, 0x332211);
+    EXPECT_TRUE(fillSolid(dc, {1, 0, 3, 2}, 0x332211).ok());
     EXPECT_NE(surface->releaseDC(nullptr), 0u);
     EXPECT_EQ(surface->releaseDC(dc), 0u);
     LockedPixels pixels;

@@ -33,35 +33,35 @@ class PixelPainting : public testing::Test {
 
 TEST_F(PixelPainting, CopyIsClippedAtBothEnds) {
     source(3, {1, 2, 3, 4, 5, 6});
-    canvas(4, 3).copy({-1, 1, 2, 3}, bitmap, 0, 0);
+    EXPECT_TRUE(canvas(4, 3).copy({-1, 1, 2, 3}, bitmap, 0, 0).ok());
     EXPECT_EQ(pixels, (Grey{9, 9, 9, 9, 2, 3, 9, 9, 5, 6, 9, 9}));
-    canvas(4, 1).copy({0, 0, 4, 1}, bitmap, 1, 1);  // two pixels lie behind the bitmap
+    EXPECT_TRUE(canvas(4, 1).copy({0, 0, 4, 1}, bitmap, 1, 1).ok());  // two pixels lie behind the bitmap
     EXPECT_EQ(pixels, (Grey{5, 6, 9, 9}));
-    canvas(4, 1).copy({0, 0, 4, 1}, bitmap, -2, -1);
+    EXPECT_TRUE(canvas(4, 1).copy({0, 0, 4, 1}, bitmap, -2, -1).ok());
     EXPECT_EQ(pixels, (Grey{9, 9, 9, 9}));
 }
 
 // The middles 0.5, 1.5, ... of five pixels lie at 0.3, 0.9, 1.5, 2.1, 2.7 of three.
 TEST_F(PixelPainting, NearestTakesThePixelUnderTheMiddle) {
     source(3, {1, 2, 3});
-    canvas(5, 1).stretch({0, 0, 5, 1}, bitmap, {0, 0, 3, 1}, StretchQuality::Nearest);
+    EXPECT_TRUE(canvas(5, 1).stretch({0, 0, 5, 1}, bitmap, {0, 0, 3, 1}, StretchQuality::Nearest).ok());
     EXPECT_EQ(pixels, (Grey{1, 1, 2, 3, 3}));
-    canvas(2, 1).stretch({0, 0, 2, 1}, bitmap, {0, 0, 3, 1}, StretchQuality::Nearest);
+    EXPECT_TRUE(canvas(2, 1).stretch({0, 0, 2, 1}, bitmap, {0, 0, 3, 1}, StretchQuality::Nearest).ok());
     EXPECT_EQ(pixels, (Grey{1, 3}));
-    canvas(4, 1).stretch({-2, 0, 4, 1}, bitmap, {0, 0, 3, 1}, StretchQuality::Nearest);
+    EXPECT_TRUE(canvas(4, 1).stretch({-2, 0, 4, 1}, bitmap, {0, 0, 3, 1}, StretchQuality::Nearest).ok());
     EXPECT_EQ(pixels, (Grey{2, 2, 3, 3}));
 }
 
 // Twice as large, the middles lie at -0.25, 0.25, 0.75, 1.25 of the distance between two pixels.
 TEST_F(PixelPainting, SmoothMixesNeighbours) {
     source(2, {0, 100});
-    canvas(4, 1).stretch({0, 0, 4, 1}, bitmap, {0, 0, 2, 1}, StretchQuality::Smooth);
+    EXPECT_TRUE(canvas(4, 1).stretch({0, 0, 4, 1}, bitmap, {0, 0, 2, 1}, StretchQuality::Smooth).ok());
     EXPECT_EQ(pixels, (Grey{0, 25, 75, 100}));
 }
 
 TEST_F(PixelPainting, SmoothShrinkingTakesTheMean) {
     source(4, {10, 20, 30, 41, 50, 60, 70, 80});
-    canvas(2, 1).stretch({0, 0, 2, 1}, bitmap, {0, 0, 4, 2}, StretchQuality::Smooth);
+    EXPECT_TRUE(canvas(2, 1).stretch({0, 0, 2, 1}, bitmap, {0, 0, 4, 2}, StretchQuality::Smooth).ok());
     EXPECT_EQ(pixels, (Grey{35, 55}));  // 140 / 4, 221 / 4
 }
 
@@ -69,17 +69,17 @@ TEST_F(PixelPainting, ColorsKeepTheirOrder) {
     ASSERT_TRUE(bitmap.create({1, 1, 24}).ok());
     for (std::uint8_t i = 0; i < 3; ++i) bitmap.pixels()[i] = static_cast<std::uint8_t>(10 + i);
     pixels.assign(4, 9);
-    PixelPaint({pixels.data(), 4, 1, 1, 4}).copy({0, 0, 1, 1}, bitmap, 0, 0);
+    EXPECT_TRUE(PixelPaint({pixels.data(), 4, 1, 1, 4}).copy({0, 0, 1, 1}, bitmap, 0, 0).ok());
     EXPECT_EQ(pixels, (Grey{10, 11, 12, 0}));
 }
 
 TEST_F(PixelPainting, FillAndLinesStayInside) {
     PixelPaint paint = canvas(3, 3);
-    paint.fillBlack({-5, -5, 1, 1});
-    paint.line(2, -4, 2, 40);
+    EXPECT_TRUE(paint.fillBlack({-5, -5, 1, 1}).ok());
+    EXPECT_TRUE(paint.line(2, -4, 2, 40).ok());
     EXPECT_EQ(pixels, (Grey{0, 9, 0, 9, 9, 0, 9, 9, 0}));
-    paint.line(INT32_MAX, 0, INT32_MAX, 5);
-    paint.fillBlack({2, 2, 1, 1});
+    EXPECT_TRUE(paint.line(INT32_MAX, 0, INT32_MAX, 5).ok());
+    EXPECT_TRUE(paint.fillBlack({2, 2, 1, 1}).ok());
     EXPECT_EQ(pixels, (Grey{0, 9, 0, 9, 9, 0, 9, 9, 0}));
 }
 

@@ -160,8 +160,8 @@ TEST_F(D3dSprites, SurfaceInMemoryIsDrawnOnAndRead) {
     ASSERT_EQ(device->createOffscreenSurface({3, 2}, SpriteFormat::X8R8G8B8, surface), 0u);
     TavraDC dc = nullptr;
     ASSERT_EQ(surface->getDC(dc), 0u);
-    fillSolid(dc, {0, 0, 3, 2}, 0);
-    fillSolid(dc, {1, 0, 3, 2}, 0x332211);
+    EXPECT_TRUE(fillSolid(dc, {0, 0, 3, 2}, 0).ok());
+    EXPECT_TRUE(fillSolid(dc, {1, 0, 3, 2}, 0x332211).ok());
     EXPECT_EQ(surface->releaseDC(dc), 0u);
     LockedPixels pixels;
     ASSERT_EQ(surface->lock(pixels), 0u);
