@@ -101,7 +101,7 @@ Status PreviewWindow::makeDrawObject() {
         const DrawObject made = makeObject_(displayMode, system_);
         const std::uint32_t known = settingsChanges_;
         made->alphaMask = asMask(alphaChannel);
-        made->SetColorKey(colorKey);
+        camera_.notePreviewFailure(Status(made->SetColorKey(colorKey)));
         const ImageSize image = camera_.previewImageSize();
         const std::uint32_t failure = made->Create(previewWindow, image.width, image.height, imageBits());
         if (failure != 0) return Status(failure);
@@ -113,11 +113,10 @@ Status PreviewWindow::makeDrawObject() {
     return Status();
 }
 
-void PreviewWindow::applySettings(CDrawImage& object) const {
+void PreviewWindow::applySettings(CDrawImage& object) {
     object.alphaMask = asMask(alphaChannel);
-    object.SetColorKey(colorKey);
-    const ImageSize image = camera_.previewImageSize();
-    object.SetImageSize(image.width, image.height, imageBits());
+    camera_.notePreviewFailure(Status(object.SetColorKey(colorKey)));
+    tellImageSize(object);
 }
 
 // By design: a creation is told of once there are window and draw object, and not at all where one of them
@@ -333,10 +332,12 @@ Status PreviewWindow::resetOverlay() {
 
 void PreviewWindow::imagesChanged() {
     ++settingsChanges_;
-    const DrawObject object = drawObject();
-    if (object == nullptr) return;
+    if (const DrawObject object = drawObject()) tellImageSize(*object);
+}
+
+void PreviewWindow::tellImageSize(CDrawImage& object) {
     const ImageSize image = camera_.previewImageSize();
-    object->SetImageSize(image.width, image.height, imageBits());
+    noteDisplayError(Status(object.SetImageSize(image.width, image.height, imageBits())));
 }
 
 // What happens in the window.
@@ -362,7 +363,7 @@ void PreviewWindow::onDestroy() {
 
 void PreviewWindow::onMove() {
     static_cast<void>(system_.invalidate(previewWindow, true));
-    if (const DrawObject object = drawObject()) object->CheckMove();
+    if (const DrawObject object = drawObject()) noteDisplayError(Status(object->CheckMove()));
 }
 
 // By design: the bars are worked out before and after the destination, and once more, because a bar that
@@ -377,7 +378,9 @@ void PreviewWindow::onSize(std::uint32_t kind, std::uint32_t width, std::uint32_
     }
     updateScrollBars();
     static_cast<void>(system_.invalidate(previewWindow, true));
-    if (const DrawObject object = drawObject()) object->CheckSize(kind, width, height);
+    if (const DrawObject object = drawObject()) {
+        noteDisplayError(Status(object->CheckSize(kind, width, height)));
+    }
 }
 
 void PreviewWindow::updateDestination() {
@@ -455,7 +458,7 @@ void PreviewWindow::paintImage(CDrawImage& object, platform::IPaint& paint, Size
 }
 
 void PreviewWindow::onErase(platform::IPaint& paint) {
-    if (const DrawObject object = drawObject()) object->EraseBackground(&paint);
+    if (const DrawObject object = drawObject()) noteDisplayError(Status(object->EraseBackground(&paint)));
 }
 
 void PreviewWindow::onCommand(std::uint64_t parameter) {

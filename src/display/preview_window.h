@@ -111,7 +111,8 @@ class PreviewWindow final : public platform::IWindowEvents {
     Status windowSize(const PreviewRequest& request, Size& size) const;
     Status makeDrawObject();
     Status announce(const DrawObject& made, std::uint32_t knownChanges);
-    void applySettings(CDrawImage& object) const;
+    void applySettings(CDrawImage& object);
+    void tellImageSize(CDrawImage& object);
     DrawObject drawObject() const;
     Status drawingSurface(DrawObject& object) const;
     DrawObject lender(TavraDC dc) const;
