@@ -132,12 +132,15 @@ std::uint32_t CDrawImageDirectDraw::DrawImage(const Rectangle& source, const Rec
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     followImage(info);
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
+    Status uploaded;
     if (lastFrameId != info.frameId) {
-        if (const Status uploaded = upload(info); !uploaded.ok()) return uploaded.code();
+        platform::LockedSurface locked;
+        if (const Status got = imageSurface->lockForWriting(locked); !got.ok()) return got.code();
+        uploaded = upload(info, locked);
     }
-    const std::uint32_t result = Present(source, destination, background);
+    const std::uint32_t presented = Present(source, destination, background);
     directDraw->show(*info.deviceContext, clientOnMonitor());
-    return result;
+    return uploaded.ok() ? presented : uploaded.code();
 }
 
 // A rebuild that fails here is tried again by the next step.
@@ -155,12 +158,14 @@ void CDrawImageDirectDraw::followImage(const DrawImageInfo& info) {
     CreateSurfaces();
 }
 
-Status CDrawImageDirectDraw::upload(const DrawImageInfo& info) {
-    platform::LockedSurface locked;
-    TAVRA_RETURN_IF_ERROR(imageSurface->lockForWriting(locked));
+// By design: only a lock that fails ends the drawing. What fails from then on is told, and what the surface
+// holds is shown all the same, with the application's drawing and the strips.
+Status CDrawImageDirectDraw::upload(const DrawImageInfo& info, const platform::LockedSurface& locked) {
     platform::SurfaceFormat format;
-    if (imageSurface->format(format).ok()) convertBitmap(info, locked, surfaceFormatCode(format));
-    return imageSurface->unlock();
+    const Status known = imageSurface->format(format);
+    if (known.ok()) convertBitmap(info, locked, surfaceFormatCode(format));
+    const Status unlocked = imageSurface->unlock();
+    return known.ok() ? unlocked : known;
 }
 
 // Making the surfaces.

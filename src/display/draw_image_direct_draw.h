@@ -97,7 +97,7 @@ class CDrawImageDirectDraw : public CDrawImage {
 
     std::uint32_t takeImageSize();
     void followImage(const DrawImageInfo& info);
-    Status upload(const DrawImageInfo& info);
+    Status upload(const DrawImageInfo& info, const platform::LockedSurface& locked);
 
     std::mutex nextImageMutex_;
     std::optional<ImageFormat> nextImage_;  // that is still to be stored

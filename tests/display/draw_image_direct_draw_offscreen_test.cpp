@@ -2,6 +2,8 @@
 // is asked of them.
 #include "display/draw_image_direct_draw_offscreen.h"
 
+#include <algorithm>
+
 #include "display/next_pixel_format.h"
 #include "display/surface_fixture.h"
 
@@ -166,6 +168,25 @@ TEST_F(OffscreenDrawing, LockThatFailsEndsTheDrawing) {
     EXPECT_EQ(surfaces.takeLog(), kChecks + Log{"off3 lock"});
     EXPECT_EQ(drawNext(), 0u);
     EXPECT_EQ(surfaces.takeLog(), kChecks + kUpload + kPresent + kShow);
+}
+
+TEST_F(OffscreenDrawing, UnlockThatFailsIsToldAndTheDrawingGoesOn) {
+    createQuietly();
+    surfaces.failAfter(4);
+    EXPECT_EQ(draw(), kFailure);
+    EXPECT_EQ(surfaces.takeLog(), kChecks + kUpload + kPresent + kShow);
+    EXPECT_EQ(draw(), 0u);  // the image is there
+    EXPECT_EQ(surfaces.takeLog(), kChecks + kPresent + kShow);
+}
+
+TEST_F(OffscreenDrawing, FormatThatCannotBeReadIsToldAndNoImageConverted) {
+    createQuietly();
+    std::fill(image.pixels(), image.pixels() + image.shape().bytes(), std::uint8_t{0x77});
+    surfaces.memory.assign(surfaces.memory.size(), 0xEE);
+    surfaces.failAfter(3);
+    EXPECT_EQ(draw(), kFailure);
+    EXPECT_EQ(surfaces.takeLog(), kChecks + kUpload + kPresent + kShow) << "unlocked, and shown";
+    EXPECT_THAT(surfaces.memory, testing::Each(0xEE));
 }
 
 TEST_F(OffscreenDrawing, FailureWhilePresentingEndsItSilently) {
