@@ -13,7 +13,10 @@ std::uint32_t CDrawImageDirectDrawOffscreen::ResetOverlay() {
     if (!lock) return refused();
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     if (const Status cleared = clear(*drawSurface, colorKey); !cleared.ok()) return cleared.code();
-    return hasLastDraw != 0 ? Present(lastSource, lastDest, lastBackground) : 0;
+    if (hasLastDraw == 0) return 0;
+    const std::uint32_t presented = Present(lastSource, lastDest, lastBackground);
+    directDraw->showSoon();
+    return presented;
 }
 
 std::uint32_t CDrawImageDirectDrawOffscreen::OnMove(std::int32_t, std::int32_t) {

@@ -43,7 +43,9 @@ std::uint32_t CDrawImageDirectDrawOverlay::ResetOverlay() {
     const DrawMutexLock lock(drawMutex);
     if (!lock) return refused();
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
-    return paintKey().code();
+    if (const Status painted = paintKey(); !painted.ok()) return painted.code();
+    directDraw->showSoon();
+    return 0;
 }
 
 std::uint32_t CDrawImageDirectDrawOverlay::OnMove(std::int32_t, std::int32_t) {

@@ -322,11 +322,12 @@ void PreviewWindow::forgetLending(TavraDC dc) {
     if (found != lendings_.end()) lendings_.erase(found);
 }
 
+// By design: nothing is invalidated. A draw object that shows at once what it holds does so by itself; for
+// the others the next paint shows that the drawing is gone.
 Status PreviewWindow::resetOverlay() {
     DrawObject object;
     TAVRA_RETURN_IF_ERROR(drawingSurface(object));
     camera_.notePreviewFailure(Status(object->ResetOverlay()));
-    invalidate();
     return Status();
 }
 

@@ -106,6 +106,8 @@ class ISurfaceDevice {
     // What stands on the primary surface appears in the window, whose client area has this place on the
     // monitor. Linux: on the paint. Windows: nothing, it has appeared.
     virtual void show(IPaint& paint, const Rectangle& client) = 0;
+    // The same outside of a painting. Linux: has the window painted, and does not wait for it.
+    virtual void showSoon() = 0;
 };
 
 using MonitorHandle = void*;

@@ -130,5 +130,19 @@ TEST_F(PreviewDrawObject, FailedReadingIsToldToo) {
     EXPECT_EQ(noted(), WindowDouble::kInvalidWindow);
 }
 
+// What is to be seen.
+
+TEST_F(PreviewDrawObject, ResetInvalidatesNothing) {
+    ASSERT_TRUE(recorded.setDisplayMode(5).ok());
+    openRecorded();
+    setResult("reset", 0x887601CC);
+    EXPECT_TRUE(recorded.resetOverlay().ok());
+    EXPECT_THAT(system.takeLog(), ElementsAre("reset"));
+    EXPECT_EQ(camera.lastError, 0x887601CCu);
+    EXPECT_TRUE(recorded.releaseDC(nullptr).ok());
+    EXPECT_THAT(system.takeLog(), ElementsAre("invalidate")) << "unlike a release";
+    EXPECT_EQ(noted(), 0u) << "was no drawing";
+}
+
 }  // namespace
 }  // namespace tavra::test

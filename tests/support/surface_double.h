@@ -188,6 +188,7 @@ class SurfaceSystemDouble final : public platform::ISurfaceSystem {
         void show(platform::IPaint&, const platform::Rectangle& client) override {
             system_.log.push_back("show " + tavra::test::textOf(client));
         }
+        void showSoon() override { system_.log.push_back("show soon"); }
 
       private:
         static std::string textOf(const platform::SurfaceDescription& description) {

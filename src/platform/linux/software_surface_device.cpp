@@ -35,7 +35,10 @@ void composeRow(const SoftwareSurface& screen, const SoftwareSurface& image, con
 
 class SoftwareDevice final : public ISurfaceDevice {
   public:
-    Status cooperate(TavraWindow) override { return Status(); }
+    Status cooperate(TavraWindow window) override {
+        window_ = window;
+        return Status();
+    }
 
     Status createSurface(const SurfaceDescription& description, std::shared_ptr<ISurface>& surface) override {
         SurfaceDescription made = description;
@@ -82,6 +85,8 @@ class SoftwareDevice final : public ISurfaceDevice {
             if (image != nullptr) composeRow(*screen, *image, seen, y, to);
         }
     }
+    // A window that is gone has nothing to show.
+    void showSoon() override { static_cast<void>(windowSystem().invalidate(window_, false)); }
 
   private:
     // What there is of the client area on the screen and on the paint, whose first pixel is at (left, top) of
@@ -100,6 +105,7 @@ class SoftwareDevice final : public ISurfaceDevice {
                 behind(client.bottom, screen.size().height, top + area.height)};
     }
 
+    TavraWindow window_ = nullptr;
     std::weak_ptr<ISurface> primary_;
     std::weak_ptr<ISurface> overlay_;
 };

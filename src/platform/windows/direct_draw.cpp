@@ -207,6 +207,7 @@ class Device final : public ISurfaceDevice {
         return Status();
     }
     void show(IPaint&, const Rectangle&) override {}
+    void showSoon() override {}
 
   private:
     Owned<IDirectDraw7> device_;
