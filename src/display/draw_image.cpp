@@ -114,7 +114,9 @@ std::uint32_t CDrawImage::CheckSize(std::uint32_t kind, std::uint32_t width, std
     return change == Change::Size ? OnSize(kind, width, height) : 0;
 }
 
-// A failed reading changes nothing.
+// A failed reading changes nothing. By design: a client area without a size counts as one pixel before it is
+// compared, not after. It is stored as that pixel, and would differ from it at every look: a window without a
+// client area would have its surfaces or its device made anew with each drawing.
 std::uint32_t CDrawImage::refreshClientRect(Change& change) {
     change = Change::None;
     Rectangle now;

@@ -20,7 +20,8 @@ std::uint32_t sourceBitsOf(const platform::BitmapShape& shape) {
     return shape.bitCount == 8 ? 1 : shape.bitCount == 24 ? 8 : shape.bitCount;
 }
 
-// The converter takes dense rows; those of a bitmap that are padded go to it one by one.
+// By design: the converter takes rows that follow one another, which those of a bitmap do not where they are
+// padded: there they go to it one by one, or the image would come out sheared.
 void convertBitmap(const DrawImageInfo& info, const platform::LockedSurface& to, std::uint32_t code) {
     const platform::BitmapShape& shape = info.bitmap->shape();
     const std::uint32_t bits = sourceBitsOf(shape);

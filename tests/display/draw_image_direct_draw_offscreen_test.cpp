@@ -219,6 +219,28 @@ TEST_F(OffscreenDrawing, ImageIsConvertedRowByRowWhereRowsArePadded) {
     EXPECT_EQ(word(6), 0xEEEEu);
 }
 
+// Grey has its rows; colours are one run of green bytes, without a pitch. The rows of both bitmaps are
+// padded.
+TEST_F(OffscreenDrawing, SurfaceOf8BitsGetsGreyRowsOrARunOfGreen) {
+    surfaces.otherFormats["off3"] = {8, 0, 0, 0, 0};
+    surfaces.pitch = 8;
+    const std::uint8_t e = 0xEE;
+    const auto drawn = [this](std::uint32_t bitCount, std::uint32_t bits) {
+        setImage({3, 2, bitCount});
+        for (std::size_t i = 0; i < image.shape().bytes(); ++i) {
+            image.pixels()[i] = static_cast<std::uint8_t>(100 + i);
+        }
+        surfaces.memory.assign(16, 0xEE);
+        EXPECT_EQ(object.Create(system.handle(), 3, 2, bits), 0u);
+        EXPECT_EQ(drawNext(), 0u);
+        return surfaces.memory;
+    };
+    EXPECT_EQ(drawn(8, 1), (std::vector<std::uint8_t>{100, 101, 102, e, e, e, e, e, 104, 105, 106, e, e, e, e,
+                                                      e}));  // rows of 4 bytes
+    EXPECT_EQ(drawn(24, 8), (std::vector<std::uint8_t>{101, 104, 107, 113, 116, 119, e, e, e, e, e, e, e, e,
+                                                       e, e}));  // of 12
+}
+
 TEST_F(OffscreenDrawing, NothingIsDrawnBeforeItIsCreated) {
     EXPECT_EQ(draw(), 0u);
     EXPECT_THAT(surfaces.log, IsEmpty());

@@ -104,6 +104,19 @@ TEST_F(DrawImage, ClientAreaWithoutASizeIsOnePixel) {
     EXPECT_EQ(backend.clientRect, (Rectangle{7, 9, 8, 10}));
 }
 
+TEST_F(DrawImage, ClientAreaWithoutASizeIsToldOnce) {
+    create();
+    for (const int width : {0, 7}) {
+        system.setClient(20, 30, width, 0);
+        draw({0, 0, 64, 48}, {0, 0, 64, 48});
+        EXPECT_THAT(backend.log, ElementsAre("size 0 " + std::to_string(width == 0 ? 1 : 7) + "x1", "draw"));
+        backend.log.clear();
+        draw({0, 0, 64, 48}, {0, 0, 64, 48});
+        EXPECT_THAT(backend.log, ElementsAre("draw")) << "nothing has changed since";
+        backend.log.clear();
+    }
+}
+
 TEST_F(DrawImage, CheckMoveTellsPositionOrSizeOrNothing) {
     create();
     EXPECT_EQ(backend.CheckMove(), 0u);
@@ -135,6 +148,30 @@ TEST_F(DrawImage, FailedReadingOfTheClientAreaChangesNothing) {
     EXPECT_EQ(backend.CheckSize(0, 5, 5), WindowDouble::kInvalidWindow);
     EXPECT_EQ(backend.clientRect, (Rectangle{20, 30, 120, 110}));
     EXPECT_THAT(backend.log, IsEmpty());
+}
+
+TEST_F(DrawImage, CreationWithoutTheClientAreaGoesOn) {
+    system.clientResult = Status(1);
+    EXPECT_EQ(backend.Create(system.handle(), 64, 48, 8), 0u);
+    EXPECT_THAT(backend.log, ElementsAre("initialize"));
+    EXPECT_EQ(backend.clientRect, Rectangle());
+    system.clientResult = Status();
+    draw({0, 0, 64, 48}, {0, 0, 64, 48});
+    EXPECT_THAT(backend.log, ElementsAre("initialize", "size 0 100x80", "draw")) << "told when it is known";
+}
+
+// The image is drawn as the client area was, and cut to it.
+TEST_F(DrawImage, DrawingWithoutTheClientAreaGoesOn) {
+    create();
+    system.setClient(3, 4, 50, 40);
+    system.clientResult = Status(1);
+    draw({0, 0, 200, 160}, {0, 0, 200, 160});
+    EXPECT_THAT(backend.log, ElementsAre("draw"));
+    EXPECT_EQ(backend.destination, (Rectangle{0, 0, 100, 80}));
+    EXPECT_EQ(backend.hasLastDraw, 1u);
+    system.clientResult = Status();
+    draw({0, 0, 200, 160}, {0, 0, 200, 160});
+    EXPECT_THAT(backend.log, ElementsAre("draw", "size 0 50x40", "draw"));
 }
 
 TEST_F(DrawImage, DrawTellsASizeBeforeIt) {

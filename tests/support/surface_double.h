@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdio>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,7 +56,8 @@ class SurfaceSystemDouble final : public platform::ISurfaceSystem {
     platform::Monitor monitor{&screens[1], {0, 0, 1280, 1024}};
     std::vector<std::pair<platform::MonitorHandle, std::uint8_t>> devices;
     platform::SurfaceFormat screenFormat{32, 0, 0xFF0000, 0xFF00, 255};
-    std::vector<platform::SurfaceFormat> refused;  // formats that cannot be had
+    std::vector<platform::SurfaceFormat> refused;                 // formats that cannot be had
+    std::map<std::string, platform::SurfaceFormat> otherFormats;  // than asked for, by the surface
     std::uint32_t alignment = 0;
     bool lost = false;
     std::uint32_t firstPixel = 0xFF00FF;  // of every surface, as a context reads it
@@ -95,7 +97,8 @@ class SurfaceSystemDouble final : public platform::ISurfaceSystem {
             : Counted(system), name(std::move(called)), format_(format) {}
 
         Status format(platform::SurfaceFormat& result) override {
-            result = format_;
+            const auto other = system_.otherFormats.find(name);
+            result = other != system_.otherFormats.end() ? other->second : format_;
             return system_.note(name + " format");
         }
         Status testLost() override {
