@@ -93,7 +93,7 @@ void Tavra_Close(TavraHandle handle) {
     TAVRA_COMMON_PARAM* const camera = api::validated(handle);
     if (camera == nullptr) return;
     closeTransfer(*camera);
-    static_cast<void>(camera->preview.destroy());
+    camera->preview.close();
     camera->rawCallbacks.removeAll();
     camera->previewBitmapCallbacks.removeAll();
     camera->previewGdiCallbacks.removeAll();

@@ -32,6 +32,7 @@ inline constexpr std::uint32_t kIoIncomplete = 996;
 inline constexpr std::uint32_t kIoPending = 997;
 inline constexpr std::uint32_t kDeviceNotConnected = 1167;
 inline constexpr std::uint32_t kInvalidWindowHandle = 1400;
+inline constexpr std::uint32_t kWindowBusy = 1460;      // its thread did not come to it in time
 inline constexpr std::uint32_t kNotEnoughQuota = 1816;  // a message queue is full
 inline constexpr std::uint32_t kNoCamera = TAVRA_ERROR_NO_CAMERA;
 inline constexpr std::uint32_t kInUse = TAVRA_ERROR_IN_USE;

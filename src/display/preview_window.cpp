@@ -39,7 +39,7 @@ PreviewWindow::PreviewWindow(IPreviewCamera& camera, platform::IWindowSystem& sy
     : camera_(camera), system_(system), makeObject_(makeObject) {}
 
 PreviewWindow::~PreviewWindow() {
-    static_cast<void>(destroy());
+    close();
 }
 
 // Creation and destruction.
@@ -143,10 +143,20 @@ Status PreviewWindow::destroy() {
     return destroyWindow();
 }
 
-// By design: whether the system could destroy the window does not matter, it may be dead already.
+// Until the window's thread has let go: it uses this.
+void PreviewWindow::close() {
+    while (destroy().code() == error::kWindowBusy) {
+    }
+}
+
+// By design: whether the system could destroy the window does not matter, it may be dead already. Only one
+// whose thread is in the middle of an event, and does not come out of it, is there as before.
 Status PreviewWindow::destroyWindow() {
     const TavraWindow window = previewWindow.exchange(nullptr);
-    if (window != nullptr) static_cast<void>(system_.destroy(window));
+    if (window != nullptr && system_.destroy(window).code() == error::kWindowBusy) {
+        previewWindow = window;
+        return Status(error::kWindowBusy);
+    }
     if (!std::exchange(classRegistered_, false)) return Status();
     const Status unregistered = system_.unregisterClass(closableClass_);
     if (window == nullptr) return Status();  // what there was not cannot fail to go

@@ -53,6 +53,7 @@ class PreviewWindow final : public platform::IWindowEvents {
     // with a handle that is dead. 0xE0000007 without any.
     Status create(PreviewRequest request);
     Status destroy();
+    void close();  // destroys it, however long that takes
     TavraWindow window() const { return previewWindow; }
     bool alive() const;
     Status setTitle(const std::u16string& title);

@@ -100,7 +100,8 @@ class IWindowSystem {
 
     virtual Status create(const WindowRequest& request, IWindowEvents& events, TavraWindow& window) = 0;
     // Ends the window: onDestroy has returned when this does. On Windows it waits for the window's thread to
-    // take messages; one that does not for two seconds loses the window without its help.
+    // take messages; one that does not for two seconds loses the window without its help. Fails with 1460,
+    // and has done nothing, if that thread is in the middle of an event and stays there for three more.
     virtual Status destroy(TavraWindow window) = 0;
     virtual bool isWindow(TavraWindow window) = 0;
     virtual bool isActive(TavraWindow window) = 0;

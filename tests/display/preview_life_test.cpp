@@ -165,6 +165,22 @@ TEST_F(Preview, DestroyWithoutAWindowSucceedsWhateverBecomesOfTheClass) {
     EXPECT_TRUE(window.destroy().ok());
 }
 
+// The system's code for one whose thread is in the middle of something.
+TEST_F(Preview, WindowThatCannotEndNowStaysAndCanBeDestroyedLater) {
+    open();
+    const TavraWindow before = window.window();
+    system.destroyResult = Status(1460);
+    EXPECT_EQ(window.destroy(), Status(1460));
+    EXPECT_EQ(window.create({}), Status(1460));
+    EXPECT_EQ(window.window(), before);
+    EXPECT_TRUE(window.alive());
+    EXPECT_THAT(camera.posts, IsEmpty());
+    system.destroyResult = Status();
+    EXPECT_TRUE(window.destroy().ok());
+    EXPECT_EQ(window.window(), nullptr);
+    EXPECT_THAT(camera.posts, ElementsAre(message(45060)));
+}
+
 // Where windows have a thread of their own, the user may be faster than the creation.
 TEST_F(Preview, WindowThatIsClosedWhileItIsMadeHasNotComeAbout) {
     camera.whenAskedForTheImage = [this] { system.close(); };

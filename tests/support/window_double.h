@@ -44,6 +44,7 @@ class WindowDouble final : public platform::IWindowSystem {
     }
     Status destroy(TavraWindow window) override {
         if (!isWindow(window)) return Status(kInvalidWindow);
+        if (!destroyResult.ok()) return destroyResult;
         close();
         return Status();
     }
@@ -145,7 +146,7 @@ class WindowDouble final : public platform::IWindowSystem {
     platform::Rectangle outer, client, parentClient{100, 50, 900, 650};
     platform::ScrollBar horizontal, vertical;
     Status registerResult, unregisterResult, createResult, styleResult, outerSizeResult, desktopResult,
-        placeResult, clientResult, invalidateResult, postResult;
+        placeResult, clientResult, destroyResult, invalidateResult, postResult;
 };
 
 }  // namespace tavra::test

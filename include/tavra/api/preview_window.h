@@ -39,7 +39,8 @@ extern "C" {
  *  \return 1, or 0 with the last error set
  *  \errors the operating system's or the back-end's code, and no window: 1459 there is no X server, 1400 the
  *      parent is no window, 1406 a child without a parent, 126 the libraries of the display mode are
- *      missing; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well if the window did not come about
+ *      missing; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well if the window did not come about. As
+ *      Tavra_DestroyPreviewWindow() if there is a window already, which stays
  *  \threads the thread that is to own the window, not in a callback
  */
 TAVRA_API TavraBool Tavra_CreatePreviewWindowW(TavraHandle handle, const TavraWChar* name, uint32_t style,
@@ -70,7 +71,9 @@ TAVRA_API TavraBool Tavra_CreatePreviewWindowA(TavraHandle handle, const char* n
  *
  *  \param handle camera
  *  \return 1, also if there is none; 0 on failure
- *  \errors the operating system's code
+ *  \errors the operating system's code; Windows, on another thread than the window's: 1460 that thread is in
+ *      the middle of one of the window's messages and has not come out of it within five seconds, the window
+ *      stays
  *  \threads the thread that owns the window, not in a callback
  */
 TAVRA_API TavraBool Tavra_DestroyPreviewWindow(TavraHandle handle);

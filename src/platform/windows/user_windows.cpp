@@ -3,6 +3,8 @@
 #include <windowsx.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -26,6 +28,8 @@ constexpr int kStorage = 8;  // bytes of a window, for what gets its events
 // library.
 constexpr UINT kEndMessage = WM_APP + 1;
 constexpr UINT kEndPatienceMs = 2000;
+// For the end of what the thread is doing with the window just then.
+constexpr std::chrono::seconds kEventPatience{3};
 constexpr UINT kFrameChange = SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED;
 
 HWND native(TavraWindow window) {
@@ -47,7 +51,8 @@ Status lastFailure() {
 
 // Who gets the events of a window, until its end. The window's thread tells of them; where it does not take
 // messages, another one ends this, and whoever gets the events may be gone when end returns: nobody is told
-// of anything then, also not of what had begun. Events may lie in one another.
+// of anything then, also not of what had begun. Events may lie in one another, with window procedures of the
+// application between them, which may wait for the very thread that ends the window.
 class Listener {
   public:
     explicit Listener(IWindowEvents& events) : events_(&events) {}
@@ -60,16 +65,30 @@ class Listener {
         work(*events_);
         return true;
     }
-    // Tells of the end, once. False: it was told of, and that has been heard.
-    bool end() {
+    // Of the window's thread. Tells of the end, once.
+    void end() {
         const std::lock_guard lock(mutex_);
+        tellEnd();
+    }
+    // Of another thread: 1400 if the end was told of, and that has been heard; 1460 if an event is under way
+    // all the time.
+    Status endSoon() {
+        const std::unique_lock lock(mutex_, kEventPatience);
+        if (!lock) return Status(error::kWindowBusy);
+        return tellEnd() ? Status() : Status(error::kInvalidWindowHandle);
+    }
+
+    // Another thread asks for the window's end; not any more once it has given up.
+    std::atomic<bool> endAsked{false};
+
+  private:
+    bool tellEnd() {
         IWindowEvents* const last = std::exchange(events_, nullptr);
         if (last != nullptr) last->onDestroy();
         return last != nullptr;
     }
 
-  private:
-    std::recursive_mutex mutex_;
+    std::recursive_timed_mutex mutex_;
     IWindowEvents* events_;
 };
 
@@ -181,9 +200,9 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
         events->onCreate(window);
         return 0;
     }
-    if (message == kEndMessage) return DestroyWindow(window);
     const Stored listener = listenerOf(window);
     if (listener == nullptr) return DefWindowProcW(window, message, first, second);
+    if (message == kEndMessage) return listener->endAsked ? DestroyWindow(window) : 0;
     if (message == WM_DESTROY) {
         listener->end();
         forgetListener(window);
@@ -197,16 +216,19 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
 }
 
 // A window can be destroyed by its own thread only. One that takes no messages keeps its window, black and
-// with nobody behind it.
+// with nobody behind it; one that is in the middle of an event keeps all of it.
 Status endFromElsewhere(HWND window) {
+    const Stored listener = listenerOf(window);
+    if (listener == nullptr) return Status(error::kInvalidWindowHandle);
+    listener->endAsked = true;
     DWORD_PTR ended = 0;
     if (SendMessageTimeoutW(window, kEndMessage, 0, 0, SMTO_NORMAL, kEndPatienceMs, &ended) != 0) {
         return ended != 0 ? Status() : Status(error::kInvalidWindowHandle);
     }
-    const Stored listener = listenerOf(window);
-    if (listener == nullptr || !listener->end()) return Status(error::kInvalidWindowHandle);
-    InvalidateRect(window, nullptr, TRUE);
-    return Status();
+    const Status status = listener->endSoon();
+    if (status.code() == error::kWindowBusy) listener->endAsked = false;
+    if (status.ok()) InvalidateRect(window, nullptr, TRUE);
+    return status;
 }
 
 bool isOfAnotherThread(HWND window) {

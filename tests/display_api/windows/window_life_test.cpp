@@ -1,5 +1,7 @@
 // The preview window as one of USER, from its creation to its end: its class, what it tells, and who ends it.
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "display_api/windows/preview_of_user.h"
 #include "platform/window.h"
@@ -176,6 +178,75 @@ TEST_F(PreviewOfUser, ApplicationMayDestroyItInsideOfItsDestruction) {
     EXPECT_EQ(expectMessage(45060), 0u);
     expectNoMessage();
     create(30, 20);
+}
+
+// A window procedure of the application, which does something when the window is erased for the first time:
+// in the middle of a painting.
+struct Painted {
+    WNDPROC before = nullptr;
+    std::function<void()> whenErased;
+} painted;
+
+LRESULT CALLBACK workWhenErased(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_ERASEBKGND) {
+        const auto work = std::exchange(painted.whenErased, nullptr);
+        if (work) work();
+    }
+    return CallWindowProcW(painted.before, window, message, first, second);
+}
+
+void paintDoing(HWND window, std::function<void()> work) {
+    painted.whenErased = std::move(work);
+    painted.before = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(workWhenErased)));
+    InvalidateRect(window, nullptr, TRUE);
+    UpdateWindow(window);
+    EXPECT_FALSE(painted.whenErased) << "it was done";
+}
+
+TEST_F(PreviewOfUser, IsThereAsBeforeIfItsThreadWaitsForItsDestruction) {
+    openMono();
+    create(10, 9);
+    forgetAll();
+    paintDoing(window, [this] {
+        std::thread([this] {
+            EXPECT_FALSE(Tavra_DestroyPreviewWindow(handle));
+            EXPECT_EQ(lastError(), 1460u);
+        }).join();
+    });
+    pump();
+    EXPECT_TRUE(IsWindow(window)) << "nor does it end later";
+    expectNoMessage();
+    TavraWindow known = nullptr;
+    EXPECT_TRUE(Tavra_GetPreviewWnd(handle, &known));
+    EXPECT_EQ(known, window);
+    show(1);
+    EXPECT_TRUE(looksLike(10, 9, picture(10, 9, 2, 2, 6, 4)));
+    forgetAll();
+    EXPECT_TRUE(Tavra_DestroyPreviewWindow(handle));
+    EXPECT_EQ(expectMessage(45060), 0u);
+    EXPECT_FALSE(IsWindow(window));
+}
+
+// The window's thread uses it.
+TEST_F(PreviewOfUser, CameraIsNotClosedInTheMiddleOfAPainting) {
+    constexpr std::uint32_t kLongerThanAnybodyWaits = 6000;
+    openMono();
+    create(30, 20);
+    platform::Event painting(platform::Event::Reset::Manual), closed(platform::Event::Reset::Manual);
+    std::thread other([&] {
+        EXPECT_TRUE(painting.wait(kPatienceMs));
+        Tavra_Close(handle);
+        closed.set();
+    });
+    paintDoing(window, [&] {
+        painting.set();
+        EXPECT_FALSE(closed.wait(kLongerThanAnybodyWaits));
+    });
+    other.join();
+    handle = nullptr;
+    pump();
+    if (IsWindow(window)) DestroyWindow(window);
 }
 
 TEST_F(PreviewOfUser, AltAndF4CloseIt) {
