@@ -245,7 +245,8 @@ TAVRA_API TavraBool Tavra_GetPreviewMaskSize(TavraHandle handle, uint32_t* x, ui
  *  \param handle camera
  *  \param mode TAVRA_ASPECT_ code; one from 4 to 253 acts as TAVRA_ASPECT_IMAGE
  *  \return 1, or 0 with the last error set
- *  \errors the operating system's code if a window could not be told
+ *  \errors the operating system's code if the window could not be told; one that the user closed does not
+ *      count
  *  \threads any
  */
 TAVRA_API TavraBool Tavra_SetAspectMode(TavraHandle handle, uint8_t mode);
