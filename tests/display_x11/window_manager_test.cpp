@@ -127,6 +127,11 @@ TEST_F(WindowManager, ScreenIsTheWorkAreaWhereNoneIsTold) {
     EXPECT_EQ(sizeOnceCreated({900, 700}), (Size{800, 600}));
     setWorkArea({0, 0, 300});
     EXPECT_EQ(sizeOnceCreated({900, 700}), (Size{800, 600})) << "an incomplete one is none";
+    for (const Words& empty : {Words{0, 0, 0, 0}, {10, 20, 300, 0}, {10, 20, 0, 200}}) {
+        setWorkArea(empty);
+        EXPECT_EQ(sizeOnceCreated({900, 700}), (Size{800, 600})) << "nor is an empty one";
+        EXPECT_EQ(sizeOnceCreated({50, 40}), (Size{50, 40}));
+    }
 }
 
 // Frame and buttons.

@@ -91,7 +91,8 @@ xcb_atom_t X11Connection::atom(const char* name) const {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-// What window managers leave of the screen; all of it without one.
+// What window managers leave of the screen; all of it without one, or with one that has worked out nothing
+// yet.
 Size X11Connection::workArea() const {
     const Size whole{screen->width_in_pixels, screen->height_in_pixels};
     const Reply<xcb_get_property_reply_t> reply(x->xcb_get_property_reply(
@@ -101,7 +102,8 @@ Size X11Connection::workArea() const {
         x->xcb_get_property_value_length(reply.get()) < static_cast<int>(sizeof area))
         return whole;
     std::memcpy(area, x->xcb_get_property_value(reply.get()), sizeof area);
-    return {area[2], area[3]};
+    const Size left{area[2], area[3]};
+    return left.width == 0 || left.height == 0 ? whole : left;
 }
 
 // Asked of the server, which may have placed a window since its last event.
