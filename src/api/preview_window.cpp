@@ -67,7 +67,7 @@ TavraBool Tavra_CreatePreviewWindowW(TavraHandle handle, const TavraWChar* name,
                                      TavraBool closable) {
     return api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
         return camera.preview.create(
-            {textOrEmpty(name), style, {x, y, width, height}, parent, menu, closable != 0});
+            {textOrEmpty(name), style, {x, y, width, height}, parent, menu, closable != 0, handle});
     });
 }
 
@@ -76,8 +76,13 @@ TavraBool Tavra_CreatePreviewWindowA(TavraHandle handle, const char* name, std::
                                      std::uint32_t height, TavraWindow parent, TavraMenu menu,
                                      TavraBool closable) {
     return api::call(handle, [&](TAVRA_COMMON_PARAM& camera) {
-        return camera.preview.create(
-            {platform::toWide(textOrEmpty(name)), style, {x, y, width, height}, parent, menu, closable != 0});
+        return camera.preview.create({platform::toWide(textOrEmpty(name)),
+                                      style,
+                                      {x, y, width, height},
+                                      parent,
+                                      menu,
+                                      closable != 0,
+                                      handle});
     });
 }
 

@@ -77,7 +77,8 @@ Status PreviewWindow::openWindow(const PreviewRequest& request) {
                                  .y = static_cast<std::int32_t>(request.place.y),
                                  .size = {},
                                  .parent = request.parent,
-                                 .menu = request.menu};
+                                 .menu = request.menu,
+                                 .owner = request.owner};
     TAVRA_RETURN_IF_ERROR(windowSize(request, made.size));
     {
         const std::lock_guard lock(drawObjectMutex_);

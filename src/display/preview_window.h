@@ -39,6 +39,7 @@ struct PreviewRequest {
     TavraWindow parent = nullptr;
     TavraMenu menu = nullptr;
     bool closable = false;
+    void* owner = nullptr;  // the handle that the window's storage holds, on Windows
 };
 
 class PreviewWindow final : public platform::IWindowEvents {

@@ -88,6 +88,7 @@ struct WindowRequest {
     Size size;  // of the window, as outerSize gives it
     TavraWindow parent = nullptr;
     TavraMenu menu = nullptr;  // Windows only
+    void* owner = nullptr;     // Windows only: kept in the window's own storage, for whoever finds the window
 };
 
 class IWindowSystem {

@@ -6,11 +6,13 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <utility>
 
+#include "base/never_destroyed.h"
 #include "platform/last_error.h"
 #include "platform/module.h"
 #include "platform/window.h"
@@ -23,7 +25,7 @@ constexpr const wchar_t* kClosableName = L"904F13E3-D12E-44c5-8E99-B743DAD8D345"
 constexpr const wchar_t* kPlainName = L"8BB6BA46-A351-4729-9DBC-4D051501270B";
 constexpr UINT kClassStyle = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
 constexpr DWORD kExtendedStyle = WS_EX_NOPARENTNOTIFY;
-constexpr int kStorage = 8;  // bytes of a window, for what gets its events
+constexpr int kStorage = 8;  // bytes of a window, for its owner
 // Asks a window's thread to end the window. Nobody else sends messages of this range to a class of the
 // library.
 constexpr UINT kEndMessage = WM_APP + 1;
@@ -92,34 +94,46 @@ class Listener {
     IWindowEvents* events_;
 };
 
-// A window stores one of these, from its creation to its end.
-using Stored = std::shared_ptr<Listener>;
-
-std::mutex storedMutex;  // held for a moment, with no event under way
-
-Stored listenerOf(HWND window) {
-    const std::lock_guard lock(storedMutex);
-    const auto* const stored = reinterpret_cast<const Stored*>(GetWindowLongPtrW(window, 0));
-    return stored != nullptr ? *stored : nullptr;
-}
-
-// False: no memory.
-bool storeListener(HWND window, IWindowEvents& events) {
-    try {
-        auto made = std::make_unique<Stored>(std::make_shared<Listener>(events));
-        const std::lock_guard lock(storedMutex);
-        SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(made.release()));
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
+// The listener of each window, from its creation to its end.
+class Listeners {
+  public:
+    std::shared_ptr<Listener> of(HWND window) {
+        const std::lock_guard lock(mutex_);
+        const auto found = listeners_.find(window);
+        return found != listeners_.end() ? found->second : nullptr;
     }
+    // False: no memory.
+    bool add(HWND window, IWindowEvents& events) {
+        try {
+            auto made = std::make_shared<Listener>(events);
+            const std::lock_guard lock(mutex_);
+            listeners_[window] = std::move(made);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
+    // By the window's thread alone.
+    void remove(HWND window) {
+        const std::lock_guard lock(mutex_);
+        listeners_.erase(window);
+    }
+
+  private:
+    std::mutex mutex_;  // held for a moment, with no event under way
+    std::map<HWND, std::shared_ptr<Listener>> listeners_;
+};
+
+Listeners& listeners() {
+    static NeverDestroyed<Listeners> all;  // windows may end after static objects
+    return all.get();
 }
 
-// By the window's thread alone.
-void forgetListener(HWND window) {
-    const std::lock_guard lock(storedMutex);
-    delete reinterpret_cast<const Stored*>(SetWindowLongPtrW(window, 0, 0));
-}
+// What the creation of a window hands to its procedure.
+struct Creation {
+    IWindowEvents& events;
+    void* owner;
+};
 
 void paint(HWND window, IWindowEvents& events) {
     RECT client{};
@@ -191,21 +205,22 @@ bool dispatch(HWND window, IWindowEvents& events, UINT message, WPARAM first, LP
 
 LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM second) {
     if (message == WM_CREATE) {
-        auto* const events =
-            static_cast<IWindowEvents*>(reinterpret_cast<const CREATESTRUCTW*>(second)->lpCreateParams);
-        if (!storeListener(window, *events)) {
+        const auto& creation =
+            *static_cast<const Creation*>(reinterpret_cast<const CREATESTRUCTW*>(second)->lpCreateParams);
+        if (!listeners().add(window, creation.events)) {
             SetLastError(ERROR_OUTOFMEMORY);
             return -1;
         }
-        events->onCreate(window);
+        SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(creation.owner));
+        creation.events.onCreate(window);
         return 0;
     }
-    const Stored listener = listenerOf(window);
+    const std::shared_ptr<Listener> listener = listeners().of(window);
     if (listener == nullptr) return DefWindowProcW(window, message, first, second);
     if (message == kEndMessage) return listener->endAsked ? DestroyWindow(window) : 0;
     if (message == WM_DESTROY) {
         listener->end();
-        forgetListener(window);
+        listeners().remove(window);
         return 0;
     }
     LRESULT result = 0;
@@ -218,7 +233,7 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
 // A window can be destroyed by its own thread only. One that takes no messages keeps its window, black and
 // with nobody behind it; one that is in the middle of an event keeps all of it.
 Status endFromElsewhere(HWND window) {
-    const Stored listener = listenerOf(window);
+    const std::shared_ptr<Listener> listener = listeners().of(window);
     if (listener == nullptr) return Status(error::kInvalidWindowHandle);
     listener->endAsked = true;
     DWORD_PTR ended = 0;
@@ -266,11 +281,12 @@ class UserWindows final : public IWindowSystem {
     }
 
     Status create(const WindowRequest& request, IWindowEvents& events, TavraWindow& window) override {
+        Creation creation{events, request.owner};
         window = CreateWindowExW(kExtendedStyle, className(request.closable),
                                  reinterpret_cast<const wchar_t*>(request.title.c_str()), request.style,
                                  request.x, request.y, static_cast<int>(request.size.width),
                                  static_cast<int>(request.size.height), native(request.parent),
-                                 static_cast<HMENU>(request.menu), GetModuleHandleW(nullptr), &events);
+                                 static_cast<HMENU>(request.menu), GetModuleHandleW(nullptr), &creation);
         return resultOf(window != nullptr);
     }
     Status destroy(TavraWindow window) override {

@@ -22,6 +22,7 @@ TEST_F(PreviewOfUser, IsOfTheClassThatCanBeClosedOrNot) {
         EXPECT_STREQ(name, closable ? kClosableClass : kPlainClass);
         EXPECT_EQ(GetClassLongW(window, GCL_STYLE), closable ? 11u : 523u);
         EXPECT_EQ(GetClassLongW(window, GCL_CBWNDEXTRA), 8u);
+        EXPECT_EQ(GetWindowLongPtrW(window, 0), reinterpret_cast<LONG_PTR>(handle));
         EXPECT_EQ(GetWindowLongW(window, GWL_EXSTYLE) & kOwnParentNotification, kOwnParentNotification);
         EXPECT_EQ(GetWindowLongPtrW(window, GWLP_HINSTANCE),
                   reinterpret_cast<LONG_PTR>(GetModuleHandleW(nullptr)));
