@@ -82,6 +82,89 @@ class PreviewDrawObject : public Preview {
     PreviewWindow recorded{camera, system, RecordedDrawing::make};
 };
 
+// Creation.
+
+TEST_F(PreviewDrawObject, IsToldOpacityKeyAndImageInThisOrder) {
+    struct Row {
+        std::uint32_t format, code;
+    };
+    recorded.setAlphaChannel(7);
+    recorded.setColorKey(123456);
+    for (const Row& row : {Row{1, 1}, Row{4, 8}, Row{8, 32}}) {  // mono, BGR in three bytes, and in four
+        camera.format = row.format;
+        ASSERT_TRUE(recorded.create({}).ok());
+        EXPECT_THAT(system.takeLog(),
+                    ElementsAre("register", "create", "key 123456 alpha 7",
+                                "initialize 64x48 " + std::to_string(row.code) + " alpha 7", "invalidate"));
+        EXPECT_EQ(record.window, system.handle());
+        EXPECT_THAT(camera.takePosts(), ElementsAre(message(45059, windowNumber())));
+        ASSERT_TRUE(recorded.destroy().ok());
+        system.takeLog();
+        camera.takePosts();
+    }
+}
+
+// The image as the camera has it, also where it is shown turned.
+TEST_F(PreviewDrawObject, IsToldTheImageBeforeItsRotation) {
+    camera.rotated = true;
+    ASSERT_TRUE(recorded.create({}).ok());
+    EXPECT_THAT(system.log, testing::Contains("initialize 64x48 8 alpha 255"));
+    system.takeLog();
+    camera.size = {32, 24};
+    recorded.imagesChanged();
+    EXPECT_THAT(system.log, ElementsAre("image 32x24 8"));
+}
+
+TEST_F(PreviewDrawObject, ThatCannotBeMadeEndsTheWindowAndIsTheResult) {
+    setResult("initialize", 0x8876086A);
+    EXPECT_EQ(recorded.create({}), Status(0x8876086A));
+    EXPECT_FALSE(system.exists);
+    EXPECT_EQ(recorded.window(), nullptr);
+    EXPECT_THAT(camera.takePosts(), ElementsAre(message(45060)));
+    setResult("initialize", 0);
+    EXPECT_TRUE(recorded.create({}).ok());
+    EXPECT_TRUE(recorded.alive());
+}
+
+// What happens to the window.
+
+TEST_F(PreviewDrawObject, IsToldOfAMoveBehindTheInvalidation) {
+    openRecorded();
+    system.setClient(25, 28, 100, 80);
+    system.events->onMove();
+    EXPECT_THAT(system.takeLog(), ElementsAre("invalidate erase", "move 25,28"));
+    system.events->onMove();
+    EXPECT_THAT(system.takeLog(), ElementsAre("invalidate erase")) << "it is where it was";
+    system.setClient(25, 28, 99, 80);
+    system.events->onMove();
+    EXPECT_THAT(system.takeLog(), ElementsAre("invalidate erase", "size 0 99x80")) << "larger, not moved";
+}
+
+// With what the message has, which is not always the client area.
+TEST_F(PreviewDrawObject, IsToldOfEverySizeMessageBehindTheInvalidation) {
+    openRecorded();
+    int width = 100;
+    for (const std::uint32_t kind : {0u, 1u, 2u, 3u, 4u}) {
+        system.setClient(20, 30, ++width, 80);
+        system.takeLog();
+        system.events->onSize(kind, 7, 9);
+        const std::vector<std::string> log = system.takeLog();
+        ASSERT_GE(log.size(), 2u);
+        EXPECT_THAT(std::vector(log.end() - 2, log.end()),
+                    ElementsAre("invalidate erase", "size " + std::to_string(kind) + " 7x9"));
+    }
+}
+
+TEST_F(PreviewDrawObject, IsToldOfMinimisingAsOfAnySize) {
+    openRecorded();
+    system.setClient(20, 30, 0, 0);
+    system.events->onSize(1, 0, 0);
+    EXPECT_EQ(system.log.back(), "size 1 0x0");
+    system.takeLog();
+    system.events->onSize(1, 0, 0);
+    EXPECT_EQ(system.log.back(), "invalidate erase") << "it has no size still";
+}
+
 // Results.
 
 TEST_F(PreviewDrawObject, FailuresAreToldWhenTheWindowEnds) {

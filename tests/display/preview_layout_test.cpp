@@ -52,6 +52,13 @@ TEST(PreviewLayout, FittedSizeIsTruncated) {
     EXPECT_EQ(aspect(TAVRA_ASPECT_FIT, {1000, 1000}, {0, 0, 300, 700}), (PreviewPlace{286, 0, 428, 1000}));
 }
 
+// The nearest float to 2.4 is 2.4000001, and 300 / that is 124.999992; the one to 1.05 is 1.04999995, and 200
+// times that 209.999985. In double precision both would come out whole: 125 and 210.
+TEST(PreviewLayout, ShapeIsFittedInSinglePrecision) {
+    EXPECT_EQ(aspect(TAVRA_ASPECT_FIT, {300, 200}, {0, 0, 12, 5}), (PreviewPlace{0, 38, 300, 124}));
+    EXPECT_EQ(aspect(TAVRA_ASPECT_FIT, {300, 200}, {0, 0, 21, 20}), (PreviewPlace{45, 0, 209, 200}));
+}
+
 TEST(PreviewLayout, MaskWithoutAShapeDoesNoHarm) {
     EXPECT_EQ(aspect(TAVRA_ASPECT_FIT, {100, 80}, {0, 0, 10, 0}), (PreviewPlace{0, 40, 100, 0}));
     EXPECT_EQ(aspect(TAVRA_ASPECT_FIT, {100, 80}, {0, 0, 0, 10}), (PreviewPlace{50, 0, 0, 80}));
@@ -150,6 +157,15 @@ TEST(PreviewLayout, PointIsScaledFromDestinationToMask) {
     // x: 50 * 320 / 100 + 160 = 320; y: 40 * 240 / 80 + 120 = 240
     EXPECT_EQ(magnified({160, 120, 320, 240}, {0, 0, 100, 80}, kImage, 50, 40, false),
               (PreviewPlace{240, 180, 160, 120}));
+}
+
+// Left of the window, where a captured mouse may be released, is far right of it: (2^32 - 640) / 640 and
+// (2^32 - 480) / 480 lie beyond every image.
+TEST(PreviewLayout, PointIsWorkedOutWithoutASign) {
+    const PreviewPlace whole{0, 0, 640, 480};
+    const auto minusOne = static_cast<std::uint32_t>(-1);
+    EXPECT_EQ(magnified(whole, whole, kImage, minusOne, 240, false), (PreviewPlace{320, 120, 320, 240}));
+    EXPECT_EQ(magnified(whole, whole, kImage, 320, minusOne, false), (PreviewPlace{160, 240, 320, 240}));
 }
 
 TEST(PreviewLayout, ClickAtTheSmallestMaskOnlyMovesIt) {

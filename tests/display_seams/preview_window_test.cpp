@@ -1,5 +1,6 @@
 // The preview window of an open camera, where image, window and exports meet.
 #include "display_seams/window_fixture.h"
+#include "platform/text.h"
 #include "support/failing_allocations.h"
 
 namespace tavra::test {
@@ -89,6 +90,22 @@ TEST_F(PreviewOfACamera, NarrowNamesAreItsTitle) {
     EXPECT_STREQ(name, "Right eye");
     EXPECT_TRUE(Tavra_SetPreviewWindowNameA(handle, nullptr));
     EXPECT_EQ(window().title(record().preview.window()), u"");
+}
+
+// In the system code page, which a test cannot choose: two, three and four bytes a character.
+TEST_F(PreviewOfACamera, NarrowNamesBeyondAsciiAreItsTitle) {
+    const std::u16string first = u"L\u00E4ufer \u6F22\u5B57 \U0001F3A5", second = u"\u0416\u00E9";
+    const std::string firstBytes = "L\xC3\xA4ufer \xE6\xBC\xA2\xE5\xAD\x97 \xF0\x9F\x8E\xA5";
+    const std::string secondBytes = "\xD0\x96\xC3\xA9";
+    if (platform::toNarrow(first) != firstBytes) GTEST_SKIP() << "the system code page is not UTF-8";
+    openMono();
+    ASSERT_TRUE(Tavra_CreatePreviewWindowA(handle, firstBytes.c_str(), 0, 0, 0, 0, 0, nullptr, nullptr, 1));
+    EXPECT_EQ(window().title(record().preview.window()), first);
+    char name[32] = {};
+    EXPECT_TRUE(Tavra_GetPreviewWindowNameA(handle, name, sizeof name));
+    EXPECT_EQ(name, firstBytes);
+    EXPECT_TRUE(Tavra_SetPreviewWindowNameA(handle, secondBytes.c_str()));
+    EXPECT_EQ(window().title(record().preview.window()), second);
 }
 
 TEST_F(PreviewOfACamera, NarrowNameWithoutMemoryForItsCopyMakesNoWindow) {

@@ -24,6 +24,7 @@ void Seams::reset() {
     window.reset();
     surfaces.log.clear();
     sprites.log.clear();
+    sprites.results.clear();
     timerRaises = 0;
     timerRestores = 0;
 }
