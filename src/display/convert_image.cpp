@@ -120,6 +120,11 @@ void greyRow(const Byte* source, Byte* destination, std::uint32_t width, std::ui
                 to[0] = 128;
                 to[1] = *grey;
             });
+            // A last pixel without a partner fills a pair here, too: half a pair would have no grey.
+            if (width % 2 != 0) {
+                Byte* const end = destination + std::size_t{2} * width;
+                std::memcpy(end, end - 2, 2);
+            }
             break;
         default: break;
     }

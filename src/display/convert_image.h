@@ -24,7 +24,8 @@ std::uint32_t surfaceFormatCode(const platform::SurfaceFormat& format);
 
 // Converts width x height pixels. The source's rows follow one another without padding; `sourceBits` says
 // what they are made of: 1: a grey byte, 8: B, G, R, 32: B, G, R and a byte that does not matter. Rows of the
-// destination are `pitch` bytes apart. Code 0, or another source, converts nothing.
+// destination are `pitch` bytes apart; in UYVY an odd number of pixels takes room for one more. Code 0, or
+// another source, converts nothing.
 void ConvertImage(const std::uint8_t* source, std::uint8_t* destination, std::uint32_t width,
                   std::uint32_t height, std::size_t pitch, std::uint32_t sourceBits,
                   std::uint32_t destinationCode);

@@ -134,6 +134,17 @@ TEST(ConvertImage, UyvyOfAnOddWidthFillsTheLastPair) {
     EXPECT_EQ(converted, (Bytes{128, 16, 128, 16, 128, 235, 128, 235, kUntouched}));
 }
 
+TEST(ConvertImage, UyvyOfAnOddWidthOfGreyFillsTheLastPair) {
+    const Bytes source = {10, 20, 30, 40, 50, 60};
+    Bytes converted(20, kUntouched);
+    ConvertImage(source.data(), converted.data(), 3, 2, 10, 1, 256);
+    EXPECT_EQ(converted, (Bytes{128, 10, 128, 20, 128, 30, 128, 30, kUntouched, kUntouched,  //
+                                128, 40, 128, 50, 128, 60, 128, 60, kUntouched, kUntouched}));
+    Bytes alone(5, kUntouched);
+    ConvertImage(source.data(), alone.data(), 1, 1, 4, 1, 256);
+    EXPECT_EQ(alone, (Bytes{128, 10, 128, 10, kUntouched}));
+}
+
 TEST(ConvertImage, GreenRunHasNoPitch) {
     const Bytes source = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     Bytes converted(12, kUntouched);
