@@ -78,7 +78,8 @@ TEST_P(TexturedPreview, DrawingCoversTheImageUntilItIsReset) {
     paintLeft(expected, kGreen);
     EXPECT_TRUE(looksLike(expected)) << "it stays over the next image";
     ASSERT_TRUE(Tavra_ResetOverlay(handle));
-    EXPECT_TRUE(looksLike(part(2)));
+    show(3);
+    EXPECT_TRUE(looksLike(part(3))) << "gone with the next painting";
     stopAndExpectCode(0);
 }
 
