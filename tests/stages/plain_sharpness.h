@@ -66,6 +66,7 @@ inline std::vector<int> plainSharpen(const std::vector<int>& image, const Layout
                 } else {
                     sample = sample <= t ? 0 : sample - t;
                 }
+                if (bytes) sample %= 256;
             }
         }
     }

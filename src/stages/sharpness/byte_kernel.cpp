@@ -62,6 +62,20 @@ void shiftGrey(const Shifts& shifts, std::size_t count, std::uint8_t* __restrict
     }
 }
 
+// By design: a depth above 8 holds no byte back, and of a sum above 255 the low byte stays.
+template <unsigned kChannels>
+void shiftFreely(const Shifts& shifts, std::size_t count, std::uint8_t* pixels) {
+    constexpr std::size_t kColors = std::min(kChannels, 3u);
+    for (std::size_t x = 0; x < count; ++x, pixels += kChannels) {
+        for (std::size_t c = 0; c < kColors; ++c) {
+            const auto risen = static_cast<std::uint8_t>(pixels[c] + shifts.rise[x]);
+            pixels[c] = static_cast<std::uint8_t>(std::max(risen, shifts.fall[x]) - shifts.fall[x]);
+        }
+    }
+}
+
+constexpr std::int16_t kLargestByte = 255;
+
 template <unsigned kPixel>
 class ByteTile {
   public:
@@ -69,8 +83,10 @@ class ByteTile {
     static constexpr unsigned kChannels = kPixel;
     static constexpr std::size_t kColumns = kChunk;
 
-    ByteTile(const Corrections& corrections, std::int16_t /*maximum*/)
-        : coring_(corrections.coring()), corrections_(corrections.bytes()) {}
+    ByteTile(const Corrections& corrections, std::int16_t maximum)
+        : coring_(corrections.coring()),
+          corrections_(corrections.bytes()),
+          isDeeper_(maximum > kLargestByte) {}
 
     static void lumaRow(const Sample* row, std::size_t width, Sample* __restrict luma) {
         alignas(32) Sample blue[kTile], green[kTile], red[kTile];
@@ -87,7 +103,9 @@ class ByteTile {
 
     void sharpen(const Rows<Sample>& rows, std::size_t count, Sample* pixels) {
         makeShifts(rows, count);
-        if constexpr (kGrey) {
+        if (isDeeper_) {
+            shiftFreely<kChannels>(shifts_, count, pixels);
+        } else if constexpr (kGrey) {
             shiftGrey(shifts_, count, pixels);
         } else {
             shiftPixels(pixels, kChannels, shifts_.rise, shifts_.fall, count);
@@ -109,6 +127,7 @@ class ByteTile {
 
     const std::int16_t coring_;
     const ByteCorrections& corrections_;
+    const bool isDeeper_;
     Shifts shifts_;
 };
 
@@ -119,7 +138,8 @@ void sharpen(const Image<std::uint8_t>& image, const Corrections& corrections,
              LineStore<std::uint8_t> lines) {
     if (image.width < 3 || image.height < 3) return;
     const CorrectionLine* const line = corrections.bytes().line();
-    if (kChannels == 1 && line != nullptr && image.width >= kLeastGreyWidth<std::uint8_t>) {
+    if (kChannels == 1 && line != nullptr && image.width >= kLeastGreyWidth<std::uint8_t> &&
+        image.maximum == kLargestByte) {
         return sharpenGrey(image, *line, corrections.coring(), lines);
     }
     TiledKernel<ByteTile<kChannels>>(image, corrections, lines).run();
