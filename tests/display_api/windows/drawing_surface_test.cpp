@@ -1,7 +1,5 @@
 // The display modes that draw through surfaces on the screen of Windows: image, background and the
 // application's drawing. What an overlay shows cannot be read from the screen: that has the key.
-#include <thread>
-
 #include "display_api/windows/preview_on_screen.h"
 
 namespace tavra::test {
@@ -173,22 +171,11 @@ TEST_P(DrawingSurface, ClickShowsLessOfTheImage) {
 TEST_P(DrawingSurface, ModeChangesBetweenTwoWindowsOfOneStream) {
     showImage();
     EXPECT_TRUE(looksLike(picture(1)));
-    EXPECT_FALSE(Tavra_SetDisplayMode(handle, 0));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_WINDOW_EXISTS);
     std::uint32_t number = 1;
     for (const std::uint8_t next : {std::uint8_t{0}, mode()}) {
-        endWindow();
-        ASSERT_TRUE(Tavra_SetDisplayMode(handle, next));
-        createWindow(kClient);
+        changeMode(next);
         show(++number);
         EXPECT_TRUE(looksLike(next == 0 ? imageAt(number, 3, 2) : picture(number))) << +next;
-        TavraDC dc = nullptr;
-        EXPECT_EQ(Tavra_GetDC(handle, &dc), next != 0);
-        if (next == 0) {
-            EXPECT_EQ(lastError(), TAVRA_ERROR_LEGACY_CAMERA);
-        } else {
-            EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
-        }
     }
     stopAndExpectCode(0);
 }
@@ -196,16 +183,7 @@ TEST_P(DrawingSurface, ModeChangesBetweenTwoWindowsOfOneStream) {
 TEST_P(DrawingSurface, UserClosesItAndTheStreamGoesOn) {
     showImage();
     EXPECT_TRUE(looksLike(picture(1)));
-    collectRaw();
-    PostMessageW(window, WM_CLOSE, 0, 0);
-    pump();
-    EXPECT_FALSE(IsWindow(window));
-    EXPECT_EQ(expectMessage(45060), 0u);
-    sendFrame(2, pattern(2));
-    EXPECT_EQ(raws.waitFor(1).size(), 1u);
-    TavraDC dc = nullptr;
-    EXPECT_FALSE(Tavra_GetDC(handle, &dc));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
+    closeByUser();
     createWindow(kClient);
     show(3);
     EXPECT_TRUE(looksLike(picture(3)));
@@ -217,7 +195,7 @@ TEST_P(DrawingSurface, UserClosesItAndTheStreamGoesOn) {
 TEST_P(DrawingSurface, ContextThatIsOutHoldsUpOnlyThePicture) {
     showImage();
     EXPECT_TRUE(looksLike(picture(1)));
-    TavraDC dc = nullptr, second = nullptr;
+    TavraDC dc = nullptr;
     ASSERT_TRUE(Tavra_GetDC(handle, &dc));
     ASSERT_NE(dc, nullptr);
     show(2);
@@ -225,11 +203,7 @@ TEST_P(DrawingSurface, ContextThatIsOutHoldsUpOnlyThePicture) {
     pump();
     EXPECT_EQ(screen().size(), picture(1).size());
     EXPECT_TRUE(looksLike(picture(1)));
-    ASSERT_TRUE(Tavra_GetDC(handle, &second));
-    EXPECT_EQ(second, nullptr);
-    EXPECT_EQ(lastError(), 1131u);
-    std::thread([&] { EXPECT_TRUE(Tavra_ReleaseDC(handle, dc)); }).join();
-    EXPECT_EQ(lastError(), 288u);
+    expectContextOfThisThread(dc);
     ASSERT_TRUE(Tavra_ReleaseDC(handle, dc));
     EXPECT_TRUE(looksLike(picture(3)));
     stopAndExpectCode(0);
@@ -237,15 +211,7 @@ TEST_P(DrawingSurface, ContextThatIsOutHoldsUpOnlyThePicture) {
 
 TEST_P(DrawingSurface, ContextOutlivesTheWindow) {
     showImage();
-    TavraDC dc = nullptr;
-    ASSERT_TRUE(Tavra_GetDC(handle, &dc));
-    ASSERT_NE(dc, nullptr);
-    endWindow();
-    EXPECT_TRUE(fillRectangle(dc, {0, 0, 6, 4}, {0, 255, 0}));
-    EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
-    EXPECT_FALSE(Tavra_ReleaseDC(handle, dc));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
-    createWindow(kClient);
+    drawBeyondTheWindow();
     show(2);
     EXPECT_TRUE(looksLike(picture(2)));
     stopAndExpectCode(0);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 #include "capture_api/stream_fixture.h"
@@ -80,6 +81,56 @@ class PreviewOnScreen : public StreamTest {
     void endWindow() {
         ASSERT_TRUE(Tavra_DestroyPreviewWindow(handle));
         EXPECT_EQ(expectMessage(45060), 0u);
+    }
+    // As the user does; frame 2 comes when the window is gone.
+    void closeByUser() {
+        collectRaw();
+        PostMessageW(window, WM_CLOSE, 0, 0);
+        pump();
+        EXPECT_FALSE(IsWindow(window));
+        EXPECT_EQ(expectMessage(45060), 0u);
+        sendFrame(2, pattern(2));
+        EXPECT_EQ(raws.waitFor(1).size(), 1u);
+        TavraDC dc = nullptr;
+        EXPECT_FALSE(Tavra_GetDC(handle, &dc));
+        EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
+    }
+    // Ends the window, and creates one of another mode.
+    void changeMode(std::uint8_t next) {
+        EXPECT_FALSE(Tavra_SetDisplayMode(handle, next));
+        EXPECT_EQ(lastError(), TAVRA_ERROR_WINDOW_EXISTS);
+        endWindow();
+        ASSERT_TRUE(Tavra_SetDisplayMode(handle, next));
+        createWindow(client);
+        TavraDC dc = nullptr;
+        const bool plain = next == 0;
+        EXPECT_EQ(Tavra_GetDC(handle, &dc), !plain);
+        if (plain) {
+            EXPECT_EQ(lastError(), TAVRA_ERROR_LEGACY_CAMERA);
+        } else {
+            EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
+        }
+    }
+    // Nobody else gets one, and no other thread releases it.
+    void expectContextOfThisThread(TavraDC dc) {
+        TavraDC second = nullptr;
+        ASSERT_TRUE(Tavra_GetDC(handle, &second));
+        EXPECT_EQ(second, nullptr);
+        EXPECT_EQ(lastError(), 1131u);
+        std::thread([&] { EXPECT_TRUE(Tavra_ReleaseDC(handle, dc)); }).join();
+        EXPECT_EQ(lastError(), 288u);
+    }
+    // Draws when the window is gone, and creates another.
+    void drawBeyondTheWindow() {
+        TavraDC dc = nullptr;
+        ASSERT_TRUE(Tavra_GetDC(handle, &dc));
+        ASSERT_NE(dc, nullptr);
+        endWindow();
+        EXPECT_TRUE(fillRectangle(dc, {0, 0, 6, 4}, {0, 255, 0}));
+        EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
+        EXPECT_FALSE(Tavra_ReleaseDC(handle, dc));
+        EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
+        createWindow(client);
     }
     void forgetAll() {
         for (ReceivedMessage got; receiver.wait(got, 0);) {

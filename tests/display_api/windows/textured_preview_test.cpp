@@ -3,7 +3,6 @@
 // where nothing is scaled. Most of the tests therefore show the inner part of an image whose shades rise
 // steadily.
 #include <cmath>
-#include <thread>
 
 #include "display_api/windows/preview_on_screen.h"
 
@@ -88,22 +87,11 @@ TEST_P(TexturedPreview, ModeChangesBetweenTwoWindowsOfOneStream) {
     createWindow(kClient);
     startOf(1);
     EXPECT_TRUE(looksLike(part(1)));
-    EXPECT_FALSE(Tavra_SetDisplayMode(handle, 0));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_WINDOW_EXISTS);
     std::uint32_t number = 1;
     for (const std::uint8_t next : {std::uint8_t{0}, mode()}) {
-        endWindow();
-        ASSERT_TRUE(Tavra_SetDisplayMode(handle, next));
-        createWindow(kClient);
+        changeMode(next);
         show(++number);
         EXPECT_TRUE(looksLike(part(number))) << +next;
-        TavraDC dc = nullptr;
-        EXPECT_EQ(Tavra_GetDC(handle, &dc), next != 0);
-        if (next == 0) {
-            EXPECT_EQ(lastError(), TAVRA_ERROR_LEGACY_CAMERA);
-        } else {
-            EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
-        }
     }
     stopAndExpectCode(0);
 }
@@ -113,16 +101,7 @@ TEST_P(TexturedPreview, UserClosesItAndTheStreamGoesOn) {
     createWindow(kClient);
     startOf(1);
     EXPECT_TRUE(looksLike(part(1)));
-    collectRaw();
-    PostMessageW(window, WM_CLOSE, 0, 0);
-    pump();
-    EXPECT_FALSE(IsWindow(window));
-    EXPECT_EQ(expectMessage(45060), 0u);
-    sendFrame(2, pattern(2));
-    EXPECT_EQ(raws.waitFor(1).size(), 1u);
-    TavraDC dc = nullptr;
-    EXPECT_FALSE(Tavra_GetDC(handle, &dc));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
+    closeByUser();
     createWindow(kClient);
     show(3);
     EXPECT_TRUE(looksLike(part(3)));
@@ -344,7 +323,7 @@ TEST_P(TexturedDetail, ContextThatIsOutStopsOnlyThePicture) {
     createWindow(kClient);
     startOf(1);
     EXPECT_TRUE(looksLike(part(1)));
-    TavraDC dc = nullptr, second = nullptr;
+    TavraDC dc = nullptr;
     ASSERT_TRUE(Tavra_GetDC(handle, &dc));
     ASSERT_NE(dc, nullptr);
     show(2);
@@ -352,11 +331,7 @@ TEST_P(TexturedDetail, ContextThatIsOutStopsOnlyThePicture) {
     EXPECT_EQ(raws.waitFor(3).size(), 3u);
     pump();
     EXPECT_EQ(screen(), part(1));
-    ASSERT_TRUE(Tavra_GetDC(handle, &second));
-    EXPECT_EQ(second, nullptr);
-    EXPECT_EQ(lastError(), 1131u);
-    std::thread([&] { EXPECT_TRUE(Tavra_ReleaseDC(handle, dc)); }).join();
-    EXPECT_EQ(lastError(), 288u);
+    expectContextOfThisThread(dc);
     ASSERT_TRUE(Tavra_ReleaseDC(handle, dc));
     EXPECT_TRUE(looksLike(part(3)));
     stopAndExpectCode(0);
@@ -365,15 +340,7 @@ TEST_P(TexturedDetail, ContextThatIsOutStopsOnlyThePicture) {
 TEST_P(TexturedDetail, ContextOutlivesTheWindow) {
     openPart();
     createWindow(kClient);
-    TavraDC dc = nullptr;
-    ASSERT_TRUE(Tavra_GetDC(handle, &dc));
-    ASSERT_NE(dc, nullptr);
-    endWindow();
-    EXPECT_TRUE(fillRectangle(dc, {0, 0, 6, 4}, {0, 255, 0}));
-    EXPECT_TRUE(Tavra_ReleaseDC(handle, dc));
-    EXPECT_FALSE(Tavra_ReleaseDC(handle, dc));
-    EXPECT_EQ(lastError(), TAVRA_ERROR_NO_WINDOW);
-    createWindow(kClient);
+    drawBeyondTheWindow();
     startOf(1);
     EXPECT_TRUE(looksLike(part(1)));
     stopAndExpectCode(0);
