@@ -1,5 +1,6 @@
 #include "capture/trigger.h"
 
+#include "base/first_failure.h"
 #include "camera/function_table.h"
 #include "camera/geometry.h"
 #include "capture/trigger_registers.h"
@@ -15,11 +16,6 @@ constexpr std::uint32_t kRegisterSources = 6;  // sources of a selector's own re
 
 bool hasSeparateSets(const TAVRA_COMMON_PARAM& camera) {
     return camera.can(18, 12);
-}
-
-// The first of two results that is a failure.
-Status firstFailure(Status first, Status second) {
-    return first.ok() ? second : first;
 }
 
 Status readAcquisition(TAVRA_COMMON_PARAM& camera, std::uint32_t offset, std::uint32_t& value) {

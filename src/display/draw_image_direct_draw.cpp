@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/first_failure.h"
 #include "display/convert_image.h"
 
 namespace tavra {
@@ -165,8 +166,7 @@ Status CDrawImageDirectDraw::upload(const DrawImageInfo& info, const platform::L
     platform::SurfaceFormat format;
     const Status known = imageSurface->format(format);
     if (known.ok()) convertBitmap(info, locked, surfaceFormatCode(format));
-    const Status unlocked = imageSurface->unlock();
-    return known.ok() ? unlocked : known;
+    return firstFailure(known, imageSurface->unlock());
 }
 
 // Making the surfaces.

@@ -34,7 +34,9 @@ std::uint32_t CDrawImageDirectDrawOverlay::EraseBackground(platform::IPaint* dev
         overlayFromX = overlayFromY = 0;
         reloadOverlayDest = false;
     }
-    const Status copied = copyDrawing(overlayDest, overlayFromX, overlayFromY);
+    // With the overlay nowhere there is nothing to bring.
+    const Status copied =
+        overlayDest.empty() ? Status() : copyDrawing(overlayDest, overlayFromX, overlayFromY);
     directDraw->show(*deviceContext, clientOnMonitor());
     return copied.code();
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/first_failure.h"
 #include "display/sprite_pixels.h"
 
 namespace tavra {
@@ -23,10 +24,6 @@ std::uint32_t bitCountOf(std::uint32_t imageBits) {
         case 8: return 24;
         default: return imageBits;
     }
-}
-
-std::uint32_t firstFailure(std::uint32_t first, std::uint32_t second) {
-    return first != 0 ? first : second;
 }
 
 PresentParameters parametersFor(std::uint32_t presentMode) {
@@ -176,7 +173,7 @@ std::uint32_t CDrawImageDirectX::paintKeyColor() {
     const Rectangle whole{0, 0, static_cast<std::int32_t>(drawing_.width),
                           static_cast<std::int32_t>(drawing_.height)};
     const Status filled = fillSolid(dc, whole, colorKey);
-    return firstFailure(filled.code(), keySurface->releaseDC(dc));
+    return firstFailure(filled, Status(keySurface->releaseDC(dc))).code();
 }
 
 void CDrawImageDirectX::releaseDrawing() {
@@ -196,7 +193,7 @@ std::uint32_t CDrawImageDirectX::ReleaseDC(TavraDC dc) {
     lent_ = nullptr;
     std::uint32_t failure = keySurface->releaseDC(dc);
     if (failure == 0) failure = copyDrawing();
-    return firstFailure(failure, carryOutDue());
+    return firstFailure(Status(failure), Status(carryOutDue())).code();
 }
 
 // By design: the key is compared with its red and blue exchanged, because a device context paints colours of
@@ -213,7 +210,7 @@ std::uint32_t CDrawImageDirectX::copyDrawing() {
         }
         failure = keyTexture->unlock();
     }
-    return firstFailure(failure, keySurface->unlock());
+    return firstFailure(Status(failure), Status(keySurface->unlock())).code();
 }
 
 std::uint32_t CDrawImageDirectX::SetColorKey(std::uint32_t color) {

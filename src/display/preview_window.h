@@ -54,7 +54,7 @@ class PreviewWindow final : public platform::IWindowEvents {
     // with a handle that is dead. 0xE0000007 without any.
     Status create(PreviewRequest request);
     Status destroy();
-    void close();  // destroys it, however long that takes
+    void close();  // destroys it, when the window's thread is out of the event that it is in
     TavraWindow window() const { return previewWindow; }
     bool alive() const;
     Status setTitle(const std::u16string& title);

@@ -21,7 +21,8 @@ namespace tavra {
 // - format: pixel format code. With 8 bits: 1 grey, 4 B, G, R, 8 B, G, R and a fourth sample that stays. With
 //   more: 2, 16, 32 and 64 grey, 256 B, G, R, 512 B, G, R and a fourth sample.
 // - pixels: the image, changed in place; the padding of a row stays.
-// - bits: significant bits of a sample, 8 to 12.
+// - bits: significant bits of a sample, 8 to 12. Words above 4095 are the caller's mistake: what comes out is
+//   not told. Bytes of more than 8 bits are held back by nothing, and of a sum the low byte stays.
 //
 // Result: 0; with the thread's last error set: 87 for another depth or format, 8 without memory for the lines
 // that the work goes by (8 bytes for a pixel of the width, in Apply16 10). Nothing is written then. While the

@@ -187,6 +187,23 @@ TEST_F(OverlayDrawing, EraseWaitsForNoContext) {
     EXPECT_EQ(object.ReleaseDC(dc), 0u);
 }
 
+// From the release to the next picture.
+TEST_F(OverlayDrawing, EraseBringsNothingWhileTheOverlayIsNowhere) {
+    createQuietly();
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);  // of a new place, which is all of the client area
+    draw();
+    TavraDC dc = nullptr;
+    ASSERT_EQ(object.GetDC(&dc), 0u);
+    ASSERT_EQ(object.ReleaseDC(dc), 0u);
+    surfaces.takeLog();
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);
+    EXPECT_EQ(surfaces.takeLog(), Log{"primary lost?"} + kShow);
+    drawNext();
+    surfaces.takeLog();
+    EXPECT_EQ(object.EraseBackground(&paint), 0u);
+    EXPECT_THAT(surfaces.log, Contains(testing::HasSubstr("= off1")));
+}
+
 TEST_F(OverlayDrawing, EraseTellsOfARebuildThatFails) {
     createQuietly();
     surfaces.lost = true;

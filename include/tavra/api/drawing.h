@@ -124,8 +124,8 @@ TAVRA_API TavraBool Tavra_ReleaseDC(TavraHandle handle, TavraDC dc);
 TAVRA_API TavraBool Tavra_GetDCWithReset(TavraHandle handle, TavraDC* dc);
 
 /** Removes everything that was drawn. Waits for a context that another thread has. In display modes 1 to 4
- * the window shows it at once; in those with textures with its next paint, which is that of the next picture
- *  unless something else brings one: this call itself does not.
+ *  the window shows it at once; in those with textures with its next paint, which is that of the next
+ *  picture unless something else brings one: this call itself does not.
  *
  *  \param handle camera
  *  \return 1

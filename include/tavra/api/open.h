@@ -64,8 +64,8 @@ TAVRA_API TavraHandle Tavra_OpenByDevicePathW(const TavraWChar* path);
  *  \param handle camera; null stores TAVRA_ERROR_INVALID_HANDLE in the global last error and nothing else
  *      happens
  *  \errors none of its own
- *  \threads any thread, but never beside another call on the same handle, and not in a callback. With a
- *      preview window: the window's thread
+ *  \threads any, but never beside another call on the handle, not in a callback; with a preview window its
+ *      thread (on Windows another one waits until that is out of the message that it is in)
  */
 TAVRA_API void Tavra_Close(TavraHandle handle);
 

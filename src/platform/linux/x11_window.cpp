@@ -111,9 +111,11 @@ Status X11Window::create(const WindowRequest& request, WindowNumbers& numbers) {
     y_ = anywhere ? 0 : placeOf(request.y);
     title_ = request.title;
     closable_ = request.closable;
-    do {
+    bool taken = false;
+    while (!taken && !connection_.broken()) {
         id_ = x.xcb_generate_id(connection_.raw);
-    } while (!numbers.take(id_) && !connection_.broken());
+        taken = numbers.take(id_);
+    }
     // A parent of another visual has nothing for the window to take over.
     const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 0, kEventMask, screen.default_colormap};
     const auto asked = x.xcb_create_window_checked(
@@ -123,7 +125,7 @@ Status X11Window::create(const WindowRequest& request, WindowNumbers& numbers) {
         XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, values);
     const Reply<xcb_generic_error_t> refused(x.xcb_request_check(connection_.raw, asked));
     if (refused || connection_.broken()) {
-        numbers.giveBack(id_);
+        if (taken) numbers.giveBack(id_);
         id_ = 0;
         return Status(error::kInvalidWindowHandle);
     }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "base/first_failure.h"
 #include "platform/last_error.h"
 #include "platform/surface_device.h"
 
@@ -148,8 +149,7 @@ class Surface final : public ISurface {
                                         {0, 0, static_cast<std::int32_t>(description.dwWidth),
                                          static_cast<std::int32_t>(description.dwHeight)},
                                         color);
-        const Status released = resultOf(surface_->ReleaseDC(context));
-        return filled.ok() ? released : filled;
+        return firstFailure(filled, resultOf(surface_->ReleaseDC(context)));
     }
 
   private:

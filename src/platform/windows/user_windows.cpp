@@ -64,9 +64,13 @@ class Listener {
     bool tell(Work work) {
         const std::lock_guard lock(mutex_);
         if (events_ == nullptr) return false;
+        ++depth_;
         work(*events_);
+        --depth_;
         return true;
     }
+    // Of the window's thread: no event is under way.
+    bool isIdle() const { return depth_ == 0; }
     // Of the window's thread. Tells of the end, once.
     void end() {
         const std::lock_guard lock(mutex_);
@@ -92,6 +96,7 @@ class Listener {
 
     std::recursive_timed_mutex mutex_;
     IWindowEvents* events_;
+    int depth_ = 0;  // of the window's thread
 };
 
 // The listener of each window, from its creation to its end.
@@ -217,9 +222,13 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
     }
     const std::shared_ptr<Listener> listener = listeners().of(window);
     if (listener == nullptr) return DefWindowProcW(window, message, first, second);
-    if (message == kEndMessage) return listener->endAsked ? DestroyWindow(window) : 0;
+    // Not in the middle of an event, which would go on with whom it was told to gone.
+    if (message == kEndMessage) {
+        return listener->endAsked && listener->isIdle() ? DestroyWindow(window) : 0;
+    }
     if (message == WM_DESTROY) {
         listener->end();
+        SetWindowLongPtrW(window, 0, 0);
         listeners().remove(window);
         return 0;
     }
@@ -231,18 +240,21 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM first, LPARAM
 }
 
 // A window can be destroyed by its own thread only. One that takes no messages keeps its window, black and
-// with nobody behind it; one that is in the middle of an event keeps all of it.
+// with nobody behind it, until it takes them again; one that stays in the middle of an event keeps all of it.
 Status endFromElsewhere(HWND window) {
     const std::shared_ptr<Listener> listener = listeners().of(window);
     if (listener == nullptr) return Status(error::kInvalidWindowHandle);
     listener->endAsked = true;
     DWORD_PTR ended = 0;
-    if (SendMessageTimeoutW(window, kEndMessage, 0, 0, SMTO_NORMAL, kEndPatienceMs, &ended) != 0) {
-        return ended != 0 ? Status() : Status(error::kInvalidWindowHandle);
-    }
+    SendMessageTimeoutW(window, kEndMessage, 0, 0, SMTO_NORMAL, kEndPatienceMs, &ended);
+    if (ended != 0) return Status();
     const Status status = listener->endSoon();
     if (status.code() == error::kWindowBusy) listener->endAsked = false;
-    if (status.ok()) InvalidateRect(window, nullptr, TRUE);
+    if (status.ok()) {
+        SetWindowLongPtrW(window, 0, 0);
+        InvalidateRect(window, nullptr, TRUE);
+        PostMessageW(window, kEndMessage, 0, 0);
+    }
     return status;
 }
 

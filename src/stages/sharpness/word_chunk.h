@@ -27,7 +27,7 @@ inline Words sumsOfThree(const std::uint16_t* samples) {
 }
 
 // The correction has the sign of the difference, and is 0 for one within the coring. Samples may lie above
-// the maximum, and are held to it only where they are made brighter.
+// the maximum, up to 4095, and are held to it only where they are made brighter.
 inline Words corrected(Words samples, Words difference, Words correction, Words coring, Words maximum) {
     using lanes::SignedWords;
     const auto stays = reinterpret_cast<Words>(reinterpret_cast<SignedWords>(coring + 1) >

@@ -229,6 +229,29 @@ TEST_F(PreviewOfUser, IsThereAsBeforeIfItsThreadWaitsForItsDestruction) {
     EXPECT_FALSE(IsWindow(window));
 }
 
+// A painting takes what other threads send, as a message box of the application's in it would.
+TEST_F(PreviewOfUser, EndsBehindThePaintingInWhichItsThreadHearsOfIt) {
+    openMono();
+    create(30, 20);
+    forgetAll();
+    std::thread other;
+    platform::Event ended(platform::Event::Reset::Manual);
+    paintDoing(window, [&] {
+        other = std::thread([&] {
+            EXPECT_TRUE(Tavra_DestroyPreviewWindow(handle));
+            ended.set();
+        });
+        MSG none;
+        for (int i = 0; i < 300 && !ended.wait(1); ++i) PeekMessageW(&none, nullptr, 0, 0, PM_NOREMOVE);
+        EXPECT_TRUE(IsWindow(window));
+        EXPECT_FALSE(ended.wait(0));
+    });
+    other.join();
+    pump();
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_EQ(expectMessage(45060), 0u);
+}
+
 // The window's thread uses it.
 TEST_F(PreviewOfUser, CameraIsNotClosedInTheMiddleOfAPainting) {
     constexpr std::uint32_t kLongerThanAnybodyWaits = 6000;
