@@ -5,16 +5,15 @@
 namespace tavra {
 namespace {
 
-// The bottom against a top that is the free-running exposure.
-bool isAboveFree(const Shutter& min, const ShutterScale& scale) {
-    const std::uint32_t freeLine = scale.maxShort.line;
-    // By design: the clock is compared with the lines of that exposure and not with its clock.
-    return min.line > freeLine || (min.line == freeLine && min.clock > freeLine);
+// By design: a clock is compared with the lines of the free-running exposure, not with its clock.
+Shutter freeRunning(const ShutterScale& scale) {
+    return {scale.maxShort.line, scale.maxShort.line};
 }
 
 bool isReversed(const ShutterRange& range, const ShutterScale& scale) {
-    if (range.max.isFree()) return isAboveFree(range.min, scale);
-    return (range.min.isFree() ? scale.maxShort : range.min).isAbove(range.max);
+    const Shutter free = freeRunning(scale);
+    if (range.max.isFree()) return range.min.isAbove(free);
+    return (range.min.isFree() ? free : range.min).isAbove(range.max);
 }
 
 }  // namespace

@@ -47,10 +47,20 @@ TEST(ShutterRange, ABottomBelowTheTop) {
 }
 
 TEST(ShutterRange, AFreeBottomIsAsLongAsAFrame) {
-    EXPECT_TRUE(takes({{0, 0}, {50, 20}}));
+    EXPECT_TRUE(takes({{0, 0}, {50, 50}})) << "compared with the lines";
     EXPECT_TRUE(takes({{0, 0}, {51, 0}}));
-    EXPECT_FALSE(takes({{0, 0}, {50, 19}}));
+    EXPECT_FALSE(takes({{0, 0}, {50, 49}}));
     EXPECT_FALSE(takes({{0, 0}, {49, 99}}));
+}
+
+TEST(ShutterRange, MoreClocksThanLinesOfAFrameDoNotCount) {
+    ShutterScale scale = kScale;
+    scale.maxShort = {5, 20};
+    EXPECT_TRUE(checkShutterRange({{0, 0}, {5, 5}}, scale).ok());
+    EXPECT_TRUE(checkShutterRange({{0, 0}, {5, 10}}, scale).ok());
+    EXPECT_EQ(checkShutterRange({{0, 0}, {5, 4}}, scale).code(), 87u);
+    EXPECT_TRUE(checkShutterRange({{5, 5}, {}}, scale).ok());
+    EXPECT_EQ(checkShutterRange({{5, 6}, {}}, scale).code(), 87u);
 }
 
 TEST(ShutterRange, ABottomOfClocksOnly) {

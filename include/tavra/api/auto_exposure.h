@@ -212,7 +212,7 @@ TAVRA_API TavraBool Tavra_SetShutterControlRange(TavraHandle handle, uint16_t mi
  *  \param maxClock longest exposure, clocks, 0 to Tavra_GetShutterMaxClock()
  *  \return 1, or 0 with the last error set
  *  \errors TAVRA_ERROR_INVALID_ARGUMENT an end beyond the longest exposure, a clock above its maximum, or the
- *      shortest above the longest (against (0, 0) as longest, the clock part of the shortest is compared with
+ *      shortest above the longest (where one of them is (0, 0), the clock part of the other is compared with
  *      the lines of that exposure): nothing changes; TAVRA_ERROR_CONTROL_TRANSFER the camera did not take it
  *  \threads any
  */
