@@ -89,12 +89,14 @@ class CDrawImage {
     std::uint32_t imageHeight = 0;
     std::uint32_t imageBits = 0;
 
+    // To what lies in the client area.
+    void clip(Rectangle& source, Rectangle& destination) const;
+
   private:
     class Entry;
 
     std::uint32_t refreshClientRect(Change& change);
     std::uint32_t tellChange(Change change);
-    void clip(Rectangle& source, Rectangle& destination) const;
 };
 
 }  // namespace tavra

@@ -14,7 +14,9 @@ std::uint32_t CDrawImageDirectDrawOffscreen::ResetOverlay() {
     if (const std::uint32_t failure = restoreIfLost(); failure != 0) return failure;
     if (const Status cleared = clear(*drawSurface, colorKey); !cleared.ok()) return cleared.code();
     if (hasLastDraw == 0) return 0;
-    const std::uint32_t presented = Present(lastSource, lastDest, lastBackground);
+    Rectangle source = lastSource, destination = lastDest;
+    clip(source, destination);
+    const std::uint32_t presented = Present(source, destination, lastBackground);
     directDraw->showSoon();
     return presented;
 }

@@ -24,7 +24,7 @@ inline constexpr std::uint32_t kStyleChild = 1u << 30;
 
 enum class Axis { Horizontal, Vertical };
 
-// Positions 0 to top, of which `page` are in sight. A bar with both 0 is not shown.
+// Positions 0 to top, of which `page` are in sight. A bar without room to scroll is not shown.
 struct ScrollBar {
     std::int32_t top = 0;
     std::uint32_t page = 0;

@@ -488,6 +488,16 @@ TEST_F(OffscreenDrawing, ResetShowsTheLastImageWithoutTheDrawing) {
     EXPECT_EQ(surfaces.log, Log({"primary lost?", "off2 format", "off2 fill all f81f"}));
 }
 
+// As the drawing before it did: surfaces take no places outside of themselves.
+TEST_F(OffscreenDrawing, ResetCutsTheLastImageToTheWindow) {
+    createQuietly();
+    destination = {-16, -12, 48, 36};
+    draw();
+    EXPECT_THAT(surfaces.takeLog(), Contains("off1 0,0,48,36 = off3 16,12,64,48"));
+    EXPECT_EQ(object.ResetOverlay(), 0u);
+    EXPECT_THAT(surfaces.takeLog(), Contains("off1 0,0,48,36 = off3 16,12,64,48"));
+}
+
 TEST_F(OffscreenDrawing, EndLeavesNothing) {
     {
         CDrawImageDirectDrawOffscreen other(system, surfaces, kOrder16);

@@ -3,7 +3,7 @@
  *
  *  | display mode | back-end | stretching, order |
  *  |---|---|---|
- *  | 0, and any not listed | plain (GDI; cairo) | nearest pixel |
+ *  | 0, and any not listed | plain (GDI; memory) | nearest pixel |
  *  | 8 | plain | smooth |
  *  | 1, 3 | surface off screen | formats of 16 bits (1), of 32 bits (3) tried first |
  *  | 2, 4 | hardware overlay | formats of 16 bits (2), of 32 bits (4) tried first |
@@ -93,7 +93,7 @@ TAVRA_API TavraBool Tavra_GetAlphaChannel(TavraHandle handle, uint8_t* alpha);
  *
  *  \param handle camera
  *  \param[out] dc receives the context (HDC; cairo_t*); null if the back-end could not give one
- *  \return 1, also if the back-end could not give one; the last error tells why then
+ *  \return 1, also if the back-end could not give one; in the listed modes the last error then tells why
  *  \errors TAVRA_ERROR_NO_WINDOW there is no preview window; TAVRA_ERROR_LEGACY_CAMERA display mode 0 or 8,
  *      which have no drawing surface; with result 1 and a null context: 1131 this thread has the context
  *      already, or another failure of the back-end

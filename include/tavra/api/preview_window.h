@@ -39,7 +39,7 @@ extern "C" {
  *  \return 1, or 0 with the last error set
  *  \errors the operating system's or the back-end's code, and no window: 1459 there is no X server, 1400 the
  *      parent is no window, 1406 a child without a parent, 126 the libraries of the display mode are
- *      missing; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well if the window did not come about. As
+ *      missing; TAVRA_MESSAGE_WINDOW_CLOSED is posted as well, but with 1459, if none came about. As
  *      Tavra_DestroyPreviewWindow() if there is a window already, which stays
  *  \threads the thread that is to own the window, not in a callback
  */

@@ -61,7 +61,7 @@ class X11Window {
   private:
     struct Bar {
         ScrollBar state;
-        bool shown() const { return state.top > 0; }
+        bool shown() const { return state.top > 0 && state.page <= static_cast<std::uint32_t>(state.top); }
     };
     struct Drag {
         bool on = false;

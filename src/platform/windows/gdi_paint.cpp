@@ -87,11 +87,15 @@ Status GdiPaint::line(std::int32_t fromX, std::int32_t fromY, std::int32_t toX, 
     return tried([&] { return LineTo(dc_, toX + (toX > fromX ? 1 : 0), toY + (toX > fromX ? 0 : 1)); });
 }
 
-Status fillSolid(TavraDC dc, const Rectangle& rectangle, std::uint32_t color) {
-    const RECT area{rectangle.left, rectangle.top, rectangle.right, rectangle.bottom};
+// FillRect does not tell everywhere what became of it.
+Status fillSolid(TavraDC dc, const Rectangle& r, std::uint32_t color) {
+    const auto context = static_cast<HDC>(dc);
     HBRUSH brush = nullptr;
     TAVRA_RETURN_IF_ERROR(tried([&] { return (brush = CreateSolidBrush(color)) != nullptr; }));
-    const Status filled = tried([&] { return FillRect(static_cast<HDC>(dc), &area, brush); });
+    const HGDIOBJ before = SelectObject(context, brush);
+    const Status filled =
+        tried([&] { return PatBlt(context, r.left, r.top, sideOf(r.width()), sideOf(r.height()), PATCOPY); });
+    if (before != nullptr) SelectObject(context, before);
     DeleteObject(brush);
     return filled;
 }

@@ -77,6 +77,23 @@ TEST_F(PreviewOnScreen, BarsScrollALargeImage) {
     stopAndExpectCode(0);
 }
 
+// A horizontal bar is asked for because of the vertical one's thickness, which the style forbids.
+TEST_F(PreviewOnScreen, BarWithoutRoomToScrollIsNotShown) {
+    openMono(32, 60);
+    createWindow({32, 40}, kVisible | platform::kStyleHorizontalScroll);
+    start();
+    show(1);
+    std::uint32_t x = 0, y = 0, width = 0, height = 0;
+    ASSERT_TRUE(Tavra_GetPreviewWindowSize(handle, &x, &y, &width, &height));
+    EXPECT_EQ(std::pair(width, height), std::pair(32u, 40u));
+    Picture seen(std::size_t{32} * 40);
+    for (std::uint32_t row = 0; row < 40; ++row) {
+        for (std::uint32_t column = 0; column < 32; ++column) seen[row * 32 + column] = grey(1, column, row);
+    }
+    EXPECT_TRUE(server.looksLike(window, {32, 40}, seen));
+    stopAndExpectCode(0);
+}
+
 TEST_F(PreviewOnScreen, BarsComeAndGoWithTheStyle) {
     openMono(64, 48);
     createWindow({40, 40});

@@ -22,6 +22,10 @@ TEST_F(PreviewOfUser, IsOfTheClassThatCanBeClosedOrNot) {
         EXPECT_STREQ(name, closable ? kClosableClass : kPlainClass);
         EXPECT_EQ(GetClassLongW(window, GCL_STYLE), closable ? 11u : 523u);
         EXPECT_EQ(GetClassLongW(window, GCL_CBWNDEXTRA), 8u);
+        EXPECT_EQ(GetClassLongPtrW(window, GCLP_HCURSOR),
+                  reinterpret_cast<ULONG_PTR>(LoadCursorW(nullptr, IDC_ARROW)));
+        EXPECT_EQ(GetClassLongPtrW(window, GCLP_HBRBACKGROUND),
+                  reinterpret_cast<ULONG_PTR>(GetStockObject(BLACK_BRUSH)));
         EXPECT_EQ(GetWindowLongPtrW(window, 0), reinterpret_cast<LONG_PTR>(handle));
         EXPECT_EQ(GetWindowLongW(window, GWL_EXSTYLE) & kOwnParentNotification, kOwnParentNotification);
         EXPECT_EQ(GetWindowLongPtrW(window, GWLP_HINSTANCE),
