@@ -72,7 +72,7 @@ class DrawingSurface : public StreamTest, public testing::WithParamInterface<int
     }
 
     // Grey of frame `number` at (x, y), as the mode's pixels hold it.
-    std::uint32_t grey(std::uint32_t number, std::uint32_t x, std::uint32_t y) const {
+    static std::uint32_t grey(std::uint32_t number, std::uint32_t x, std::uint32_t y) {
         const std::uint32_t value = (number + 3 * (y * 6 + x)) & 0xFF;
         if (GetParam() == 1) {  // five bits of red and blue, six of green
             const std::uint32_t five = value / 8, six = value / 4;
@@ -145,6 +145,24 @@ TEST_P(DrawingSurface, ImageIsInTheMiddleOfBlackStrips) {
     show(2);
     EXPECT_TRUE(looksLike(imageAt(2, 3, 2)));
     stopAndExpectCode(0);
+}
+
+TEST_P(DrawingSurface, ImageBeyondTheWindowIsCutAlsoWhenTheDrawingIsReset) {
+    showImage();
+    setDestination(0u - 2, 0u - 1, 6, 4);
+    const auto cut = [](std::uint32_t number) {
+        Picture picture(12 * 9, 0);
+        for (std::uint32_t y = 0; y < 3; ++y) {
+            for (std::uint32_t x = 0; x < 4; ++x) picture[y * 12 + x] = grey(number, x + 2, y + 1);
+        }
+        return picture;
+    };
+    EXPECT_TRUE(looksLike(cut(1)));
+    drawRed();
+    show(2);
+    EXPECT_TRUE(Tavra_StopTransfer(handle));
+    EXPECT_TRUE(Tavra_ResetOverlay(handle));
+    EXPECT_TRUE(looksLike(cut(2)));
 }
 
 // Rows of 18 bytes are padded. On the way through UYVY luma is rounded three times and chroma as often, which
