@@ -142,7 +142,7 @@ std::uint32_t CDrawImageDirectDraw::DrawImage(const Rectangle& source, const Rec
     }
     const std::uint32_t presented = Present(source, destination, background);
     directDraw->show(*info.deviceContext, clientOnMonitor());
-    return uploaded.ok() ? presented : uploaded.code();
+    return firstFailure(uploaded, Status(presented)).code();
 }
 
 // A rebuild that fails here is tried again by the next step.

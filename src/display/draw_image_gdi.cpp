@@ -1,18 +1,17 @@
 #include "display/draw_image_gdi.h"
 
+#include "base/first_failure.h"
+
 namespace tavra {
 
 std::uint32_t CDrawImageGDI::DrawImage(const Rectangle& source, const Rectangle& destination,
                                        const BackgroundRectangles& background, const DrawImageInfo& info) {
-    Status first;
-    const auto note = [&first](Status drawn) {
-        if (first.ok()) first = drawn;
-    };
-    if (!source.empty() && !destination.empty()) note(drawBitmap(source, destination, info));
+    Status drawn;
+    if (!source.empty() && !destination.empty()) drawn = drawBitmap(source, destination, info);
     for (const Rectangle& strip : background) {
-        if (!strip.empty()) note(info.deviceContext->fillBlack(strip));
+        if (!strip.empty()) drawn = firstFailure(drawn, info.deviceContext->fillBlack(strip));
     }
-    return first.code();
+    return drawn.code();
 }
 
 Status CDrawImageGDI::drawBitmap(const Rectangle& source, const Rectangle& destination,
